@@ -1,0 +1,75 @@
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "config/AppConfiguration.h"
+#include "config/KeychainItemStoring.h"
+#include "support/Asio.h"
+
+namespace tidewell {
+
+/// The application's own notifications.
+enum class ConfigurationChange {
+    configuration,  ///< "ConfigurationDidUpdate": another account, or none.
+    appSettings,    ///< "AppSettingsDidUpdate": the preferences changed.
+};
+
+/// Why a load or a save did not succeed, as a person may read it.
+struct ConfigurationProblem {
+    ConfigurationError error;
+    std::string message;  ///< One sentence that says what is wrong, and with which file.
+    bool operator==(const ConfigurationProblem&) const = default;
+};
+
+/// Loads, holds and saves the stored configuration and announces its changes.
+///
+/// The document holds everything but the password, which goes to the secret store only (service
+/// "Tidewell.account", account = provider + ":" + username). "No account" is stored as an account with an empty username.
+/// A document that does not decode is never overwritten: the configuration held so far stays, the problem is
+/// reported, and the next save first moves the old document aside as configuration.unreadable-<UTC>.json.
+///
+/// Lives on the executor given as `main`; blocking work runs on `workers`. Loads and saves run one at a time in
+/// the order of their calls. Outlives its coroutines.
+class ConfigurationManager {
+public:
+    struct Places {
+        std::filesystem::path document;
+        std::shared_ptr<KeychainItemStoring> keychain;
+    };
+
+    ConfigurationManager(asio::any_io_executor main, asio::any_io_executor workers, Places places);
+    ~ConfigurationManager();
+
+    /// Whether a load has ended, well or not.
+    [[nodiscard]] bool loaded() const;
+    /// The account, without a password when the secret store could not give it (see problem()).
+    [[nodiscard]] const std::optional<GlucoseAccountConfiguration>& account() const;
+    /// Defaults before the first load.
+    [[nodiscard]] const AppSettings& settings() const;
+    /// Of the last load or save; empty when it went well.
+    [[nodiscard]] const std::optional<ConfigurationProblem>& problem() const;
+
+    /// Reads document and password. Announces what differs from what was held (nothing on the first load).
+    [[nodiscard]] asio::awaitable<std::expected<void, ConfigurationProblem>> load();
+    /// Stores the account; an empty one signs out. The password is in the secret store before the document
+    /// names the account. On failure nothing changes, in memory or on disk.
+    [[nodiscard]] asio::awaitable<std::expected<void, ConfigurationProblem>> saveAccount(
+        std::optional<GlucoseAccountConfiguration> account);
+    [[nodiscard]] asio::awaitable<std::expected<void, ConfigurationProblem>> saveSettings(AppSettings settings);
+
+    /// Keeps the observer until the returned token goes.
+    using Observer = std::function<void(ConfigurationChange)>;
+    [[nodiscard]] std::shared_ptr<void> observe(Observer observer);
+
+private:
+    struct Impl;
+    std::shared_ptr<Impl> impl_;
+};
+
+}  // namespace tidewell

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "config/UserDefaults.h"
+#include "polling/StatusBarPollingSchedule.h"
+#include "sources/GlucoseAPIProtocol.h"
+#include "sources/NetworkMonitor.h"
+#include "statusbar/StatusBarViewModel.h"
+#include "support/Clock.h"
+#include "support/Random.h"
+
+namespace tidewell {
+
+/// The polling loop: sleeps, fetches, classifies what came, and keeps the view model current.
+///
+/// Serialised on `engine`. Every public member may be called from any thread: it marks the generation at once
+/// and does the rest on the engine. The view model is touched on `main` only, and only while the generation
+/// under which the work began is still the current one.
+class StatusBarPollingCoordinator {
+public:
+    struct Parts {
+        asio::any_io_executor engine;
+        asio::any_io_executor main;
+        Clock& clock;
+        RandomSource& random;
+        StatusBarViewModel& viewModel;
+        NetworkMonitor& networkMonitor;
+        UserDefaults& defaults;
+    };
+
+    explicit StatusBarPollingCoordinator(Parts parts);
+    ~StatusBarPollingCoordinator();
+
+    /// Begins to poll through `client`, of an account at `provider`. A run that goes on is stopped first.
+    void start(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider);
+    /// Ends the run; no result of it reaches the view model any more.
+    void stop();
+    /// Another configuration: stops, forgets readings and recovery state, and starts with `client`; without one,
+    /// shows that a sign-in is required.
+    void resetForNewConfiguration(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider);
+    /// Lets an account that needed the person try again: resets the recovery state and refreshes.
+    void reconnect();
+
+    /// Refreshes now, or joins the refresh that is running. Returns when it has ended; at once when it may not
+    /// start (the account needs the person, or the service asked to wait). Awaited on any executor.
+    [[nodiscard]] asio::awaitable<void> refreshNow();
+    /// The machine woke up: a debounced refresh after the network has come back.
+    void refreshAfterWake();
+
+private:
+    struct Impl;
+    std::shared_ptr<Impl> impl_;
+};
+
+}  // namespace tidewell

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "support/Time.h"
+
+namespace tidewell {
+
+/// The result of one poll.
+struct StatusBarPollOutcome {
+    enum class Kind { httpError, newData, noNewData, networkError, sessionExpired };
+    Kind kind = Kind::noNewData;
+    std::optional<int> httpStatus{};  ///< Of httpError: 429 when the service asked us to slow down.
+    bool operator==(const StatusBarPollOutcome&) const = default;
+};
+
+/// How long the polling loop sleeps before its next refresh.
+///
+/// Plain values without a clock: `now` is passed in, so every rule can be tested on its own.
+/// Owned by StatusBarPollingCoordinator and used on its executor only; it has no lock.
+struct StatusBarPollingSchedule {
+    std::function<double()> randomUnit;   ///< Jitter, -1 to +1; a value outside is clamped.
+    double readingInterval = 300;         ///< Seconds between two readings of the service.
+    std::int64_t consecutiveFailures = 0;
+    StatusBarPollOutcome lastOutcome{};
+    std::optional<Date> lastReadingDate{};
+    std::int64_t fastResumeCycles = 0;    ///< Short backoffs still to be spent after new data.
+    std::int64_t consecutiveNoData = 0;   ///< No-data results within the escalation window.
+    std::optional<Date> lastNoDataAt{};
+    std::optional<Date> nextPollDate{};   ///< Empty while there is nothing to aim at.
+
+    /// Whole milliseconds to sleep; 5000 for the very first poll, else at least 1000. May spend a fast-resume cycle.
+    [[nodiscard]] std::int64_t delayForNextPoll(Date now);
+    /// Records a good answer; returns the new target: reading + interval + grace.
+    Date recordSuccess(Date newestReading, bool isNew);
+    /// Records an answer without readings; returns the new count within the window.
+    std::int64_t recordNoData(Date now, Seconds window);
+    /// Records a failed poll.
+    void recordFailure(StatusBarPollOutcome outcome);
+
+    /// The wait after that many failed polls in a row, jitter included. A negative count stops the program.
+    [[nodiscard]] double failureBackoff(std::int64_t failures) const;
+    /// The wait when nothing new came, by the age of the newest reading (infinite without one).
+    [[nodiscard]] double readingAgeBackoff(double ageSeconds) const;
+};
+
+}  // namespace tidewell

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "config/AppConfiguration.h"
+#include "sources/GlucoseAPIProtocol.h"
+#include "sources/ServiceEndpoints.h"
+#include "support/HttpClient.h"
+
+namespace tidewell {
+
+/// Why a Dexcom Share request failed. Returned, never thrown.
+struct DexcomError {
+    enum class Kind {
+        invalidURL, authenticationFailed, loginFailed, parsingFailed, serverError, invalidRegion, sessionExpired,
+        noReadingsAvailable, invalidResponse, transport,
+    };
+    Kind kind;
+    std::string message{};  ///< Of invalidURL (endpoint name), authenticationFailed, loginFailed, parsingFailed.
+    int httpStatus = 0;     ///< Of serverError.
+    std::string code{};     ///< Of serverError: the service's own word for it, when it is one that we know.
+    std::optional<HttpError> network{};  ///< Of transport.
+    bool operator==(const DexcomError&) const = default;
+};
+
+[[nodiscard]] std::string description(const DexcomError& error);
+/// The same failure as the polling coordinator sees it.
+[[nodiscard]] GlucoseAPIError glucoseAPIError(const DexcomError& error);
+
+/// Reads the latest values of a Dexcom Share publisher account. Keeps its session in memory between calls.
+/// Lives on `executor`; `http` outlives it.
+class DexcomAPI final : public GlucoseAPIProtocol {
+public:
+    DexcomAPI(asio::any_io_executor executor, HttpClient& http, const ServiceEndpoints& endpoints,
+              const GlucoseAccountConfiguration& account);
+    ~DexcomAPI() override;
+
+    [[nodiscard]] asio::awaitable<std::expected<std::vector<GlucoseReading>, GlucoseAPIError>>
+    fetchLatestReadings() override;
+    [[nodiscard]] asio::awaitable<std::expected<void, GlucoseAPIError>> signInAgain() override;
+
+private:
+    struct Impl;
+    std::shared_ptr<Impl> impl_;  ///< Shared with the running call, which may outlive a dropped client.
+};
+
+}  // namespace tidewell

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tidewell {
+
+/// Where a Dexcom Share region lives.
+struct DexcomEndpoint {
+    std::string base;           ///< ".../ShareWebServices/Services", with or without a slash at its end.
+    std::string applicationId;  ///< UUID that the region's service expects.
+    bool operator==(const DexcomEndpoint&) const = default;
+};
+
+/// Every address that the program talks to, in one table that a file can override.
+struct ServiceEndpoints {
+    std::map<std::string, DexcomEndpoint, std::less<>> dexcom{};  ///< By region code.
+
+    [[nodiscard]] static ServiceEndpoints builtIn();
+    /// The built-in table with the entries of an endpoints document laid over it. https, and http to loopback
+    /// addresses only. An error is one sentence that names the entry; keys that we do not know are ignored.
+    [[nodiscard]] static std::expected<ServiceEndpoints, std::string> parse(std::string_view document);
+    /// The table in force: the file named by TIDEWELL_ENDPOINTS (which must exist), else "endpoints.json" in
+    /// `configurationFolder` when it exists, else the built-in one.
+    [[nodiscard]] static std::expected<ServiceEndpoints, std::string> load(
+        const std::optional<std::filesystem::path>& named, const std::filesystem::path& configurationFolder);
+};
+
+}  // namespace tidewell

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "support/Time.h"
+
+namespace tidewell {
+
+/// A time zone by value; cheap to copy. Rules come from the system's zone database.
+class TimeZone {
+public:
+    /// The zone in force: what TZ names, else the system's, else UTC. Reads both anew on each call.
+    [[nodiscard]] static TimeZone current();
+    /// The zone of that name ("Europe/London"); empty when the database does not know it.
+    [[nodiscard]] static std::optional<TimeZone> named(std::string_view name);
+    [[nodiscard]] static TimeZone utc();
+
+    [[nodiscard]] std::string name() const;
+    /// What to add to UTC to get the local time at that moment.
+    [[nodiscard]] std::chrono::seconds offset(Date at) const;
+
+private:
+    explicit TimeZone(const void* zone) : zone_{zone} {}
+    const void* zone_;  ///< Of the database, which lives as long as the program.
+};
+
+/// "2026-03-02T08:15:42Z": ISO 8601 in UTC, whole seconds, truncated.
+[[nodiscard]] std::string isoText(Date date);
+
+/// Reads ISO 8601 with 'Z' or an offset, fractions of a second allowed; empty for anything else.
+[[nodiscard]] std::optional<Date> dateFromIso(std::string_view text);
+
+/// "Mar 2, 2026 at 08:15:42": medium date and time, for log lines.
+[[nodiscard]] std::string localMediumText(Date date, TimeZone zone);
+
+/// "08:15": the time of day, 24 hours, for texts on screen.
+[[nodiscard]] std::string localTimeOfDay(Date date, TimeZone zone);
+
+}  // namespace tidewell
