@@ -6,6 +6,7 @@ function(tidewell_room name)
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp
         ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.h)
     add_library(tidewell_${name} STATIC ${sources})
+    set_target_properties(tidewell_${name} PROPERTIES LINKER_LANGUAGE CXX)
     target_include_directories(tidewell_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
     target_link_libraries(tidewell_${name} PRIVATE tidewell_flags PUBLIC tidewell_asio ${ARG_LIBRARIES})
     foreach(room IN LISTS ARG_USES)
