@@ -1,0 +1,164 @@
+#include "app/AppDelegate.h"
+
+#include "support/Log.h"
+
+namespace tidewell {
+
+namespace {
+
+const Log appLog{"AppDelegate"};
+
+/// Waits between two tries to read the password, in the order of the tries; the last serves all later ones.
+/// A keyring often appears within seconds of the session's start, and its unlocking is announced by nobody.
+constexpr std::array<std::chrono::milliseconds, 4> passwordRetryWaits{10s, 30s, 60s, 300s};
+
+}  // namespace
+
+AppDelegate::AppDelegate(Services services) : services_{std::move(services)}
+{
+    observers_.push_back(services_.configurationManager.observe([this](ConfigurationChange change) {
+        switch (change) {
+        case ConfigurationChange::configuration: configurationDidUpdate(); break;
+        case ConfigurationChange::appSettings: services_.statusBarViewModel.appSettingsDidUpdate(); break;
+        }
+    }));
+}
+
+AppDelegate::~AppDelegate()
+{
+    if (startupTask_.running())
+        startupTask_.cancel();
+    if (passwordTask_.running())
+        passwordTask_.cancel();
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    observeWorkspace();
+    startupTask_ = startTask(services_.main, launch());
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    terminating_ = true;
+    observers_.clear();
+    workspaceObservers_.reset();
+    startupTask_.cancel();
+    passwordTask_.cancel();
+    services_.pollingCoordinator.stop();
+}
+
+bool AppDelegate::applicationShouldHandleReopen()
+{
+    if (!services_.defaults.boolean(onboardingCompletedKey) && services_.onboardingCoordinator) {
+        services_.onboardingCoordinator->showOnboarding();
+        return false;
+    }
+    return !(services_.termsAgreementCoordinator && services_.termsAgreementCoordinator->showPendingAgreement());
+}
+
+asio::awaitable<void> AppDelegate::launch()
+{
+    if (!services_.configurationManager.loaded()) {
+        if (const auto loaded = co_await services_.configurationManager.load(); !loaded)
+            appLog.error("Configuration not loaded: " + loaded.error().message);
+    }
+    services_.ensureStatusItem();
+    if (!services_.defaults.boolean(onboardingCompletedKey)) {
+        services_.pollingCoordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
+        if (services_.feedbackPromptController)
+            services_.feedbackPromptController->noteLaunch();
+        if (services_.onboardingCoordinator)
+            services_.onboardingCoordinator->showOnboarding();
+        co_return;
+    }
+    followAccount();
+    if (!services_.configurationManager.account())
+        co_return;
+    if (services_.feedbackPromptController)
+        services_.feedbackPromptController->noteLaunch();
+    if (services_.termsAgreementCoordinator)
+        services_.termsAgreementCoordinator->checkAgreement();
+}
+
+void AppDelegate::observeWorkspace()
+{
+    if (!services_.workspace)
+        return;
+    workspaceObservers_ = std::make_unique<AppWorkspaceObservers>();
+    workspaceObservers_->keep(services_.workspace->observe(WorkspaceEvent::didWake, [this] {
+        services_.statusBarViewModel.refreshFreshness();
+        services_.pollingCoordinator.refreshAfterWake();
+    }));
+    const auto installBefore = [this](std::string_view reason) {
+        return [this, reason] {
+            if (services_.updateController)
+                services_.updateController->installDownloadedUpdate(reason);
+        };
+    };
+    workspaceObservers_->keep(
+        services_.workspace->observe(WorkspaceEvent::willSleep, installBefore("system-sleep")));
+    workspaceObservers_->keep(
+        services_.workspace->observe(WorkspaceEvent::screensDidSleep, installBefore("display-sleep")));
+}
+
+void AppDelegate::configurationDidUpdate()
+{
+    // During the first-run steps nothing polls, whatever has been stored so far.
+    if (!terminating_ && services_.defaults.boolean(onboardingCompletedKey))
+        followAccount();
+}
+
+void AppDelegate::followAccount()
+{
+    if (passwordTask_.running())
+        passwordTask_.cancel();
+    const auto& account = services_.configurationManager.account();
+    auto& coordinator = services_.pollingCoordinator;
+    if (!account) {
+        coordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
+        if (const auto& problem = services_.configurationManager.problem())
+            services_.statusBarViewModel.setCurrentError(ErrorInfo{
+                .title = "Sign in required", .message = problem->message,
+                .remediation = "Sign in again, or mend the file and start Tidewell again."});
+        return;
+    }
+    if (account->password.empty()) {
+        coordinator.resetForNewConfiguration(nullptr, account->provider);
+        showPasswordProblem();
+        passwordTask_ = startTask(services_.main, retryPassword());
+        return;
+    }
+    auto client = services_.makeAPIClient(*account);
+    const bool supported = client != nullptr;
+    coordinator.resetForNewConfiguration(std::move(client), account->provider);
+    if (!supported)
+        services_.statusBarViewModel.setCurrentError(ErrorInfo{
+            .title = "Sign in required", .message = "This version of Tidewell reads Dexcom Share accounts only.",
+            .remediation = "Sign in to a Dexcom Share account."});
+}
+
+void AppDelegate::showPasswordProblem()
+{
+    const auto& problem = services_.configurationManager.problem();
+    services_.statusBarViewModel.setCurrentError(ErrorInfo{
+        .title = "Password not available",
+        .message = problem ? problem->message : "The password of the account is not in the keyring.",
+        .remediation = "Unlock your keyring, or sign in again."});
+}
+
+asio::awaitable<void> AppDelegate::retryPassword()
+{
+    for (std::size_t attempt = 0;; ++attempt) {
+        co_await services_.clock.sleepFor(passwordRetryWaits[std::min(attempt, passwordRetryWaits.size() - 1)]);
+        const auto& problem = services_.configurationManager.problem();
+        // Who closed the unlock dialog, or has no password stored, is not asked again and again.
+        if (!problem || problem->error.status == keychainStatus::userCanceled)
+            co_return;
+        // A password that has come is announced as a change, which follows the account and ends this task.
+        (void)co_await services_.configurationManager.load();
+        showPasswordProblem();
+    }
+}
+
+}  // namespace tidewell

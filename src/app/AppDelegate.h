@@ -1,0 +1,102 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "app/WorkspaceEvents.h"
+#include "config/ConfigurationManager.h"
+#include "config/UserDefaults.h"
+#include "polling/StatusBarPollingCoordinator.h"
+#include "support/Task.h"
+
+namespace tidewell {
+
+/// The first-run steps. Sets onboardingCompletedKey when the person finishes.
+class OnboardingCoordinating {
+public:
+    virtual ~OnboardingCoordinating() = default;
+    /// Shows the steps, or brings their window to the front.
+    virtual void showOnboarding() = 0;
+};
+
+/// The terms-of-use sheet.
+class TermsAgreementCoordinating {
+public:
+    virtual ~TermsAgreementCoordinating() = default;
+    /// Shows the sheet when the accepted version is not the current one.
+    virtual void checkAgreement() = 0;
+    /// Brings a pending sheet to the front; false when none is pending.
+    virtual bool showPendingAgreement() = 0;
+};
+
+/// Offers the feedback notification by rules of its own.
+class FeedbackPromptControlling {
+public:
+    virtual ~FeedbackPromptControlling() = default;
+    virtual void noteLaunch() = 0;
+};
+
+/// Installs updates.
+class UpdateControlling {
+public:
+    virtual ~UpdateControlling() = default;
+    /// Installs an update that has been downloaded; does nothing without one. `reason` is for the log.
+    virtual void installDownloadedUpdate(std::string_view reason) = 0;
+};
+
+/// Wires the services together: the launch sequence, sleep and wake, changes of the configuration, the end.
+///
+/// Main thread only. Owns no service; every reference outlives it. A service that a build does not have is null.
+class AppDelegate {
+public:
+    using MakeAPIClient =
+        std::function<std::shared_ptr<GlucoseAPIProtocol>(const GlucoseAccountConfiguration&)>;
+
+    struct Services {
+        asio::any_io_executor main;
+        Clock& clock;
+        ConfigurationManager& configurationManager;
+        UserDefaults& defaults;
+        StatusBarViewModel& statusBarViewModel;
+        StatusBarPollingCoordinator& pollingCoordinator;
+        MakeAPIClient makeAPIClient;               ///< Null for a provider that it cannot follow.
+        std::function<void()> ensureStatusItem;    ///< Sets the status item up; called once.
+        WorkspaceObserving* workspace = nullptr;
+        OnboardingCoordinating* onboardingCoordinator = nullptr;
+        TermsAgreementCoordinating* termsAgreementCoordinator = nullptr;
+        FeedbackPromptControlling* feedbackPromptController = nullptr;
+        UpdateControlling* updateController = nullptr;
+    };
+
+    explicit AppDelegate(Services services);
+    ~AppDelegate();
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+
+    /// Begins the launch sequence and returns at once.
+    void applicationDidFinishLaunching();
+    /// The last call before the end of the process: no result reaches the status item any more.
+    void applicationWillTerminate();
+    /// The person started the application again. False when a window that waits for them came to the front.
+    bool applicationShouldHandleReopen();
+
+private:
+    asio::awaitable<void> launch();
+    asio::awaitable<void> retryPassword();
+    void observeWorkspace();
+    void configurationDidUpdate();
+    /// Lets the coordinator follow the stored account, or shows that there is none.
+    void followAccount();
+    void showPasswordProblem();
+
+    Services services_;
+    Task<void> startupTask_;
+    Task<void> passwordTask_;  ///< Tries again to read a password that the secret store did not give.
+    std::unique_ptr<AppWorkspaceObservers> workspaceObservers_;
+    std::vector<std::shared_ptr<void>> observers_;
+    bool terminating_ = false;
+};
+
+}  // namespace tidewell
