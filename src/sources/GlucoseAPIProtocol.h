@@ -14,19 +14,19 @@ namespace tidewell {
 /// Each client makes it of its own error type. Holds no account, session or address.
 struct GlucoseAPIError {
     enum class Kind {
-        transport,             ///< No answer: the network, the connection, a time-out.
-        credentialsRefused,    ///< Name or password were refused.
-        accountLocked,         ///< Too many refused sign-ins; trying again makes it worse.
-        sessionExpired,        ///< The session is gone; signing in again may help.
-        rateLimited,           ///< `retryAfter` says how long to wait.
-        accountActionRequired, ///< Only the person can resolve it, in the service's own app or here.
-        noReadings,            ///< A good answer without a reading.
-        serverTrouble,         ///< The service says that it failed (5xx, 429 without more).
+        transport,              ///< No answer: the network, the connection, a time-out.
+        credentialsRefused,     ///< Name or password were refused.
+        accountLocked,          ///< Too many refused sign-ins; trying again makes it worse.
+        sessionExpired,         ///< The session is gone; signing in again may help.
+        rateLimited,            ///< `retryAfter` says how long to wait.
+        accountActionRequired,  ///< Only the person can resolve it, in the service's own app or here.
+        noReadings,             ///< A good answer without a reading.
+        serverTrouble,          ///< The service says that it failed (5xx, 429 without more).
         other,
     };
     Kind kind = Kind::other;
-    std::string text{};                  ///< The error's own description.
-    std::optional<Seconds> retryAfter{}; ///< Of rateLimited.
+    std::string text{};                   ///< The error's own description.
+    std::optional<Seconds> retryAfter{};  ///< Of rateLimited.
     bool operator==(const GlucoseAPIError&) const = default;
 };
 

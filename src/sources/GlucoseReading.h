@@ -15,9 +15,9 @@ namespace tidewell {
 /// One glucose value, whichever service it came from.
 struct GlucoseReading {
     double mgdL = 0;
-    std::string trendString{};  ///< The service's word in its own capitalisation.
-    std::string trendArrow{};   ///< Follows from trendString; never stored.
-    Date date{};                ///< When it was measured.
+    std::string trendString{};    ///< The service's word in its own capitalisation.
+    std::string trendArrow{};     ///< Follows from trendString; never stored.
+    Date date{};                  ///< When it was measured.
     Seconds sampleDuration{300};  ///< What the sample stands for in time weighting.
     GlucoseProvider source = GlucoseProvider::dexcom;
     bool operator==(const GlucoseReading&) const = default;
@@ -41,7 +41,8 @@ enum class GlucoseReadingError { invalidFormat, missingValue, missingTrend, inva
 /// A reading from an object of Dexcom Share. The time comes from "ST", else "WT", else "DT".
 [[nodiscard]] std::expected<GlucoseReading, GlucoseReadingError> readingFromDexcom(const json::value& object);
 
-/// The stored form: "mgdL", "trendString", "date" (ISO 8601 UTC with milliseconds), "sampleDuration", "source".
+/// The stored form: "mgdL", "trendString", "date" (ISO 8601 UTC with milliseconds), "sampleDuration",
+/// "source".
 [[nodiscard]] json::object encode(const GlucoseReading& reading);
 /// Absent or odd "sampleDuration" becomes 300, 60 or at most 900 s; absent "source" is Dexcom.
 [[nodiscard]] std::expected<GlucoseReading, GlucoseReadingError> decodeReading(const json::value& object);

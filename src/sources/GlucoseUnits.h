@@ -21,7 +21,8 @@ inline constexpr double mgdLPerMmolL = 18.0;
 /// "milligrams per deciliter" or "millimoles per liter".
 [[nodiscard]] std::string_view spokenName(GlucoseUnits unit);
 
-/// A value as the unit shows it, as a number: whole in mg/dL, rounded to a tenth in mmol/L, half away from zero.
+/// A value as the unit shows it, as a number: whole in mg/dL, rounded to a tenth in mmol/L, half away from
+/// zero.
 [[nodiscard]] double displayValue(double mgdL, GlucoseUnits unit);
 /// The same as text, without the unit's name: "99", "5.5". Independent of the C locale.
 [[nodiscard]] std::string formatGlucose(double mgdL, GlucoseUnits unit);

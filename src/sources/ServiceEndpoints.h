@@ -20,6 +20,10 @@ struct DexcomEndpoint {
 struct ServiceEndpoints {
     std::map<std::string, DexcomEndpoint, std::less<>> dexcom{};  ///< By region code.
 
+    /// The row of a region code or of its other name ("eu" for "ous", "apac" for "jp"); null for an unknown
+    /// one.
+    [[nodiscard]] const DexcomEndpoint* dexcomRegion(std::string_view code) const;
+
     [[nodiscard]] static ServiceEndpoints builtIn();
     /// The built-in table with the entries of an endpoints document laid over it. https, and http to loopback
     /// addresses only. An error is one sentence that names the entry; keys that we do not know are ignored.
