@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QImage>
+
+#include "statusbar/StatusItemContent.h"
+
+namespace tidewell {
+
+/// How a panel lets the item be drawn.
+enum class StatusIconShape {
+    stacked,  ///< A square: the value over the arrow.
+    wide,     ///< Value and arrow in one line, as wide as they need.
+    dot,      ///< A small coloured sign beside a label that the panel writes itself.
+};
+
+/// What is known of the panel's background.
+enum class PanelScheme {
+    unknown,  ///< White text with a dark outline: reads on both.
+    light,    ///< Dark text with a faint light outline.
+    dark,     ///< White text with a faint dark outline.
+};
+
+struct StatusIconStyle {
+    StatusIconShape shape = StatusIconShape::stacked;
+    int height = 24;  ///< Pixels; clamped to 8 ... 256.
+    PanelScheme scheme = PanelScheme::unknown;
+    bool operator==(const StatusIconStyle&) const = default;
+};
+
+/// The picture of a status item: Format_ARGB32 with straight alpha, `height` pixels high, and square unless
+/// the shape is wide. Needs a QGuiApplication (fonts); main thread.
+[[nodiscard]] QImage paintStatusIcon(const StatusItemContent& content, const StatusIconStyle& style);
+
+}  // namespace tidewell
