@@ -21,25 +21,29 @@ struct StatusBarPollOutcome {
 /// Plain values without a clock: `now` is passed in, so every rule can be tested on its own.
 /// Owned by StatusBarPollingCoordinator and used on its executor only; it has no lock.
 struct StatusBarPollingSchedule {
-    std::function<double()> randomUnit;   ///< Jitter, -1 to +1; a value outside is clamped.
-    double readingInterval = 300;         ///< Seconds between two readings of the service.
+    std::function<double()> randomUnit;  ///< Jitter, -1 to +1; a value outside is clamped.
+    double readingInterval = 300;        ///< Seconds between two readings of the service.
     std::int64_t consecutiveFailures = 0;
     StatusBarPollOutcome lastOutcome{};
     std::optional<Date> lastReadingDate{};
-    std::int64_t fastResumeCycles = 0;    ///< Short backoffs still to be spent after new data.
-    std::int64_t consecutiveNoData = 0;   ///< No-data results within the escalation window.
+    std::int64_t fastResumeCycles = 0;   ///< Short backoffs still to be spent after new data.
+    std::int64_t consecutiveNoData = 0;  ///< No-data results within the escalation window.
     std::optional<Date> lastNoDataAt{};
-    std::optional<Date> nextPollDate{};   ///< Empty while there is nothing to aim at.
+    std::optional<Date> nextPollDate{};  ///< Empty while there is nothing to aim at.
 
-    /// Whole milliseconds to sleep; 5000 for the very first poll, else at least 1000. May spend a fast-resume cycle.
+    /// Whole milliseconds to sleep; 5000 for the very first poll, else at least 1000. May spend a fast-resume
+    /// cycle.
     [[nodiscard]] std::int64_t delayForNextPoll(Date now);
     /// Records a good answer; returns the new target: reading + interval + grace.
     Date recordSuccess(Date newestReading, bool isNew);
     /// Records an answer without readings; returns the new count within the window.
     std::int64_t recordNoData(Date now, Seconds window);
-    /// Records a failed poll.
-    void recordFailure(StatusBarPollOutcome outcome);
+    /// Records a failed poll. While no reading is known this also sets the target, or else every poll would
+    /// count as the very first.
+    void recordFailure(StatusBarPollOutcome outcome, Date now);
 
+    /// Seconds to wait when there is nothing to aim at, by the last outcome. May spend a fast-resume cycle.
+    [[nodiscard]] double adaptiveBackoff(Date now);
     /// The wait after that many failed polls in a row, jitter included. A negative count stops the program.
     [[nodiscard]] double failureBackoff(std::int64_t failures) const;
     /// The wait when nothing new came, by the age of the newest reading (infinite without one).

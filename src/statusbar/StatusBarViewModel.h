@@ -9,6 +9,7 @@
 #include "config/AppConfiguration.h"
 #include "sources/GlucoseReading.h"
 #include "sources/GlucoseUnits.h"
+#include "statusbar/ReadingPresentation.h"
 #include "support/Clock.h"
 #include "support/Random.h"
 #include "support/Task.h"
@@ -18,22 +19,20 @@ namespace tidewell {
 /// What the program is doing in the background.
 enum class StatusBarActivity { loading, refreshing, authenticating };
 
-/// What the icon area shows: nothing known yet, a value, or that the person has to do something.
+/// What the icon area shows: nothing known yet, a value, or that there is none and somebody should look.
 enum class StatusBarIconState { waiting, value, attention };
-
-enum class TitleColor { primary, orange, red };
-
-/// How old a reading is: current under 900 s, stale under 3600 s, then expired. A future reading has age 0.
-enum class ReadingFreshness { current, stale, expired };
-[[nodiscard]] ReadingFreshness readingFreshness(Date reading, Date now);
 
 /// A problem, as the menu shows it.
 struct ErrorInfo {
     std::string title;
-    std::string message;
-    std::string remediation;
+    std::string message;       ///< May be empty.
+    std::string remediation;   ///< May be empty.
+    bool needsSignIn = false;  ///< Signing in is what helps; nothing is polled until then.
     bool operator==(const ErrorInfo&) const = default;
 };
+
+/// The warning that belongs to a stale or expired reading of that age.
+[[nodiscard]] ErrorInfo staleReadingWarning(Seconds age);
 
 /// Everything that the status item, its menu and `watch` show: a plain value that may travel between threads.
 struct StatusBarState {
@@ -53,17 +52,29 @@ struct StatusBarState {
     bool operator==(const StatusBarState&) const = default;
 };
 
+/// A spoken text as a whole: what is going on, or what is wrong (its title and message come last).
+[[nodiscard]] std::string spokenStatus(std::string glucose, std::optional<StatusBarActivity> activity,
+                                       const std::optional<ErrorInfo>& error);
+
 /// The observable state behind the status item. Lives on the executor `main`; every member is called there.
+///
+/// The shown reading ages on its own. Its age is looked at when it turns stale and when it expires, and at
+/// least every two minutes until then, so that a wall clock that is set forward is noticed. The age of one
+/// reading never goes back, so that a wall clock that is set back does not make it look new.
 class StatusBarViewModel {
 public:
     using SettingsSource = std::function<std::optional<AppSettings>()>;
 
-    StatusBarViewModel(asio::any_io_executor main, Clock& clock, RandomSource& random, SettingsSource settings);
+    /// `clock` and `random` outlive the executor's last turn.
+    StatusBarViewModel(asio::any_io_executor main, Clock& clock, RandomSource& random,
+                       SettingsSource settings);
     ~StatusBarViewModel();
     StatusBarViewModel(const StatusBarViewModel&) = delete;
+    StatusBarViewModel& operator=(const StatusBarViewModel&) = delete;
 
     [[nodiscard]] const StatusBarState& state() const;
 
+    /// Also clears the error, and presents the shown reading again, or else the newest of the history.
     void setActivity(std::optional<StatusBarActivity> activity, Date now);
     void finishActivity();
     void presentReading(const GlucoseReading& reading, Date now);
@@ -71,13 +82,17 @@ public:
     void setCurrentError(std::optional<ErrorInfo> error);
     void setNextRetryAt(std::optional<Date> date);
     void setAlertsSnoozedUntil(std::optional<Date> date);
-    /// Forgets reading, history, error and retry: another account begins.
+    /// Forgets reading, history, activity, error and retry: another account begins.
     void clear();
     void appSettingsDidUpdate();
     /// After sleep, when the wall clock may have jumped: ages the shown reading at once.
     void refreshFreshness();
 
-    /// Called after every change of the state, once for a batch of changes in one call. Until the token goes.
+    /// Makes several changes that belong together; observers hear of them once.
+    void batch(const std::function<void()>& changes);
+
+    /// Called after a call that changed the state, once for all its changes. An observer may change the state
+    /// itself: everybody is then called once more. Until the token goes, which may be at any time.
     using Observer = std::function<void(const StatusBarState&)>;
     [[nodiscard]] std::shared_ptr<void> observe(Observer observer);
 
@@ -85,11 +100,5 @@ private:
     struct Impl;
     std::shared_ptr<Impl> impl_;
 };
-
-/// The spoken text for the latest reading (or none): value, range, trend and age, without activity or error.
-[[nodiscard]] std::string spokenGlucose(const std::optional<GlucoseReading>& reading, Date now,
-                                        const std::optional<AppSettings>& settings);
-/// "15 minutes", "1 hour", "2 hours and 5 minutes", "3 days": whole units, rounded down, at least a minute.
-[[nodiscard]] std::string elapsedPhrase(Seconds age);
 
 }  // namespace tidewell
