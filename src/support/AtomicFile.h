@@ -12,7 +12,8 @@ namespace tidewell {
 /// Replaces `file` as a whole: a temporary file beside it (mode 0600), fsync, rename, fsync of the folder.
 /// After success the content survives a power cut; after failure the old file is as it was and the temporary
 /// one is gone where the system let us. Makes no folders. Blocks: for worker threads and start-up.
-[[nodiscard]] std::error_code writeFileAtomically(const std::filesystem::path& file, std::string_view content);
+[[nodiscard]] std::error_code writeFileAtomically(const std::filesystem::path& file,
+                                                  std::string_view content);
 
 /// The whole file; an absent one is an empty optional. Refuses more than `limit` bytes (file_too_large) and
 /// whatever is not a regular file.

@@ -41,12 +41,12 @@ struct HttpResponse {
 /// Why there is no complete answer: a failure of the transport. Returned, never thrown.
 struct HttpError {
     enum class Kind {
-        invalidURL,       ///< Not http(s), or plain http to another machine.
+        invalidURL,  ///< Not http(s), or plain http to another machine.
         cannotResolve,
         cannotConnect,
-        tls,              ///< The certificate was refused, or the handshake failed.
+        tls,  ///< The certificate was refused, or the handshake failed.
         timedOut,
-        connectionLost,   ///< Ended before the answer was complete.
+        connectionLost,  ///< Ended before the answer was complete.
         answerTooLarge,
         redirectRefused,  ///< To another host, to plain http, or too often.
         badAnswer,        ///< Not HTTP, or an encoding that does not decode.
@@ -63,7 +63,8 @@ struct HttpError {
 class HttpClient {
 public:
     virtual ~HttpClient() = default;
-    [[nodiscard]] virtual asio::awaitable<std::expected<HttpResponse, HttpError>> send(HttpRequest request) = 0;
+    [[nodiscard]] virtual asio::awaitable<std::expected<HttpResponse, HttpError>> send(
+        HttpRequest request) = 0;
 };
 
 }  // namespace tidewell

@@ -19,7 +19,7 @@ struct JsonLimits {
 
 /// What is wrong with a document, and where. Never quotes the document.
 struct JsonError {
-    std::string message;     ///< "Not valid JSON at byte 17", "A key stands twice".
+    std::string message;  ///< "Not valid JSON at byte 17", "A key stands twice".
     bool operator==(const JsonError&) const = default;
 };
 
@@ -29,15 +29,21 @@ struct JsonError {
 
 /// Typed members of an object. Absent and null are both "absent"; a member of another type is an error, so
 /// that a document that says something else than we think is never half understood.
-[[nodiscard]] std::expected<std::optional<std::string>, JsonError> optionalText(const json::object& object, std::string_view key);
-[[nodiscard]] std::expected<std::optional<double>, JsonError> optionalNumber(const json::object& object, std::string_view key);
+[[nodiscard]] std::expected<std::optional<std::string>, JsonError> optionalText(const json::object& object,
+                                                                                std::string_view key);
+[[nodiscard]] std::expected<std::optional<double>, JsonError> optionalNumber(const json::object& object,
+                                                                             std::string_view key);
 /// A number with a whole value within 64 bits; 3.0 counts, 3.5 does not.
-[[nodiscard]] std::expected<std::optional<std::int64_t>, JsonError> optionalInteger(const json::object& object, std::string_view key);
-[[nodiscard]] std::expected<std::optional<bool>, JsonError> optionalBoolean(const json::object& object, std::string_view key);
+[[nodiscard]] std::expected<std::optional<std::int64_t>, JsonError> optionalInteger(
+    const json::object& object, std::string_view key);
+[[nodiscard]] std::expected<std::optional<bool>, JsonError> optionalBoolean(const json::object& object,
+                                                                            std::string_view key);
 
 /// The same, absent being an error too.
-[[nodiscard]] std::expected<std::string, JsonError> requiredText(const json::object& object, std::string_view key);
-[[nodiscard]] std::expected<double, JsonError> requiredNumber(const json::object& object, std::string_view key);
+[[nodiscard]] std::expected<std::string, JsonError> requiredText(const json::object& object,
+                                                                 std::string_view key);
+[[nodiscard]] std::expected<double, JsonError> requiredNumber(const json::object& object,
+                                                              std::string_view key);
 
 /// A number of any JSON kind as double; empty when `value` is no number.
 [[nodiscard]] std::optional<double> numberOf(const json::value& value);

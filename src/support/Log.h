@@ -12,8 +12,8 @@ enum class LogLevel { debug, info, warning, error };
 inline constexpr std::string_view logSubsystem = "org.tidewell.Tidewell";
 
 /// Writes lines to the system log under the subsystem and one category, the name of the type that writes.
-/// A value that is cheap to copy; any thread. What is secret must not be passed in: no redaction happens here,
-/// except that control characters are replaced and a line is cut after 4096 bytes.
+/// A value that is cheap to copy; any thread. What is secret must not be passed in: no redaction happens
+/// here, except that control characters are replaced and a line is cut after 4096 bytes.
 class Log {
 public:
     explicit Log(std::string_view category) : category_{category} {}
@@ -28,7 +28,8 @@ private:
     std::string category_;
 };
 
-/// Where lines go; by default nowhere, so tests are quiet. Called on the thread that logs, one line at a time.
+/// Where lines go; by default nowhere, so tests are quiet. Called on the thread that logs, one line at a
+/// time.
 using LogSink = std::function<void(LogLevel, std::string_view category, std::string_view line)>;
 
 /// Replaces the sink and returns the earlier one. Any thread.

@@ -1,6 +1,7 @@
 // What nearly every source file includes; compiled once and shared by all rooms.
 #pragma once
 
+#include <fmt/format.h>
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/awaitable.hpp>
@@ -16,7 +17,6 @@
 #include <boost/asio/thread_pool.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/json/value.hpp>
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -33,7 +34,7 @@ public:
     void fill(std::span<std::byte> bytes) override;
 
 private:
-    std::uint64_t state_;
+    std::atomic<std::uint64_t> state_;
 };
 
 /// A random (version 4) UUID, RFC 9562 section 5.4; the nil UUID when default-made.

@@ -10,6 +10,7 @@
 #include <optional>
 #include <type_traits>
 #include <utility>
+#include <variant>
 
 #include "support/Asio.h"
 
@@ -47,6 +48,7 @@ private:
     using Wake = asio::experimental::channel<void(boost::system::error_code)>;
 
     struct State {
+        asio::any_io_executor executor;
         asio::cancellation_signal signal;
         bool ended = false;
         std::exception_ptr error;
