@@ -27,22 +27,24 @@ enum class StatusButtonLook { plain, redFill, orangeFill };
 
 /// What a status item presents, whatever panel shows it: decided here, drawn elsewhere.
 struct StatusItemContent {
-    std::string value{};   ///< "120", "5.5", "120 ?", "-- ?"; empty while waiting or when attention is needed.
-    std::string arrow{};   ///< "→"; empty when the reading is not current.
-    std::string label{};   ///< The status title: value, space, arrow.
+    std::string value{};  ///< "120", "5.5", "120 ?", "-- ?"; empty while waiting or when attention is needed.
+    std::string arrow{};  ///< "→"; empty when the reading is not current.
+    std::string label{};  ///< The status title: value, space, arrow.
     StatusBarIconState iconState = StatusBarIconState::waiting;
     StatusButtonLook look = StatusButtonLook::plain;
     bool warningBadge = false;
-    std::string tooltipTitle{};  ///< Value with unit and trend: "120 mg/dL →".
-    std::string tooltipText{};   ///< Age and any problem, lines separated by '\n'; plain text.
+    std::string tooltipTitle{};        ///< Value with unit and trend: "120 mg/dL →".
+    std::string tooltipText{};         ///< Age and any problem, lines separated by '\n'; plain text.
     std::string accessibilityLabel{};  ///< "Tidewell".
     std::string accessibilityValue{};
     std::vector<MenuItem> menu{};
     bool operator==(const StatusItemContent&) const = default;
 };
 
-/// The content for a state at a moment. Pure.
-[[nodiscard]] StatusItemContent statusItemContent(const StatusBarState& state, const AppSettings& settings, Date now,
-                                                  TimeZone zone);
+/// The content for a state at a moment. Pure. A reading that has aged since the state was made is shown with
+/// the age that it has now. The menu begins with the problem, if any; "Sign in…" comes first among its
+/// commands when signing in is what helps, and is called "Switch account…" otherwise.
+[[nodiscard]] StatusItemContent statusItemContent(const StatusBarState& state, const AppSettings& settings,
+                                                  Date now, TimeZone zone);
 
 }  // namespace tidewell
