@@ -27,11 +27,9 @@ struct DexcomError {
         transport,
     };
     Kind kind;
-    std::string
-        message{};  ///< Of invalidURL (endpoint name), authenticationFailed, loginFailed, parsingFailed.
-    int httpStatus =
-        0;  ///< Of serverError, sessionExpired and invalidResponse: what the service answered; else 0.
-    std::string code{};  ///< Of serverError: the service's own word for it, when it is one that we know.
+    std::string message{};  ///< The endpoint's name in invalidURL, the reason in ...Failed.
+    int httpStatus = 0;     ///< The service's answer, of serverError, sessionExpired and invalidResponse.
+    std::string code{};     ///< Of serverError: the service's own word for it, when it is one that we know.
     std::optional<HttpError> network{};  ///< Of transport.
     bool signingIn = false;              ///< Whether a step of the sign-in failed; else it was the read.
     bool operator==(const DexcomError&) const = default;
