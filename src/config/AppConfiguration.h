@@ -15,9 +15,9 @@ namespace tidewell {
 /// The account that is followed, with the choices that belong to it.
 struct GlucoseAccountConfiguration {
     GlucoseProvider provider = GlucoseProvider::dexcom;
-    std::string username{};   ///< Dexcom account name, or LibreLinkUp e-mail.
+    std::string username{};  ///< Dexcom account name, or LibreLinkUp e-mail.
     SecretText password{};
-    std::string region{};     ///< Lower-case code; the service client rejects one that it does not know.
+    std::string region{};  ///< Lower-case code; the service client rejects one that it does not know.
     std::optional<std::string> patientID{};    ///< LibreLinkUp: the selected connection.
     std::optional<std::string> patientName{};  ///< LibreLinkUp: its display name.
     bool operator==(const GlucoseAccountConfiguration&) const = default;
@@ -69,9 +69,13 @@ struct ConfigurationError {
 [[nodiscard]] json::object encode(const GlucoseAccountConfiguration& account);
 [[nodiscard]] json::object encode(const AppSettings& settings);
 
-/// Reads "app" and "account", or in its absence the older "dexcom" object. A wrong type, a missing required key
-/// or an unknown provider fails the whole document; unknown keys are ignored.
-[[nodiscard]] std::expected<AppConfiguration, ConfigurationError> decodeAppConfiguration(const json::value& document);
+/// Reads "app" and "account", or in its absence the older "dexcom" object. A wrong type, a missing required
+/// key or an unknown provider fails the whole document; unknown keys are ignored, and null counts as absent.
+[[nodiscard]] std::expected<AppConfiguration, ConfigurationError> decodeAppConfiguration(
+    const json::value& document);
 [[nodiscard]] std::expected<AppSettings, ConfigurationError> decodeAppSettings(const json::value& document);
+/// The same as decodeAppConfiguration, but says what is wrong and where, for people who edit the document by
+/// hand.
+[[nodiscard]] std::expected<AppConfiguration, JsonError> readAppConfiguration(const json::value& document);
 
 }  // namespace tidewell

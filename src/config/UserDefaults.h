@@ -1,15 +1,17 @@
 #pragma once
 
+#include <boost/json/object.hpp>
+#include <expected>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <variant>
 
+#include "support/Json.h"
 #include "support/Time.h"
 
 namespace tidewell {
@@ -18,6 +20,10 @@ namespace tidewell {
 ///
 /// Values are held in memory and may be read and set from any thread without waiting. save() writes
 /// them; the owner calls it on a worker after the change handler said so, and at exit.
+///
+/// The file is one JSON object: flags as true and false, moments as seconds since 1970, texts as texts.
+/// Members of other types are kept as they are. Several processes may share it: a save changes only the keys
+/// that were changed here, and brings the others up to date.
 class UserDefaults {
 public:
     /// In memory only: for tests and demonstrations.
@@ -26,8 +32,10 @@ public:
     explicit UserDefaults(std::filesystem::path file);
 
     /// Blocks; at start-up. An error when there is a file that cannot be read; then nothing is set.
+    /// bad_message when its content does not decode.
     [[nodiscard]] std::error_code load();
-    /// Writes the values when they changed since the last save. Blocks; one thread at a time.
+    /// Writes the values when they changed since the last save. Blocks; one thread at a time. After an error
+    /// the file is as it was, and the next save tries again.
     [[nodiscard]] std::error_code save();
 
     /// A value of another type counts as absent.
@@ -35,24 +43,29 @@ public:
     [[nodiscard]] std::optional<Date> date(std::string_view key) const;
     [[nodiscard]] std::optional<std::string> text(std::string_view key) const;
     void set(std::string_view key, bool value);
+    /// A moment that is not finite removes the value.
     void set(std::string_view key, Date value);
+    /// UTF-8; the caller's duty.
     void set(std::string_view key, std::string value);
+    void set(std::string_view key, const char* value) { set(key, std::string{value}); }
     void remove(std::string_view key);
 
     /// Called on the thread that changed a value, without a lock held.
     void setChangeHandler(std::function<void()> handler);
 
 private:
-    using Value = std::variant<bool, double, std::string>;
-    void store(std::string_view key, Value value);
+    void store(std::string_view key, std::optional<json::value> value);
+    [[nodiscard]] std::error_code write(json::object& values, const std::set<std::string>& changed) const;
 
     std::filesystem::path file_;
     mutable std::mutex mutex_;
-    std::map<std::string, Value, std::less<>> values_;
-    bool changed_ = false;
-    bool unreadable_ = false;
+    json::object values_;
+    std::set<std::string> changed_;  ///< Keys that differ from the file.
     std::function<void()> handler_;
 };
+
+/// The content of a defaults file.
+[[nodiscard]] std::expected<json::object, JsonError> parseUserDefaults(std::string_view text);
 
 inline constexpr std::string_view onboardingCompletedKey = "TidewellOnboardingCompleted";
 inline constexpr std::string_view alertsSnoozedUntilKey = "TidewellAlertsSnoozedUntil";
