@@ -16,6 +16,7 @@ class SecretText {
 public:
     SecretText() = default;
     explicit SecretText(std::string_view text) : bytes_(text.begin(), text.end()) {}
+    explicit SecretText(const char* text) : SecretText{std::string_view{text}} {}
     /// Takes the text over and wipes the source.
     explicit SecretText(std::string&& text);
     SecretText(const SecretText&) = default;
