@@ -15,9 +15,9 @@ enum class StatusIconShape {
 
 /// What is known of the panel's background.
 enum class PanelScheme {
-    unknown,  ///< White text with a dark outline: reads on both.
-    light,    ///< Dark text with a faint light outline.
-    dark,     ///< White text with a faint dark outline.
+    unknown,  ///< White text on a dark plate: reads on any.
+    light,    ///< Dark text, faint light outline.
+    dark,     ///< White text, faint dark outline.
 };
 
 struct StatusIconStyle {

@@ -1,0 +1,200 @@
+#include "ui/StatusMenu.h"
+
+#include <QAction>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWindow>
+
+namespace tidewell {
+namespace {
+
+/// A line as a menu shows it: its "&" are text, not marks of a mnemonic.
+QString plainTitle(const MenuItem& item)
+{
+    return QString::fromStdString(item.title).replace(u'&', QStringLiteral("&&"));
+}
+
+bool sameLines(const std::vector<MenuItem>& left, const std::vector<MenuItem>& right)
+{
+    return std::ranges::equal(left, right, [](const MenuItem& a, const MenuItem& b) {
+        return a.kind == b.kind && a.command == b.command;
+    });
+}
+
+bool isWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
+
+/// The menu as a window, for Wayland. Its fixed size makes tiling compositors let it float.
+class MenuWindow final : public QWidget {
+public:
+    explicit MenuWindow(std::function<void(MenuCommand)> command)
+        : QWidget{nullptr, Qt::Tool | Qt::FramelessWindowHint}, command_{std::move(command)}
+    {
+        setWindowTitle(QStringLiteral("Tidewell"));
+        layout_ = new QVBoxLayout{this};
+        layout_->setContentsMargins(6, 6, 6, 6);
+        layout_->setSpacing(2);
+        QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](const QWindow* focus) {
+            if (focus == nullptr && isVisible())
+                hide();
+        });
+    }
+
+    void rebuild(const std::vector<MenuItem>& items)
+    {
+        while (QLayoutItem* old = layout_->takeAt(0)) {
+            delete old->widget();
+            delete old;
+        }
+        lines_.clear();
+        for (const MenuItem& item : items) {
+            QWidget* line = makeLine(item);
+            layout_->addWidget(line);
+            lines_.push_back(line);
+        }
+        refresh(items);
+    }
+
+    void refresh(const std::vector<MenuItem>& items)
+    {
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (auto* button = qobject_cast<QPushButton*>(lines_[i])) {
+                button->setText(plainTitle(items[i]));
+                button->setEnabled(items[i].enabled);
+            } else if (auto* label = qobject_cast<QLabel*>(lines_[i])) {
+                label->setText(QString::fromStdString(items[i].title));
+            }
+        }
+        setFixedSize(layout_->sizeHint());
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        switch (event->key()) {
+        case Qt::Key_Escape: hide(); return;
+        case Qt::Key_Down: focusNextChild(); return;
+        case Qt::Key_Up: focusPreviousChild(); return;
+        default: QWidget::keyPressEvent(event);
+        }
+    }
+
+private:
+    QWidget* makeLine(const MenuItem& item)
+    {
+        if (item.kind == MenuItem::Kind::separator) {
+            auto* rule = new QFrame;
+            rule->setFrameShape(QFrame::HLine);
+            rule->setFrameShadow(QFrame::Sunken);
+            return rule;
+        }
+        if (item.kind == MenuItem::Kind::text) {
+            auto* label = new QLabel;
+            label->setTextFormat(Qt::PlainText);
+            label->setContentsMargins(8, 3, 8, 3);
+            return label;
+        }
+        auto* button = new QPushButton;
+        button->setFlat(true);
+        button->setAutoDefault(true);
+        button->setStyleSheet(QStringLiteral("text-align: left; padding: 4px 8px"));
+        QObject::connect(button, &QPushButton::clicked, this, [this, command = item.command] {
+            hide();
+            command_(command);
+        });
+        return button;
+    }
+
+    std::function<void(MenuCommand)> command_;
+    QVBoxLayout* layout_;
+    std::vector<QWidget*> lines_;
+};
+
+}  // namespace
+
+struct StatusMenu::Impl {
+    /// From the event loop, since the handler may end the program or rebuild the menu that is still closing.
+    void choose(MenuCommand chosen)
+    {
+        QTimer::singleShot(0, &menu, [this, chosen] { command(chosen); });
+    }
+
+    void rebuild()
+    {
+        menu.clear();
+        actions.clear();
+        for (const MenuItem& item : items) {
+            QAction* action =
+                item.kind == MenuItem::Kind::separator ? menu.addSeparator() : menu.addAction(QString{});
+            if (item.kind == MenuItem::Kind::action)
+                QObject::connect(action, &QAction::triggered, &menu,
+                                 [this, chosen = item.command] { choose(chosen); });
+            actions.push_back(action);
+        }
+        if (window)
+            window->rebuild(items);
+    }
+
+    void refresh()
+    {
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (items[i].kind == MenuItem::Kind::separator)
+                continue;
+            actions[i]->setText(plainTitle(items[i]));
+            actions[i]->setEnabled(items[i].enabled && items[i].kind == MenuItem::Kind::action);
+        }
+        if (window)
+            window->refresh(items);
+    }
+
+    std::function<void(MenuCommand)> command;
+    std::vector<MenuItem> items{};
+    QMenu menu{};
+    std::vector<QAction*> actions{};
+    std::unique_ptr<MenuWindow> window{};  ///< Made at its first use, on Wayland only.
+};
+
+StatusMenu::StatusMenu(std::function<void(MenuCommand)> command)
+    : impl_{std::make_unique<Impl>(std::move(command))}
+{
+    impl_->menu.setAccessibleName(QStringLiteral("Tidewell"));
+}
+
+StatusMenu::~StatusMenu() = default;
+
+void StatusMenu::setItems(const std::vector<MenuItem>& items)
+{
+    if (items == impl_->items)
+        return;
+    const bool same = sameLines(items, impl_->items);
+    impl_->items = items;
+    if (!same)
+        impl_->rebuild();
+    impl_->refresh();
+}
+
+void StatusMenu::popUp(QPoint position)
+{
+    if (!isWayland()) {
+        if (impl_->menu.isVisible())
+            impl_->menu.close();
+        else
+            impl_->menu.popup(position);
+        return;
+    }
+    if (!impl_->window) {
+        impl_->window = std::make_unique<MenuWindow>([this](MenuCommand chosen) { impl_->choose(chosen); });
+        impl_->window->rebuild(impl_->items);
+    }
+    impl_->window->setVisible(!impl_->window->isVisible());
+    if (impl_->window->isVisible())
+        impl_->window->activateWindow();
+}
+
+QMenu* StatusMenu::menu() const { return &impl_->menu; }
+
+}  // namespace tidewell
