@@ -54,7 +54,8 @@ bool AppDelegate::applicationShouldHandleReopen()
         services_.onboardingCoordinator->showOnboarding();
         return false;
     }
-    return !(services_.termsAgreementCoordinator && services_.termsAgreementCoordinator->showPendingAgreement());
+    return !(services_.termsAgreementCoordinator &&
+             services_.termsAgreementCoordinator->showPendingAgreement());
 }
 
 asio::awaitable<void> AppDelegate::launch()
@@ -118,9 +119,10 @@ void AppDelegate::followAccount()
     if (!account) {
         coordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
         if (const auto& problem = services_.configurationManager.problem())
-            services_.statusBarViewModel.setCurrentError(ErrorInfo{
-                .title = "Sign in required", .message = problem->message,
-                .remediation = "Sign in again, or mend the file and start Tidewell again."});
+            services_.statusBarViewModel.setCurrentError(
+                ErrorInfo{.title = "Sign in required",
+                          .message = problem->message,
+                          .remediation = "Sign in again, or mend the file and start Tidewell again."});
         return;
     }
     if (account->password.empty()) {
@@ -133,9 +135,10 @@ void AppDelegate::followAccount()
     const bool supported = client != nullptr;
     coordinator.resetForNewConfiguration(std::move(client), account->provider);
     if (!supported)
-        services_.statusBarViewModel.setCurrentError(ErrorInfo{
-            .title = "Sign in required", .message = "This version of Tidewell reads Dexcom Share accounts only.",
-            .remediation = "Sign in to a Dexcom Share account."});
+        services_.statusBarViewModel.setCurrentError(
+            ErrorInfo{.title = "Sign in required",
+                      .message = "This version of Tidewell reads Dexcom Share accounts only.",
+                      .remediation = "Sign in to a Dexcom Share account."});
 }
 
 void AppDelegate::showPasswordProblem()
@@ -150,7 +153,8 @@ void AppDelegate::showPasswordProblem()
 asio::awaitable<void> AppDelegate::retryPassword()
 {
     for (std::size_t attempt = 0;; ++attempt) {
-        co_await services_.clock.sleepFor(passwordRetryWaits[std::min(attempt, passwordRetryWaits.size() - 1)]);
+        co_await services_.clock.sleepFor(
+            passwordRetryWaits[std::min(attempt, passwordRetryWaits.size() - 1)]);
         const auto& problem = services_.configurationManager.problem();
         // Who closed the unlock dialog, or has no password stored, is not asked again and again.
         if (!problem || problem->error.status == keychainStatus::userCanceled)

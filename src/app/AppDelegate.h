@@ -48,7 +48,8 @@ public:
 
 /// Wires the services together: the launch sequence, sleep and wake, changes of the configuration, the end.
 ///
-/// Main thread only. Owns no service; every reference outlives it. A service that a build does not have is null.
+/// Main thread only. Owns no service; every reference outlives it. A service that a build does not have is
+/// null.
 class AppDelegate {
 public:
     using MakeAPIClient =
@@ -61,8 +62,8 @@ public:
         UserDefaults& defaults;
         StatusBarViewModel& statusBarViewModel;
         StatusBarPollingCoordinator& pollingCoordinator;
-        MakeAPIClient makeAPIClient;               ///< Null for a provider that it cannot follow.
-        std::function<void()> ensureStatusItem;    ///< Sets the status item up; called once.
+        MakeAPIClient makeAPIClient;             ///< Null for a provider that it cannot follow.
+        std::function<void()> ensureStatusItem;  ///< Sets the status item up; called once.
         WorkspaceObserving* workspace = nullptr;
         OnboardingCoordinating* onboardingCoordinator = nullptr;
         TermsAgreementCoordinating* termsAgreementCoordinator = nullptr;
@@ -77,6 +78,8 @@ public:
 
     /// Begins the launch sequence and returns at once.
     void applicationDidFinishLaunching();
+    /// Resumes when the launch sequence has ended; it has been begun.
+    [[nodiscard]] asio::awaitable<void> launched() const { return startupTask_.wait(); }
     /// The last call before the end of the process: no result reaches the status item any more.
     void applicationWillTerminate();
     /// The person started the application again. False when a window that waits for them came to the front.

@@ -14,7 +14,8 @@ class WorkspaceObserving {
 public:
     virtual ~WorkspaceObserving() = default;
     /// Calls `handler` at each such event until the returned token goes.
-    [[nodiscard]] virtual std::shared_ptr<void> observe(WorkspaceEvent event, std::function<void()> handler) = 0;
+    [[nodiscard]] virtual std::shared_ptr<void> observe(WorkspaceEvent event,
+                                                        std::function<void()> handler) = 0;
 };
 
 /// Keeps observer tokens; dropping it is enough to stop observing.

@@ -1,1 +1,136 @@
-int main() { return 0; }
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "program/Commands.h"
+#include "program/Process.h"
+#include "support/Log.h"
+
+namespace tidewell {
+
+namespace {
+
+constexpr const char* notice =
+    "Tidewell is no medical device. Keep the alarms of your phone or receiver switched on, and never decide "
+    "on\n"
+    "treatment by what it shows.\n\n"
+    "Exit codes: 0 good, 1 failure, 2 usage, 3 not running, 4 no fresh reading, 5 sign-in needed, 6 keyring.";
+
+/// Adds --demo, alone or with a scenario of the simulator.
+void addDemo(CLI::App& command, bool& demo, std::string& scenario)
+{
+    command
+        .add_option_function<std::string>(
+            "--demo",
+            [&demo, &scenario](const std::string& name) {
+                demo = true;
+                if (!name.empty())
+                    scenario = name;
+            },
+            "Use the built-in simulator instead of an account; nothing is saved")
+        ->expected(0, 1)
+        ->default_str("")
+        ->option_text("[=SCENARIO]");
+}
+
+int run(int count, char** values)
+{
+    CLI::App app{"Shows the current glucose reading of a continuous glucose monitor in the status area.",
+                 "tidewell"};
+    app.footer(notice);
+    app.set_version_flag("--version", std::string{"tidewell "} + TIDEWELL_VERSION);
+    bool verbose = false;
+    app.add_flag("--verbose", verbose, "Write what happens to standard error");
+
+    ApplicationOptions application;
+    addDemo(app, application.demo, application.demoScenario);
+
+    WatchOptions watch;
+    std::string format = "text";
+    auto* watchCommand = app.add_subcommand("watch", "Print one line for each change, without a display");
+    watchCommand->add_option("--format", format, "text or json")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->capture_default_str();
+    watchCommand->add_flag("--once", watch.once, "End with the first reading or problem");
+    addDemo(*watchCommand, watch.demo, watch.demoScenario);
+
+    auto* account = app.add_subcommand("account", "The account that is followed");
+    account->require_subcommand(1);
+    AccountSetOptions set;
+    bool passwordFromInput = false;
+    auto* accountSet = account->add_subcommand("set", "Sign in: check the account and store it");
+    accountSet->add_option("--provider", set.provider, "dexcom")->required();
+    accountSet->add_option("--username", set.username, "User name, e-mail address or phone number")
+        ->required();
+    accountSet->add_option("--region", set.region, "us, ous (outside the United States) or jp")->required();
+    accountSet->add_option("--patient", set.patientID, "The person to follow, where an account has several");
+    accountSet->add_flag("--password-stdin", passwordFromInput, "Read the password from standard input")
+        ->required();
+    auto* accountShow = account->add_subcommand("show", "Show the account, without its password");
+    auto* accountConnections =
+        account->add_subcommand("connections", "List the people whose readings it can see");
+    auto* accountClear = account->add_subcommand("clear", "Sign out: remove the account and its password");
+
+    auto* settings = app.add_subcommand("settings", "The preferences");
+    std::optional<std::string> getKey;
+    std::string setKey;
+    std::string setValue;
+    auto* settingsGet = settings->add_subcommand("get", "Print one setting, or all");
+    settingsGet->add_option("key", getKey, "The setting's name");
+    auto* settingsSet = settings->add_subcommand("set", "Change one setting");
+    settingsSet->add_option("key", setKey, "The setting's name")->required();
+    settingsSet->add_option("value", setValue, "Its new value")->required();
+    settings->require_subcommand(0, 1);
+    app.require_subcommand(0, 1);
+
+    try {
+        app.parse(count, values);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0)
+            return app.exit(error);
+        return static_cast<int>(
+            report({ExitCode::usage, std::string{error.what()} + ". See \"tidewell --help\"."}));
+    }
+    setLogSink(systemLogSink(verbose ? LogLevel::debug : LogLevel::warning));
+
+    const auto code = [&] {
+        if (*watchCommand) {
+            watch.format = watchFormat(format).value_or(WatchFormat::text);
+            return runWatch(watch);
+        }
+        if (*accountSet)
+            return runAccountSet(set);
+        if (*accountShow)
+            return runAccountShow();
+        if (*accountConnections)
+            return runAccountConnections();
+        if (*accountClear)
+            return runAccountClear();
+        if (*settingsSet)
+            return runSettingsSet(setKey, setValue);
+        if (*settings || *settingsGet)
+            return runSettingsGet(getKey);
+        return runApplication(application);
+    }();
+    return static_cast<int>(code);
+}
+
+}  // namespace
+
+ExitCode report(const CommandError& error)
+{
+    std::string line = error.message;
+    for (auto& character : line)
+        if (character == '\n' || character == '\r')
+            character = ' ';
+    (void)std::fprintf(stderr, "tidewell: %s\n", line.c_str());
+    return error.code;
+}
+
+}  // namespace tidewell
+
+int main(int count, char** values)
+{
+    tidewell::hardenProcess();
+    tidewell::processArguments() = {count, values};
+    return tidewell::run(count, values);
+}

@@ -1,0 +1,205 @@
+#include <fmt/format.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "program/AccountCheck.h"
+#include "program/CommandSession.h"
+#include "program/Commands.h"
+
+namespace tidewell {
+
+namespace {
+
+constexpr std::size_t longestPassword = 4096;
+
+/// Switches the terminal's echo off while a password is typed.
+class SilentTerminal {
+public:
+    SilentTerminal()
+    {
+        if (::tcgetattr(STDIN_FILENO, &before_) != 0)
+            return;
+        active_ = true;
+        termios silent = before_;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        (void)::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+        fmt::print(stderr, "Password: ");
+    }
+    ~SilentTerminal()
+    {
+        if (!active_)
+            return;
+        (void)::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
+        fmt::print(stderr, "\n");
+    }
+    SilentTerminal(const SilentTerminal&) = delete;
+    SilentTerminal& operator=(const SilentTerminal&) = delete;
+
+private:
+    termios before_{};
+    bool active_ = false;
+};
+
+/// The first line of standard input, without its end.
+std::expected<SecretText, CommandError> readPassword()
+{
+    const SilentTerminal silent;
+    std::array<char, longestPassword + 2> buffer;
+    std::size_t size = 0;
+    std::size_t end = 0;
+    while (size < buffer.size()) {
+        const auto count = ::read(STDIN_FILENO, buffer.data() + size, buffer.size() - size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            break;
+        size += static_cast<std::size_t>(count);
+        if (std::find(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(size), '\n') !=
+            buffer.begin() + static_cast<std::ptrdiff_t>(size))
+            break;
+    }
+    while (end < size && buffer[end] != '\n')
+        ++end;
+    if (end > 0 && buffer[end - 1] == '\r')
+        --end;
+    SecretText password{std::string_view{buffer.data(), end}};
+    wipe(buffer.data(), buffer.size());
+    if (password.empty())
+        return std::unexpected(CommandError{ExitCode::usage, "There is no password on standard input."});
+    if (end > longestPassword)
+        return std::unexpected(CommandError{ExitCode::usage, "The password is longer than 4096 bytes."});
+    return password;
+}
+
+CommandError commandError(const ConfigurationProblem& problem)
+{
+    const bool keyring = problem.error.kind == ConfigurationError::Kind::keychainError;
+    return {keyring ? ExitCode::keyring : ExitCode::failure, problem.message};
+}
+
+/// Loads the stored account. A missing password is not this function's business.
+std::expected<std::unique_ptr<CommandSession>, CommandError> sessionWithConfiguration()
+{
+    auto session = CommandSession::make();
+    if (!session)
+        return std::unexpected(session.error());
+    if (const auto loaded = (*session)->run((*session)->configuration().load()); !loaded) {
+        if (loaded.error().error.kind == ConfigurationError::Kind::invalidConfiguration)
+            return std::unexpected(commandError(loaded.error()));
+    }
+    return session;
+}
+
+const CommandError noAccount{ExitCode::signInNeeded,
+                             "There is no account. Sign in with \"tidewell account set\"."};
+
+}  // namespace
+
+ExitCode runAccountSet(const AccountSetOptions& options)
+{
+    const auto provider = glucoseProvider(options.provider);
+    if (!provider)
+        return report({ExitCode::usage, "The provider must be \"dexcom\" or \"libreLinkUp\"."});
+    if (*provider == GlucoseProvider::libreLinkUp)
+        return report({ExitCode::usage, "This version of Tidewell reads Dexcom Share accounts only."});
+    if (options.patientID)
+        return report({ExitCode::usage, "A Dexcom Share account has no --patient."});
+    const auto first = options.username.find_first_not_of(" \t\r\n");
+    if (first == std::string::npos)
+        return report({ExitCode::usage, "The user name is empty."});
+
+    // Before the password is asked for: whatever can be refused without it.
+    auto session = CommandSession::make();
+    if (!session)
+        return report(session.error());
+    if (!(*session)->environment().endpoints.dexcom.contains(options.region)) {
+        std::string known;
+        for (const auto& [code, endpoint] : (*session)->environment().endpoints.dexcom)
+            known += (known.empty() ? "" : ", ") + code;
+        return report({ExitCode::usage, "Invalid region. Dexcom Share has these: " + known + "."});
+    }
+    auto password = readPassword();
+    if (!password)
+        return report(password.error());
+
+    GlucoseAccountConfiguration account{
+        .provider = *provider,
+        .username = options.username.substr(first, options.username.find_last_not_of(" \t\r\n") - first + 1),
+        .password = std::move(*password),
+        .region = options.region,
+    };
+    const auto check =
+        (*session)->run(checkAccount((*session)->engine().executor(), (*session)->makeAPIClient(account)));
+    if (check.result == AccountCheck::Result::refused)
+        return report({ExitCode::signInNeeded, check.error->text + ". Nothing was stored."});
+
+    (void)(*session)->run((*session)->configuration().load());
+    if (const auto saved = (*session)->run((*session)->configuration().saveAccount(std::move(account)));
+        !saved)
+        return report(commandError(saved.error()));
+    (*session)->defaults().set(onboardingCompletedKey, true);
+    if (const auto error = (*session)->defaults().save())
+        return report({ExitCode::failure, "The account is stored, but " +
+                                              (*session)->environment().defaults().string() +
+                                              " cannot be written: " + error.message()});
+    if (check.result == AccountCheck::Result::unreachable)
+        fmt::print("The account is stored. It could not be checked: {}.\n", check.error->text);
+    else if (check.error)
+        fmt::print("Signed in. The account is stored. {}.\n", check.error->text);
+    else
+        fmt::print("Signed in. The account is stored.\n");
+    return ExitCode::good;
+}
+
+ExitCode runAccountShow()
+{
+    const auto session = sessionWithConfiguration();
+    if (!session)
+        return report(session.error());
+    const auto& configuration = (*session)->configuration();
+    if (!configuration.account())
+        return report(noAccount);
+    const auto& account = *configuration.account();
+    fmt::print("provider  {}\nusername  {}\nregion    {}\n", rawValue(account.provider), account.username,
+               account.region);
+    if (account.patientID)
+        fmt::print("patient   {}\n", account.patientName.value_or(*account.patientID));
+    fmt::print("password  {}\n", account.password.empty() ? "not available" : "stored in the keyring");
+    if (account.password.empty())
+        return report({ExitCode::keyring, configuration.problem()
+                                              ? configuration.problem()->message
+                                              : "The password is not in the keyring. Sign in again."});
+    return ExitCode::good;
+}
+
+ExitCode runAccountConnections()
+{
+    const auto session = sessionWithConfiguration();
+    if (!session)
+        return report(session.error());
+    if (!(*session)->configuration().account())
+        return report(noAccount);
+    fmt::print("A Dexcom Share account has one person, its own. There is nothing to select.\n");
+    return ExitCode::good;
+}
+
+ExitCode runAccountClear()
+{
+    const auto session = sessionWithConfiguration();
+    if (!session)
+        return report(session.error());
+    if (!(*session)->configuration().account()) {
+        fmt::print("There was no account.\n");
+        return ExitCode::good;
+    }
+    if (const auto saved = (*session)->run((*session)->configuration().saveAccount(std::nullopt)); !saved)
+        return report(commandError(saved.error()));
+    fmt::print("The account and its password are removed. The settings stay.\n");
+    return ExitCode::good;
+}
+
+}  // namespace tidewell

@@ -1,0 +1,119 @@
+#include <QApplication>
+#include <csignal>
+
+#include "platform/linux/SingleInstance.h"
+#include "platform/linux/StatusItem.h"
+#include "platform/linux/UnixSignals.h"
+#include "program/Commands.h"
+#include "program/Core.h"
+#include "program/Process.h"
+#include "program/SignInController.h"
+#include "support/Log.h"
+
+namespace tidewell {
+
+namespace {
+
+const Log applicationLog{"Application"};
+
+/// The status item and the windows, over the core. Main thread.
+class Face {
+public:
+    explicit Face(Core& core)
+        : core_{core}, signIn_{core}, item_{{.iconFolder = core.folders().runtime / "icons"}}
+    {
+        item_.onCommand([this](MenuCommand command) { carryOut(command); });
+        observer_ = core_.viewModel().observe([this](const StatusBarState&) { present(); });
+        settings_ = core_.configuration().observe([this](ConfigurationChange) { present(); });
+    }
+
+    void launch()
+    {
+        core_.launch(
+            [this] {
+                present();
+                item_.start();
+            },
+            &signIn_);
+    }
+
+    /// The person started the program a second time.
+    void reopen()
+    {
+        if (core_.delegate().applicationShouldHandleReopen() && !core_.configuration().account())
+            signIn_.show();
+    }
+
+private:
+    void present()
+    {
+        item_.present(statusItemContent(core_.viewModel().state(), core_.configuration().settings(),
+                                        core_.clock().now(), TimeZone::current()));
+    }
+
+    void carryOut(MenuCommand command)
+    {
+        switch (command) {
+        case MenuCommand::none: break;
+        case MenuCommand::refresh:
+            asio::co_spawn(core_.main(), core_.coordinator().refreshNow(), asio::detached);
+            break;
+        case MenuCommand::signIn: signIn_.show(); break;
+        case MenuCommand::quit: QCoreApplication::quit(); break;
+        }
+    }
+
+    Core& core_;
+    SignInController signIn_;
+    StatusItem item_;
+    std::shared_ptr<void> observer_;
+    std::shared_ptr<void> settings_;
+};
+
+}  // namespace
+
+ExitCode runApplication(const ApplicationOptions& options)
+{
+    if (!displayAnswers())
+        return report(
+            {ExitCode::failure,
+             "There is no display to show the status item on. Use \"tidewell watch\" in a terminal."});
+    // The end of the desktop session is announced by a signal; its manager must not wait for us either.
+    QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
+    QApplication application{processArguments().count, processArguments().values};
+    QApplication::setApplicationName("tidewell");
+    QApplication::setApplicationDisplayName("Tidewell");
+    QApplication::setDesktopFileName("org.tidewell.Tidewell");
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario});
+    if (!core)
+        return report(core.error());
+    const auto runtime = (*core)->folders().runtime;
+    auto instance = SingleInstance::acquire(runtime);
+    if (!instance) {
+        applicationLog.warning("Cannot make sure that only one Tidewell runs: " + instance.error().message());
+    } else if (!*instance) {
+        // Another one runs: it comes to the front, and this one has nothing left to do.
+        if (SingleInstance::send(runtime, InstanceWord::activate) == SingleInstance::SendResult::noAnswer)
+            return report({ExitCode::failure, "Tidewell is running already, but does not answer."});
+        return ExitCode::good;
+    }
+    const UnixSignals signals{{SIGTERM, SIGINT, SIGHUP}, [](int) { QCoreApplication::quit(); }};
+    {
+        Face face{**core};
+        if (instance)
+            (*instance)->onWord([&face](InstanceWord word) {
+                if (word == InstanceWord::activate)
+                    face.reopen();
+            });
+        face.launch();
+        QApplication::exec();
+        if (instance)
+            (*instance)->onWord({});
+    }
+    endProcessUnless((*core)->shutDown(), ExitCode::good);
+    return ExitCode::good;
+}
+
+}  // namespace tidewell

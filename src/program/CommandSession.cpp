@@ -1,0 +1,41 @@
+#include "program/CommandSession.h"
+
+#include "program/Process.h"
+#include "sources/DexcomAPI.h"
+
+namespace tidewell {
+
+std::expected<std::unique_ptr<CommandSession>, CommandError> CommandSession::make()
+{
+    auto environment = standardEnvironment();
+    if (!environment)
+        return std::unexpected(environment.error());
+    std::unique_ptr<CommandSession> session{new CommandSession(std::move(*environment))};
+    if (const auto error = session->defaults_.load())
+        return std::unexpected(CommandError{ExitCode::failure, session->environment_.defaults().string() +
+                                                                   " cannot be read: " + error.message()});
+    return session;
+}
+
+CommandSession::CommandSession(Environment environment)
+    : environment_{std::move(environment)},
+      defaults_{environment_.defaults()},
+      http_{engine_.workers(), "Tidewell/" TIDEWELL_VERSION},
+      configuration_{std::make_unique<ConfigurationManager>(
+          main_.get_executor(), engine_.workers(),
+          ConfigurationManager::Places{.document = environment_.document(),
+                                       .keychain = environment_.keychain})}
+{
+    engine_.start();
+}
+
+CommandSession::~CommandSession() { (void)engine_.stop(std::chrono::milliseconds{500}); }
+
+std::shared_ptr<GlucoseAPIProtocol> CommandSession::makeAPIClient(const GlucoseAccountConfiguration& account)
+{
+    if (account.provider != GlucoseProvider::dexcom)
+        return nullptr;
+    return std::make_shared<DexcomAPI>(engine_.executor(), http_, clock_, environment_.endpoints, account);
+}
+
+}  // namespace tidewell

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "program/ExitCode.h"
+#include "program/WatchLine.h"
+
+namespace tidewell {
+
+/// The desktop application: the status item and its windows, until Quit. Needs a display.
+struct ApplicationOptions {
+    bool demo = false;
+    std::string demoScenario = "steady";
+};
+[[nodiscard]] ExitCode runApplication(const ApplicationOptions& options);
+
+/// One line for each change of what the status item would show, on standard output.
+struct WatchOptions {
+    WatchFormat format = WatchFormat::text;
+    bool once = false;
+    bool demo = false;
+    std::string demoScenario = "steady";
+};
+[[nodiscard]] ExitCode runWatch(const WatchOptions& options);
+
+struct AccountSetOptions {
+    std::string provider;
+    std::string username;
+    std::string region;
+    std::optional<std::string> patientID;
+};
+/// Reads the password from standard input, checks the account with its service and stores it.
+[[nodiscard]] ExitCode runAccountSet(const AccountSetOptions& options);
+[[nodiscard]] ExitCode runAccountShow();
+[[nodiscard]] ExitCode runAccountConnections();
+[[nodiscard]] ExitCode runAccountClear();
+
+/// One setting, or all of them without a key.
+[[nodiscard]] ExitCode runSettingsGet(const std::optional<std::string>& key);
+[[nodiscard]] ExitCode runSettingsSet(const std::string& key, const std::string& value);
+
+/// Writes "tidewell: " and the message as one line to standard error; the code is passed through.
+ExitCode report(const CommandError& error);
+
+}  // namespace tidewell

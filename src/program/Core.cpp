@@ -1,0 +1,159 @@
+#include "program/Core.h"
+
+#include "sources/DexcomAPI.h"
+#include "support/Log.h"
+
+namespace tidewell {
+
+namespace {
+
+const Log coreLog{"Core"};
+
+/// Long enough for a blocked transfer to notice that it is given up, short enough to leave within two
+/// seconds.
+constexpr std::chrono::milliseconds workersGrace{1300};
+/// An atomic write is several events; one reload is enough for them.
+constexpr std::chrono::milliseconds reloadDelay{200};
+
+}  // namespace
+
+std::expected<std::unique_ptr<Core>, CommandError> Core::make(CoreOptions options)
+{
+    auto engine = std::make_unique<Engine>();
+    auto clock = std::make_unique<SystemClock>(engine->context());
+    auto environment =
+        options.demo ? demoEnvironment(*clock, std::move(options.demoScenario)) : standardEnvironment();
+    if (!environment)
+        return std::unexpected(environment.error());
+    return std::unique_ptr<Core>(new Core(std::move(*environment), std::move(engine), std::move(clock)));
+}
+
+Core::Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock)
+    : engineOwner_{std::move(engine)},
+      engine_{*engineOwner_},
+      clockOwner_{std::move(clock)},
+      clock_{*clockOwner_},
+      environment_{std::move(environment)},
+      http_{engine_.workers(), "Tidewell/" TIDEWELL_VERSION},
+      defaults_{environment_.demo ? std::make_shared<UserDefaults>()
+                                  : std::make_shared<UserDefaults>(environment_.defaults())}
+{
+    if (const auto error = defaults_->load())
+        coreLog.warning("The bookkeeping in " + environment_.defaults().string() +
+                        " cannot be read and counts as empty: " + error.message());
+    defaults_->setChangeHandler([this] { saveDefaultsLater(); });
+    configuration_ = std::make_unique<ConfigurationManager>(
+        main(), engine_.workers(),
+        ConfigurationManager::Places{.document = environment_.document(), .keychain = environment_.keychain});
+    viewModel_ = std::make_unique<StatusBarViewModel>(
+        main(), clock_, random_,
+        [this]() -> std::optional<AppSettings> { return configuration_->settings(); });
+    network_ = std::make_unique<NetworkMonitor>(clock_, random_, std::make_unique<GioNetworkPathMonitor>());
+    coordinator_ = std::make_unique<StatusBarPollingCoordinator>(StatusBarPollingCoordinator::Parts{
+        .engine = engine(),
+        .main = main(),
+        .clock = clock_,
+        .random = random_,
+        .viewModel = *viewModel_,
+        .networkMonitor = *network_,
+        .defaults = *defaults_,
+    });
+    workspace_ = std::make_unique<LogindEvents>();
+    engine_.start();
+}
+
+Core::~Core()
+{
+    if (!ended_)
+        (void)shutDown();
+}
+
+std::shared_ptr<GlucoseAPIProtocol> Core::makeAPIClient(const GlucoseAccountConfiguration& account)
+{
+    switch (account.provider) {
+    case GlucoseProvider::dexcom:
+        return std::make_shared<DexcomAPI>(engine(), http_, clock_, environment_.endpoints, account);
+    case GlucoseProvider::libreLinkUp: return nullptr;
+    }
+    std::unreachable();
+}
+
+void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding)
+{
+    delegate_ = std::make_unique<AppDelegate>(AppDelegate::Services{
+        .main = main(),
+        .clock = clock_,
+        .configurationManager = *configuration_,
+        .defaults = *defaults_,
+        .statusBarViewModel = *viewModel_,
+        .pollingCoordinator = *coordinator_,
+        .makeAPIClient =
+            [this](const GlucoseAccountConfiguration& account) { return makeAPIClient(account); },
+        .ensureStatusItem = std::move(ensureStatusItem),
+        .workspace = workspace_.get(),
+        .onboardingCoordinator = onboarding,
+    });
+    if (environment_.demo) {
+        demoTask_ = startTask(main(), prepareDemo());
+    } else {
+        watchConfiguration();
+        delegate_->applicationDidFinishLaunching();
+    }
+}
+
+asio::awaitable<void> Core::prepareDemo()
+{
+    const DemoAccount demo = environment_.demo->account();
+    GlucoseAccountConfiguration account{.provider = GlucoseProvider::dexcom,
+                                        .username = demo.username,
+                                        .password = SecretText{demo.password},
+                                        .region = demo.region};
+    (void)co_await configuration_->load();
+    if (const auto saved = co_await configuration_->saveAccount(std::move(account)); !saved)
+        coreLog.error("The demonstration's account was not stored: " + saved.error().message);
+    defaults_->set(onboardingCompletedKey, true);
+    delegate_->applicationDidFinishLaunching();
+}
+
+asio::awaitable<void> Core::launched()
+{
+    if (demoTask_)
+        co_await demoTask_.wait();
+    co_await delegate_->launched();
+}
+
+void Core::watchConfiguration()
+{
+    reloadTimer_.setSingleShot(true);
+    reloadTimer_.setInterval(reloadDelay);
+    QObject::connect(&reloadTimer_, &QTimer::timeout,
+                     [this] { asio::co_spawn(main(), configuration_->load(), asio::detached); });
+    // The folder, since each atomic write replaces the file.
+    const auto folder = QString::fromStdString(environment_.folders.configuration.string());
+    QObject::connect(&fileWatcher_, &QFileSystemWatcher::directoryChanged, [this] { reloadTimer_.start(); });
+    if (!fileWatcher_.addPath(folder))
+        coreLog.info("Changes of the configuration by other processes are not noticed.");
+}
+
+void Core::saveDefaultsLater()
+{
+    asio::post(engine_.workers(), [defaults = defaults_] {
+        if (const auto error = defaults->save())
+            coreLog.error("The bookkeeping was not saved: " + error.message());
+    });
+}
+
+bool Core::shutDown()
+{
+    ended_ = true;
+    if (delegate_)
+        delegate_->applicationWillTerminate();
+    reloadTimer_.stop();
+    defaults_->setChangeHandler({});
+    const bool ended = engine_.stop(workersGrace);
+    if (const auto error = defaults_->save())
+        coreLog.error("The bookkeeping was not saved: " + error.message());
+    return ended;
+}
+
+}  // namespace tidewell

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <QFileSystemWatcher>
+#include <QTimer>
+#include <memory>
+
+#include "app/AppDelegate.h"
+#include "platform/linux/GioNetworkPathMonitor.h"
+#include "platform/linux/LogindEvents.h"
+#include "platform/linux/QtMainLoop.h"
+#include "program/Environment.h"
+#include "support/CurlHttpClient.h"
+#include "support/Engine.h"
+#include "support/SystemClock.h"
+
+namespace tidewell {
+
+/// Whether this run follows the stored account or the built-in demonstration.
+struct CoreOptions {
+    bool demo = false;
+    std::string demoScenario = "steady";
+};
+
+/// The whole program but its face: every long-lived service, made once and kept until the end of the process.
+///
+/// Made on the main thread with a QCoreApplication. The face (status item or terminal) observes viewModel()
+/// and then calls launch(). Changes that another process makes to the stored configuration are picked up.
+class Core {
+public:
+    [[nodiscard]] static std::expected<std::unique_ptr<Core>, CommandError> make(CoreOptions options);
+    ~Core();
+    Core(const Core&) = delete;
+    Core& operator=(const Core&) = delete;
+
+    [[nodiscard]] asio::any_io_executor main() { return mainLoop_.executor(); }
+    [[nodiscard]] asio::any_io_executor engine() { return engine_.executor(); }
+    [[nodiscard]] Clock& clock() { return clock_; }
+    [[nodiscard]] StatusBarViewModel& viewModel() { return *viewModel_; }
+    [[nodiscard]] StatusBarPollingCoordinator& coordinator() { return *coordinator_; }
+    [[nodiscard]] ConfigurationManager& configuration() { return *configuration_; }
+    [[nodiscard]] UserDefaults& defaults() { return *defaults_; }
+    [[nodiscard]] AppDelegate& delegate() { return *delegate_; }
+    [[nodiscard]] const Folders& folders() const { return environment_.folders; }
+
+    /// A client for an account that is checked before it is stored.
+    [[nodiscard]] std::shared_ptr<GlucoseAPIProtocol> makeAPIClient(
+        const GlucoseAccountConfiguration& account);
+
+    /// Begins the launch sequence. `ensureStatusItem` and `onboarding` may be empty for a run without
+    /// windows.
+    void launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding);
+    /// Resumes when the launch sequence has ended.
+    [[nodiscard]] asio::awaitable<void> launched();
+
+    /// Ends polling and saves what is pending, within about a second. True when every thread has ended; when
+    /// false, something still blocks one and the process should leave by _exit.
+    [[nodiscard]] bool shutDown();
+
+private:
+    Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock);
+    void watchConfiguration();
+    void saveDefaultsLater();
+    asio::awaitable<void> prepareDemo();
+
+    std::unique_ptr<Engine> engineOwner_;
+    Engine& engine_;
+    std::unique_ptr<SystemClock> clockOwner_;
+    SystemClock& clock_;
+    Environment environment_;
+    QtMainLoop mainLoop_;
+    SystemRandom random_;
+    CurlHttpClient http_;
+    std::shared_ptr<UserDefaults> defaults_;
+    std::unique_ptr<ConfigurationManager> configuration_;
+    std::unique_ptr<StatusBarViewModel> viewModel_;
+    std::unique_ptr<NetworkMonitor> network_;
+    std::unique_ptr<StatusBarPollingCoordinator> coordinator_;
+    std::unique_ptr<LogindEvents> workspace_;
+    std::unique_ptr<AppDelegate> delegate_;
+    QFileSystemWatcher fileWatcher_;
+    QTimer reloadTimer_;  ///< Lets a burst of file events pass before one reload.
+    Task<void> demoTask_;
+    bool ended_ = false;
+};
+
+}  // namespace tidewell

@@ -1,0 +1,112 @@
+#include "program/Environment.h"
+
+#include <cstdlib>
+
+#include "config/FileKeychainItemStore.h"
+#include "config/MemoryKeychainItemStore.h"
+#include "platform/linux/KeychainItemStore.h"
+#include "support/AtomicFile.h"
+#include "support/Log.h"
+
+namespace tidewell {
+
+namespace {
+
+const Log environmentLog{"Environment"};
+
+void makeFolder(const std::filesystem::path& folder)
+{
+    if (const auto error = makePrivateFolder(folder))
+        environmentLog.warning("Cannot make the folder " + folder.string() + ": " + error.message());
+    else
+        removeStrayTemporaries(folder);
+}
+
+std::expected<std::shared_ptr<KeychainItemStoring>, CommandError> chosenKeychain(const Folders& folders)
+{
+    const char* chosen = std::getenv("TIDEWELL_KEYCHAIN");
+    const std::string_view name = chosen ? chosen : "secret-service";
+    if (name.empty() || name == "secret-service")
+        return std::make_shared<KeychainItemStore>();
+    if (name == "file") {
+        const auto file = folders.state / "keychain.json";
+        environmentLog.warning("Passwords are kept in the owner-only file " + file.string() +
+                               ", because TIDEWELL_KEYCHAIN=file asks for it.");
+        return std::make_shared<FileKeychainItemStore>(file);
+    }
+    return std::unexpected(CommandError{
+        ExitCode::usage, "TIDEWELL_KEYCHAIN must be \"secret-service\" or \"file\"; it is something else."});
+}
+
+}  // namespace
+
+std::expected<std::unique_ptr<TemporaryFolder>, std::string> TemporaryFolder::make()
+{
+    std::error_code error;
+    auto base = std::filesystem::temp_directory_path(error);
+    if (error)
+        base = "/tmp";
+    std::string pattern = (base / "tidewell-demo-XXXXXX").string();
+    if (!::mkdtemp(pattern.data()))
+        return std::unexpected("Cannot make a temporary folder in " + base.string() + ".");
+    return std::unique_ptr<TemporaryFolder>(new TemporaryFolder(pattern));
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::expected<Environment, CommandError> standardEnvironment()
+{
+    const auto folders = standardFolders();
+    if (!folders)
+        return std::unexpected(
+            CommandError{ExitCode::failure,
+                         "You have no home folder: HOME is not set, and the user data base names none."});
+    Environment environment;
+    environment.folders = *folders;
+    makeFolder(folders->configuration);
+    makeFolder(folders->state);
+
+    auto keychain = chosenKeychain(*folders);
+    if (!keychain)
+        return std::unexpected(keychain.error());
+    environment.keychain = std::move(*keychain);
+
+    const char* named = std::getenv("TIDEWELL_ENDPOINTS");
+    auto endpoints = ServiceEndpoints::load(
+        named && *named ? std::optional<std::filesystem::path>{named} : std::nullopt, folders->configuration);
+    if (!endpoints)
+        return std::unexpected(CommandError{ExitCode::failure, endpoints.error()});
+    environment.endpoints = std::move(*endpoints);
+    return environment;
+}
+
+std::expected<Environment, CommandError> demoEnvironment(const Clock& clock, std::string scenario)
+{
+    const auto fail = [](std::string message) {
+        return std::unexpected(CommandError{ExitCode::failure, std::move(message)});
+    };
+    Environment environment;
+    auto temporary = TemporaryFolder::make();
+    if (!temporary)
+        return fail(temporary.error());
+    environment.temporary = std::move(*temporary);
+    environment.folders = Folders::below(environment.temporary->path());
+    makeFolder(environment.folders.configuration);
+    makeFolder(environment.folders.state);
+    environment.keychain = std::make_shared<MemoryKeychainItemStore>();
+    auto demo = DemoService::start(clock, {.scenario = std::move(scenario)});
+    if (!demo)
+        return fail(demo.error());
+    environment.demo = std::move(*demo);
+    auto endpoints = ServiceEndpoints::parse(environment.demo->endpointsDocument());
+    if (!endpoints)
+        return fail(endpoints.error());
+    environment.endpoints = std::move(*endpoints);
+    return environment;
+}
+
+}  // namespace tidewell

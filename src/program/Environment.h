@@ -1,0 +1,55 @@
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "config/KeychainItemStoring.h"
+#include "platform/linux/Folders.h"
+#include "program/ExitCode.h"
+#include "simulator/DemoService.h"
+#include "sources/ServiceEndpoints.h"
+#include "support/Clock.h"
+
+namespace tidewell {
+
+/// A folder below the system's temporary one that goes, with what is in it, when this object goes.
+class TemporaryFolder {
+public:
+    /// Mode 0700; an error is one sentence.
+    [[nodiscard]] static std::expected<std::unique_ptr<TemporaryFolder>, std::string> make();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+private:
+    explicit TemporaryFolder(std::filesystem::path path) : path_{std::move(path)} {}
+    std::filesystem::path path_;
+};
+
+/// What the program was started into: folders, secret store, addresses, and the demonstration's own services.
+struct Environment {
+    std::unique_ptr<TemporaryFolder> temporary{};  ///< Of a demonstration.
+    std::unique_ptr<DemoService> demo{};           ///< Of a demonstration.
+    Folders folders{};
+    std::shared_ptr<KeychainItemStoring> keychain{};
+    ServiceEndpoints endpoints{};
+
+    [[nodiscard]] std::filesystem::path document() const
+    {
+        return folders.configuration / "configuration.json";
+    }
+    [[nodiscard]] std::filesystem::path defaults() const { return folders.state / "defaults.json"; }
+};
+
+/// Reads the environment's variables and files. Folders that cannot be made are no error here: reading goes
+/// on without them, and a save says what is wrong.
+[[nodiscard]] std::expected<Environment, CommandError> standardEnvironment();
+
+/// Temporary folders, secrets in memory, and the built-in simulator, which `clock` drives.
+[[nodiscard]] std::expected<Environment, CommandError> demoEnvironment(const Clock& clock,
+                                                                       std::string scenario);
+
+}  // namespace tidewell

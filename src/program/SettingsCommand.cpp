@@ -1,0 +1,68 @@
+#include <fmt/format.h>
+
+#include "config/AppSettingsKeys.h"
+#include "program/CommandSession.h"
+#include "program/Commands.h"
+
+namespace tidewell {
+
+namespace {
+
+std::expected<std::unique_ptr<CommandSession>, CommandError> loadedSession()
+{
+    auto session = CommandSession::make();
+    if (!session)
+        return std::unexpected(session.error());
+    const auto loaded = (*session)->run((*session)->configuration().load());
+    // The settings need no password, so a keyring that is away is no reason to fail.
+    if (!loaded && loaded.error().error.kind == ConfigurationError::Kind::invalidConfiguration)
+        return std::unexpected(CommandError{ExitCode::failure, loaded.error().message});
+    return session;
+}
+
+CommandError unknownKey(const std::string& key)
+{
+    std::string known;
+    for (const auto name : appSettingKeys())
+        known += fmt::format("{}{}", known.empty() ? "" : ", ", name);
+    return {ExitCode::usage, fmt::format("There is no setting \"{}\". There are: {}.", key, known)};
+}
+
+}  // namespace
+
+ExitCode runSettingsGet(const std::optional<std::string>& key)
+{
+    const auto session = loadedSession();
+    if (!session)
+        return report(session.error());
+    const auto& settings = (*session)->configuration().settings();
+    if (key) {
+        const auto value = settingText(settings, *key);
+        if (!value)
+            return report(unknownKey(*key));
+        fmt::print("{}\n", *value);
+        return ExitCode::good;
+    }
+    for (const auto name : appSettingKeys())
+        fmt::print("{} = {}\n", name, settingText(settings, name).value_or(""));
+    return ExitCode::good;
+}
+
+ExitCode runSettingsSet(const std::string& key, const std::string& value)
+{
+    const auto session = loadedSession();
+    if (!session)
+        return report(session.error());
+    auto& configuration = (*session)->configuration();
+    if (!settingText(configuration.settings(), key))
+        return report(unknownKey(key));
+    auto changed = withSetting(configuration.settings(), key, value);
+    if (!changed)
+        return report({ExitCode::usage, changed.error()});
+    if (const auto saved = (*session)->run(configuration.saveSettings(std::move(*changed))); !saved)
+        return report({ExitCode::failure, saved.error().message});
+    fmt::print("{} = {}\n", key, settingText(configuration.settings(), key).value_or(""));
+    return ExitCode::good;
+}
+
+}  // namespace tidewell

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include "app/AppDelegate.h"
+#include "program/Core.h"
+#include "ui/SignInDialog.h"
+
+namespace tidewell {
+
+/// The sign-in window and what it does: checks the account with its service, stores it, and lets polling
+/// begin. Until the first-run steps have windows of their own, it stands for them. Main thread.
+class SignInController final : public OnboardingCoordinating {
+public:
+    explicit SignInController(Core& core);
+    ~SignInController() override;
+
+    void showOnboarding() override { show(); }
+    /// Shows the window, or brings it to the front.
+    void show();
+
+private:
+    void submit(GlucoseAccountConfiguration account);
+    asio::awaitable<void> check(GlucoseAccountConfiguration account);
+
+    Core& core_;
+    std::unique_ptr<SignInDialog> dialog_;  ///< Made when it is first shown.
+    Task<void> check_;
+};
+
+}  // namespace tidewell

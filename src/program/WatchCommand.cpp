@@ -1,0 +1,97 @@
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <csignal>
+
+#include "platform/linux/UnixSignals.h"
+#include "program/Commands.h"
+#include "program/Core.h"
+#include "program/LineWriter.h"
+#include "program/Process.h"
+
+namespace tidewell {
+
+namespace {
+
+/// Prints states until it is told to stop. Main thread.
+class Watcher {
+public:
+    Watcher(Core& core, const WatchOptions& options)
+        : core_{core},
+          options_{options},
+          writer_{STDOUT_FILENO, [this] { asio::post(core_.main(), [] { QCoreApplication::quit(); }); }}
+    {
+        observer_ = core_.viewModel().observe([this](const StatusBarState&) { print(); });
+    }
+
+    void print()
+    {
+        const auto& state = core_.viewModel().state();
+        auto line = watchLine(options_.format, state, core_.configuration().settings(), core_.clock().now(),
+                              TimeZone::current());
+        if (line.content == last_)
+            return;
+        last_ = std::move(line.content);
+        writer_.write(std::move(line.text));
+    }
+
+    /// Of --once: the first state that holds a reading or a problem has been printed.
+    asio::awaitable<void> finishOnce()
+    {
+        co_await core_.launched();
+        // Who asks once waits for the answer, not for the schedule.
+        co_await core_.coordinator().refreshNow();
+        if (watchIsSettled(core_.viewModel().state()))
+            end();
+        else
+            once_ = core_.viewModel().observe([this](const StatusBarState& state) {
+                if (watchIsSettled(state))
+                    end();
+            });
+    }
+
+    [[nodiscard]] ExitCode exitCode() const { return exitCode_; }
+
+private:
+    void end()
+    {
+        const auto& problem = core_.configuration().problem();
+        exitCode_ = problem && problem->error.kind == ConfigurationError::Kind::keychainError
+                        ? ExitCode::keyring
+                        : watchExitCode(core_.viewModel().state());
+        QCoreApplication::quit();
+    }
+
+    Core& core_;
+    const WatchOptions& options_;
+    std::string last_;
+    ExitCode exitCode_ = ExitCode::good;
+    LineWriter writer_;
+    std::shared_ptr<void> observer_;
+    std::shared_ptr<void> once_;
+};
+
+}  // namespace
+
+ExitCode runWatch(const WatchOptions& options)
+{
+    QCoreApplication application{processArguments().count, processArguments().values};
+    auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario});
+    if (!core)
+        return report(core.error());
+    const UnixSignals signals{{SIGTERM, SIGINT, SIGHUP}, [](int) { QCoreApplication::quit(); }};
+    ExitCode code = ExitCode::good;
+    {
+        Watcher watcher{**core, options};
+        watcher.print();
+        (*core)->launch({}, nullptr);
+        if (options.once)
+            asio::co_spawn((*core)->main(), watcher.finishOnce(), asio::detached);
+        QCoreApplication::exec();
+        code = watcher.exitCode();
+    }
+    endProcessUnless((*core)->shutDown(), code);
+    return code;
+}
+
+}  // namespace tidewell

@@ -1,0 +1,182 @@
+#include "program/WatchLine.h"
+
+#include <fmt/format.h>
+
+#include <boost/json/serialize.hpp>
+
+#include "sources/GlucoseUnits.h"
+
+namespace tidewell {
+
+namespace {
+
+json::value orNull(const std::optional<Date>& date)
+{
+    return date ? json::value(isoText(*date)) : json::value{};
+}
+
+json::value orNull(const std::optional<ErrorInfo>& error)
+{
+    if (!error)
+        return {};
+    return json::object{
+        {"title", error->title}, {"message", error->message}, {"remediation", error->remediation}};
+}
+
+std::string_view name(TitleColor color)
+{
+    switch (color) {
+    case TitleColor::primary: return "primary";
+    case TitleColor::orange: return "orange";
+    case TitleColor::red: return "red";
+    }
+    std::unreachable();
+}
+
+std::string_view name(StatusBarIconState state)
+{
+    switch (state) {
+    case StatusBarIconState::waiting: return "waiting";
+    case StatusBarIconState::value: return "value";
+    case StatusBarIconState::attention: return "attention";
+    }
+    std::unreachable();
+}
+
+std::string_view name(StatusBarActivity activity)
+{
+    switch (activity) {
+    case StatusBarActivity::loading: return "loading";
+    case StatusBarActivity::refreshing: return "refreshing";
+    case StatusBarActivity::authenticating: return "authenticating";
+    }
+    std::unreachable();
+}
+
+std::string_view name(const std::optional<ReadingFreshness>& freshness)
+{
+    if (!freshness)
+        return "none";
+    switch (*freshness) {
+    case ReadingFreshness::current: return "current";
+    case ReadingFreshness::stale: return "stale";
+    case ReadingFreshness::expired: return "expired";
+    }
+    std::unreachable();
+}
+
+json::value readingOrNull(const std::optional<GlucoseReading>& reading)
+{
+    if (!reading)
+        return {};
+    json::object object = encode(*reading);
+    object["trendArrow"] = reading->trendArrow;
+    return object;
+}
+
+WatchLine jsonLine(const StatusBarState& state, Date now)
+{
+    json::object object{
+        {"time", nullptr},
+        {"statusTitle", state.statusTitle},
+        {"titleColor", name(state.titleColor)},
+        {"iconState", name(state.iconState)},
+        {"activity", state.activity ? json::value(name(*state.activity)) : json::value{}},
+        {"freshness", name(state.freshness)},
+        {"reading", readingOrNull(state.presentedReading)},
+        {"readingCount", state.glucoseHistory.size()},
+        {"currentError", orNull(state.currentError)},
+        {"freshnessWarning", orNull(state.freshnessWarning)},
+        {"hasWarning", state.hasWarning},
+        {"alertsSnoozedUntil", orNull(state.alertsSnoozedUntil)},
+        {"nextRetryAt", orNull(state.nextRetryAt)},
+        {"accessibilityValue", state.accessibilityValue},
+    };
+    WatchLine line{.text = {}, .content = compactJson(object)};
+    object["time"] = isoText(now);
+    line.text = compactJson(object);
+    return line;
+}
+
+/// "Title: message remediation"; parts that are empty leave no trace.
+std::string sentence(const ErrorInfo& error)
+{
+    std::string text = error.title;
+    if (!error.message.empty())
+        text += (text.empty() || text.ends_with('.') ? " " : ": ") + error.message;
+    if (!error.remediation.empty())
+        text += " " + error.remediation;
+    return text;
+}
+
+WatchLine textLine(const StatusBarState& state, const AppSettings& settings, Date now, TimeZone zone)
+{
+    std::string text;
+    const auto append = [&text](std::string_view part) {
+        if (!text.empty())
+            text += "  ";
+        text += part;
+    };
+    if (!state.statusTitle.empty()) {
+        if (state.presentedReading && state.freshness == ReadingFreshness::current) {
+            const auto unit = glucoseUnits(settings.measurementUnit).value_or(GlucoseUnits::mgdL);
+            append(fmt::format("{} {} {}", formatGlucose(state.presentedReading->mgdL, unit), rawValue(unit),
+                               state.presentedReading->trendArrow));
+        } else {
+            append(state.statusTitle);
+        }
+        if (state.presentedReading)
+            append("measured at " + localTimeOfDay(state.presentedReading->date, zone));
+    }
+    if (state.activity) {
+        switch (*state.activity) {
+        case StatusBarActivity::loading: append("Loading glucose..."); break;
+        case StatusBarActivity::refreshing: append("Refreshing glucose..."); break;
+        case StatusBarActivity::authenticating: append("Signing in..."); break;
+        }
+    }
+    if (state.currentError)
+        append(sentence(*state.currentError));
+    if (state.freshnessWarning)
+        append(sentence(*state.freshnessWarning));
+    if (state.hasWarning && state.nextRetryAt)
+        append("Next retry at " + localTimeOfDay(*state.nextRetryAt, zone));
+    if (text.empty())
+        text = "Waiting for the first reading";
+    return {.text = localTimeOfDay(now, zone) + "  " + text, .content = text};
+}
+
+}  // namespace
+
+std::optional<WatchFormat> watchFormat(std::string_view name)
+{
+    if (name == "text")
+        return WatchFormat::text;
+    if (name == "json")
+        return WatchFormat::json;
+    return std::nullopt;
+}
+
+WatchLine watchLine(WatchFormat format, const StatusBarState& state, const AppSettings& settings, Date now,
+                    TimeZone zone)
+{
+    switch (format) {
+    case WatchFormat::text: return textLine(state, settings, now, zone);
+    case WatchFormat::json: return jsonLine(state, now);
+    }
+    std::unreachable();
+}
+
+bool watchIsSettled(const StatusBarState& state)
+{
+    return !state.activity && (state.presentedReading || state.currentError);
+}
+
+ExitCode watchExitCode(const StatusBarState& state)
+{
+    if (state.iconState == StatusBarIconState::attention)
+        return ExitCode::signInNeeded;
+    return state.freshness == ReadingFreshness::current ? ExitCode::good : ExitCode::noFreshReading;
+}
+
+}  // namespace tidewell

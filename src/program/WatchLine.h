@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "config/AppConfiguration.h"
+#include "program/ExitCode.h"
+#include "statusbar/StatusBarViewModel.h"
+#include "support/TimeText.h"
+
+namespace tidewell {
+
+enum class WatchFormat { text, json };
+
+[[nodiscard]] std::optional<WatchFormat> watchFormat(std::string_view name);
+
+/// What `watch` prints for a state.
+struct WatchLine {
+    std::string text{};     ///< One line, without its end.
+    std::string content{};  ///< The line without the moment of printing: equal contents need no second line.
+};
+
+/// The line for a state at a moment. As JSON one object with a fixed order of keys; absent values are null.
+[[nodiscard]] WatchLine watchLine(WatchFormat format, const StatusBarState& state,
+                                  const AppSettings& settings, Date now, TimeZone zone);
+
+/// Whether `watch --once` has what it waits for: a reading, or a problem.
+[[nodiscard]] bool watchIsSettled(const StatusBarState& state);
+/// How `watch --once` ends with that state.
+[[nodiscard]] ExitCode watchExitCode(const StatusBarState& state);
+
+}  // namespace tidewell
