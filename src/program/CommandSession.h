@@ -7,6 +7,7 @@
 #include "config/ConfigurationManager.h"
 #include "config/UserDefaults.h"
 #include "program/Environment.h"
+#include "sources/GlucoseAPIProtocol.h"
 #include "support/CurlHttpClient.h"
 #include "support/Engine.h"
 #include "support/SystemClock.h"

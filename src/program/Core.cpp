@@ -28,10 +28,10 @@ std::expected<std::unique_ptr<Core>, CommandError> Core::make(CoreOptions option
     return std::unique_ptr<Core>(new Core(std::move(*environment), std::move(engine), std::move(clock)));
 }
 
-Core::Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock)
-    : engineOwner_{std::move(engine)},
+Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_ptr<SystemClock> ownClock)
+    : engineOwner_{std::move(owner)},
       engine_{*engineOwner_},
-      clockOwner_{std::move(clock)},
+      clockOwner_{std::move(ownClock)},
       clock_{*clockOwner_},
       environment_{std::move(environment)},
       http_{engine_.workers(), "Tidewell/" TIDEWELL_VERSION},
