@@ -17,19 +17,21 @@ struct DemoAccount {
 };
 
 struct DemoOptions {
-    std::uint16_t port = 0;          ///< 0: any free one.
+    std::uint16_t port = 0;  ///< 0: any free one.
     std::uint64_t seed = 1;
-    std::string scenario = "steady"; ///< One of the built-in scenarios.
+    std::string scenario = "steady";  ///< One of the built-in scenarios.
 };
 
 /// The simulated services for a demonstration: a real person's trace up to this minute, on a loopback port.
 ///
-/// Serves on a thread of its own, from start() until it is destroyed, which takes less than a tenth of a second.
+/// Serves on a thread of its own, from start() until it is destroyed, which takes less than a tenth of a
+/// second.
 class DemoService {
 public:
-    /// `clock` outlives the service; only its now() is used, on the service's thread. An error is one sentence.
-    [[nodiscard]] static std::expected<std::unique_ptr<DemoService>, std::string> start(const Clock& clock,
-                                                                                       DemoOptions options = {});
+    /// `clock` outlives the service; only its now() is used, on the service's thread. An error is one
+    /// sentence.
+    [[nodiscard]] static std::expected<std::unique_ptr<DemoService>, std::string> start(
+        const Clock& clock, DemoOptions options = {});
     ~DemoService();
 
     [[nodiscard]] DemoAccount account() const;

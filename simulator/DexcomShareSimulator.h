@@ -31,60 +31,64 @@ struct DexcomFault {
         html,       ///< `status` and an HTML page, as from the edge servers.
         status,     ///< `status` and an empty JSON object.
         body,       ///< `status` and `body` as it stands.
-        garbage,    ///< HTTP 200 and, request by request: no JSON, cut JSON, wrong types, an object, 100,000 levels, HTML.
+        garbage,    ///< HTTP 200 and, request by request: no JSON, cut JSON, wrong types, an object, 100,000
+                    ///< levels, HTML.
         transport,  ///< The right answer, spoilt by `transport`.
     };
     Kind kind = Kind::none;
-    std::string code{};                  ///< Of error; any word.
-    int status = 500;                    ///< Of html, status and body.
-    std::string body{};                  ///< Of body.
+    std::string code{};  ///< Of error; any word.
+    int status = 500;    ///< Of html, status and body.
+    std::string body{};  ///< Of body.
     TransportFault transport = TransportFault::none;
-    std::size_t cutAfter = 20;           ///< Of TransportFault::cutOff, in bytes.
-    std::int64_t times = 0;              ///< Ends after so many requests; 0: goes on.
-    std::vector<HttpHeader> headers{};   ///< Sent in addition, such as Retry-After.
+    std::size_t cutAfter = 20;          ///< Of TransportFault::cutOff, in bytes.
+    std::int64_t times = 0;             ///< Ends after so many requests; 0: goes on.
+    std::vector<HttpHeader> headers{};  ///< Sent in addition, such as Retry-After.
     bool operator==(const DexcomFault&) const = default;
 };
 
 /// Which error object a refused sign-in gets.
 enum class RefusalForm {
-    current,         ///< AccountPasswordInvalid.
-    singleSignOn,    ///< SSO_InternalError, whose message quotes the account name (servers of 2024).
-    legacy,          ///< SSO_AuthenticatePasswordInvalid and SSO_AuthenticateAccountNotFound.
+    current,       ///< AccountPasswordInvalid.
+    singleSignOn,  ///< SSO_InternalError, whose message quotes the account name (servers of 2024).
+    legacy,        ///< SSO_AuthenticatePasswordInvalid and SSO_AuthenticateAccountNotFound.
 };
 
 /// One service base.
 struct DexcomShareOptions {
     std::vector<SimulatedAccount> accounts{SimulatedAccount{}};
-    /// The application id that the base expects; another one is answered with InvalidArgument. Empty: any UUID.
+    /// The application id that the base expects; another one is answered with InvalidArgument. Empty: any
+    /// UUID.
     std::string applicationId{};
     ReadingOptions readings{};
     DexcomFault authenticate{};
     DexcomFault login{};
     DexcomFault read{};
     RefusalForm refusal = RefusalForm::current;
-    bool xmlSubCode = false;             ///< SubCode as XML, as until mid-2025; else as JSON text.
-    bool refusePasswords = false;        ///< Every password is wrong, as after a change elsewhere.
+    bool xmlSubCode = false;       ///< SubCode as XML, as until mid-2025; else as JSON text.
+    bool refusePasswords = false;  ///< Every password is wrong, as after a change elsewhere.
     Seconds sessionLifetime{24h};
-    std::int64_t sessionReads = 0;       ///< A session ends after so many reads; 0: only by time.
-    std::int64_t lockAfter = 10;         ///< Refused sign-ins of one account name within `lockWindow` that lock it ...
+    std::int64_t sessionReads = 0;  ///< A session ends after so many reads; 0: only by time.
+    std::int64_t lockAfter =
+        10;  ///< Refused sign-ins of one account name within `lockWindow` that lock it ...
     Seconds lockWindow{10min};
-    Seconds lockDuration{10min};         ///< ... for so long, even for the right password; 0 for lockAfter: never.
+    Seconds lockDuration{10min};  ///< ... for so long, even for the right password; 0 for lockAfter: never.
     std::string lockedCode = "SSO_AuthenticateMaxAttemptsExceeed";
 };
 
-/// One base of the Dexcom Share service, simulated: sign-in, sessions, readings, and everything that goes wrong.
+/// One base of the Dexcom Share service, simulated: sign-in, sessions, readings, and everything that goes
+/// wrong.
 ///
-/// Has no clock and no threads: the time comes with each request, so days pass in milliseconds. The same seed and
-/// the same requests give the same bytes. Used by one thread at a time. `trace` outlives it.
+/// Has no clock and no threads: the time comes with each request, so days pass in milliseconds. The same seed
+/// and the same requests give the same bytes. Used by one thread at a time. `trace` outlives it.
 class DexcomShareSimulator {
 public:
     struct Counters {
-        std::int64_t authentications = 0;   ///< Requests of each step, whatever came of them.
+        std::int64_t authentications = 0;  ///< Requests of each step, whatever came of them.
         std::int64_t logins = 0;
         std::int64_t reads = 0;
-        std::int64_t refusedSignIns = 0;    ///< Wrong name, password or id, and those of a locked account.
+        std::int64_t refusedSignIns = 0;  ///< Wrong name, password or id, and those of a locked account.
         std::int64_t sessionsOpened = 0;
-        std::int64_t successfulReads = 0;   ///< Answered with an array.
+        std::int64_t successfulReads = 0;  ///< Answered with an array.
         bool operator==(const Counters&) const = default;
     };
     /// A session that was opened, without its id.
@@ -117,33 +121,41 @@ public:
     [[nodiscard]] ReadingGenerator& readings() { return readings_; }
 
 private:
+    enum class Step { authenticate, login, read };
     struct Parameters;
     struct OpenSession {
         std::string id;
         Session session;
     };
+    struct Refusals {
+        std::deque<Date> times{};
+        Date lockedUntil{};
+    };
 
+    [[nodiscard]] SimulatedAnswer perform(Step step, const HttpRequest& request, std::string_view query,
+                                          Date now);
     [[nodiscard]] SimulatedAnswer authenticate(const Parameters& parameters, Date now);
     [[nodiscard]] SimulatedAnswer login(const Parameters& parameters, Date now);
     [[nodiscard]] SimulatedAnswer read(const Parameters& parameters, Date now);
+    [[nodiscard]] SimulatedAnswer spoilt(const DexcomFault& fault, Date now);
+    [[nodiscard]] SimulatedAnswer answer(int status, std::string body,
+                                         std::string_view type = "application/json");
     [[nodiscard]] SimulatedAnswer error(std::string_view code, std::string_view message, Date now);
-    [[nodiscard]] SimulatedAnswer refused(std::string_view name, bool byId, bool known, Date now);
-    [[nodiscard]] std::optional<SimulatedAnswer> faulty(DexcomFault& fault, Date now);
-    [[nodiscard]] bool locked(const std::string& name, Date now);
+    [[nodiscard]] SimulatedAnswer refused(std::string_view name, std::string_view by, Date now);
+    [[nodiscard]] SimulatedAnswer locked(Date now);
+    [[nodiscard]] std::optional<std::string> missingApplication(const Parameters& parameters) const;
+    [[nodiscard]] bool isLocked(std::string_view name, Date now) const;
     [[nodiscard]] std::string accountId(std::string_view name) const;
+    [[nodiscard]] std::string subCode(std::string_view code, std::string_view message, Date now);
 
     DexcomShareOptions options_;
     std::uint64_t seed_;
     SeededRandom random_;
     ReadingGenerator readings_;
     Counters counters_{};
-    std::deque<OpenSession> sessions_{};
-    struct Refusals {
-        std::deque<Date> times{};
-        Date lockedUntil{};
-    };
-    std::map<std::string, Refusals, std::less<>> refusals_{};
-    std::size_t garbage_ = 0;
+    std::deque<OpenSession> sessions_{};                       ///< Oldest first.
+    std::map<std::string, Refusals, std::less<>> refusals_{};  ///< By account name.
+    std::size_t garbage_ = 0;                                  ///< How many garbage answers there were.
 };
 
 }  // namespace tidewell

@@ -7,8 +7,8 @@
 
 namespace tidewell {
 
-/// What goes wrong on the way of an answer. The loopback server does it for real; SimulatedHttpClient gives the
-/// result that a client would see.
+/// What goes wrong on the way of an answer. The loopback server does it for real; SimulatedHttpClient gives
+/// the result that a client would see.
 enum class TransportFault {
     none,
     hang,      ///< The request is read and never answered.

@@ -18,8 +18,8 @@ class SimulatedHttpClient final : public HttpClient {
 public:
     explicit SimulatedHttpClient(Clock& clock) : clock_{clock} {}
 
-    /// Requests whose URL begins with `prefix` go to `service`; the longest prefix wins. Without one a request
-    /// fails with cannotResolve.
+    /// Requests whose URL begins with `prefix` go to `service`; the longest prefix wins. Without one a
+    /// request fails with cannotResolve.
     void route(std::string prefix, SimulatedService service);
 
     /// How long every answer takes from now on.
@@ -31,23 +31,21 @@ public:
     struct Exchange {
         Date asked{};
         std::string path{};
-        int status = 0;                             ///< 0 while there is no answer.
-        std::optional<HttpError::Kind> failure{};   ///< When there was none.
+        int status = 0;                            ///< 0 while there is no answer.
+        std::optional<HttpError::Kind> failure{};  ///< When there was none.
     };
     [[nodiscard]] const std::vector<Exchange>& log() const { return log_; }
-    void clearLog() { log_.clear(); }
+    void clearLog();
 
     [[nodiscard]] asio::awaitable<std::expected<HttpResponse, HttpError>> send(HttpRequest request) override;
 
 private:
-    [[nodiscard]] asio::awaitable<HttpError> fail(std::size_t exchange, HttpError::Kind kind, Seconds after);
-
     Clock& clock_;
     std::vector<std::pair<std::string, SimulatedService>> routes_{};
     Seconds latency_{0};
     std::optional<HttpError::Kind> failure_{};
     std::vector<Exchange> log_{};
-    std::size_t cleared_ = 0;
+    std::size_t cleared_ = 0;  ///< How many entries the log lost; a request that goes on finds its own.
 };
 
 }  // namespace tidewell
