@@ -19,8 +19,13 @@ namespace tidewell {
 /// Serialised on `engine`. Every public member may be called from any thread: it marks the generation at once
 /// and does the rest on the engine. The view model is touched on `main` only, and only while the generation
 /// under which the work began is still the current one.
+///
+/// The readings held go back 24 hours from the newest one, and the newest one stays on screen whatever older
+/// ones the service answers with. An answer whose newest reading is dated more than five minutes ahead of the
+/// clock is not used: one of the two clocks is wrong, and the ages of its readings are then unknown.
 class StatusBarPollingCoordinator {
 public:
+    /// What is referred to outlives the coordinator and the last turn of `engine`.
     struct Parts {
         asio::any_io_executor engine;
         asio::any_io_executor main;
@@ -32,20 +37,23 @@ public:
     };
 
     explicit StatusBarPollingCoordinator(Parts parts);
+    /// Ends the run like stop(). On `main`, before the view model goes.
     ~StatusBarPollingCoordinator();
+    StatusBarPollingCoordinator(const StatusBarPollingCoordinator&) = delete;
+    StatusBarPollingCoordinator& operator=(const StatusBarPollingCoordinator&) = delete;
 
     /// Begins to poll through `client`, of an account at `provider`. A run that goes on is stopped first.
     void start(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider);
     /// Ends the run; no result of it reaches the view model any more.
     void stop();
-    /// Another configuration: stops, forgets readings and recovery state, and starts with `client`; without one,
-    /// shows that a sign-in is required.
+    /// Another configuration: stops, forgets readings and recovery state, and starts with `client`; without
+    /// one, shows that a sign-in is required.
     void resetForNewConfiguration(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider);
     /// Lets an account that needed the person try again: resets the recovery state and refreshes.
     void reconnect();
 
-    /// Refreshes now, or joins the refresh that is running. Returns when it has ended; at once when it may not
-    /// start (the account needs the person, or the service asked to wait). Awaited on any executor.
+    /// Refreshes now, or joins the refresh that is running. Returns when it has ended; at once when it may
+    /// not start (the account needs the person, or the service asked to wait). Awaited on any executor.
     [[nodiscard]] asio::awaitable<void> refreshNow();
     /// The machine woke up: a debounced refresh after the network has come back.
     void refreshAfterWake();

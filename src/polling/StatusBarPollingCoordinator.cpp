@@ -1,0 +1,615 @@
+#include "polling/StatusBarPollingCoordinator.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <boost/system/system_error.hpp>
+
+#include "polling/PollFailure.h"
+#include "polling/ReadingMerge.h"
+#include "support/Asio.h"
+#include "support/Log.h"
+#include "support/Task.h"
+#include "support/TimeText.h"
+
+namespace tidewell {
+
+namespace {
+
+using Milliseconds = std::chrono::milliseconds;
+
+constexpr std::int64_t noDataEscalationThreshold = 3;
+constexpr Seconds noDataEscalationWindow{1800};
+constexpr Seconds wakeRefreshDebounceInterval{10};
+/// How long a wake waits for the network before it tries without.
+constexpr Seconds wakeReachabilityTimeout{10};
+/// After a wake and after the network's return: names resolve a moment later than the path is there.
+constexpr Milliseconds wakeNetworkSettleDelay = 800ms;
+constexpr Milliseconds reconnectSettleDelay = 400ms;
+constexpr Milliseconds postReauthenticationDelay = 250ms;
+constexpr Seconds noDataReachabilityTimeout{5};
+constexpr Seconds authReachabilityTimeout{10};
+/// Between two looks at an account that waits for the person; nothing is requested at these.
+constexpr Seconds accountActionPause{1800};
+
+/// Between the end of one fetch and the start of the next, whoever asks.
+constexpr Milliseconds fetchSpacing = 1s;
+/// Between two refreshes because the network returned; a path that comes and goes must not make a storm.
+constexpr Seconds reconnectSpacing{10};
+/// While polls fail although the path is said to be there: how often to look whether it went.
+constexpr Milliseconds pathCheckInterval = 20s;
+constexpr Seconds pathWait{3600};
+
+/// A sleep that took this much more or less of the wall clock than asked was no ordinary one: the machine
+/// slept, or its time was set.
+constexpr Seconds clockJump{30};
+/// How far ahead of our clock a reading may be dated. Less than this is two clocks that are a little apart;
+/// with more, an old reading could pass for a new one.
+constexpr Seconds futureTolerance{300};
+/// The furthest ahead that a reading puts the next poll: tolerance, interval and grace.
+constexpr Seconds furthestTarget{300 + 300 + 30};
+
+using Fetched = std::expected<std::vector<GlucoseReading>, GlucoseAPIError>;
+
+std::int64_t millisecondsUntil(Date target, Date now)
+{
+    return std::chrono::ceil<Milliseconds>(std::clamp(target - now, Seconds{-1e9}, Seconds{1e9})).count();
+}
+
+/// What a service call returns. One that throws although nobody cancelled it is broken: that must look like
+/// any other failure, or polling would end without a word.
+template <class T>
+asio::awaitable<std::expected<T, GlucoseAPIError>> guarded(
+    asio::awaitable<std::expected<T, GlucoseAPIError>> call)
+{
+    std::exception_ptr thrown;
+    try {
+        co_return co_await std::move(call);
+    } catch (...) {
+        thrown = std::current_exception();
+    }
+    const asio::cancellation_state cancellation = co_await asio::this_coro::cancellation_state;
+    if (cancellation.cancelled() != asio::cancellation_type::none)
+        std::rethrow_exception(thrown);
+    co_return std::unexpected{GlucoseAPIError{}};
+}
+
+/// Waits for a task, however it ends. A caller that is cancelled notices at its next wait.
+asio::awaitable<bool> endedWell(Task<void> task)
+{
+    try {
+        co_await task.wait();
+        co_return true;
+    } catch (const std::exception&) {
+        co_return false;
+    }
+}
+
+}  // namespace
+
+struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
+    using Self = std::shared_ptr<Impl>;
+
+    /// The sleep before the next poll, decided when the last one ended.
+    struct Plan {
+        std::int64_t delay;  ///< ms
+        std::string line;    ///< For the log.
+    };
+
+    explicit Impl(Parts given) : parts{std::move(given)}, run_{Uuid::random(parts.random)}
+    {
+        resetRecoveryState();
+    }
+
+    const Parts parts;
+    const Log log{"StatusBarPollingCoordinator"};
+
+    // Everything below belongs to the engine, but for the generation.
+
+    std::shared_ptr<GlucoseAPIProtocol> client{};
+    GlucoseProvider provider = GlucoseProvider::dexcom;
+    std::optional<Date> retryNotBefore{};
+    bool requiresAccountAction = false;
+    std::int64_t refusedSignIns = 0;  ///< In a row.
+    std::vector<GlucoseReading> glucoseHistory{};
+    std::size_t lastFetchedHistoryCount = 0;
+    StatusBarPollingSchedule pollingSchedule{};
+    std::optional<Date> lastWakeRefreshAt{};
+    std::optional<Date> lastReconnectRefreshAt{};
+    std::optional<Date> lastFetchAt{};  ///< Its end, or its start while it runs.
+    std::optional<Plan> plan{};
+
+    Task<void> loopTask{};
+    Task<void> loopSleep{};
+    Task<void> refreshTask{};
+    Task<void> wakeTask{};
+    Task<void> networkTask{};  ///< Waits for the network's return after failures.
+
+    // --- Generation: any thread ---
+
+    [[nodiscard]] Uuid generation() const
+    {
+        const std::lock_guard lock{generationMutex_};
+        return run_;
+    }
+
+    Uuid renewGeneration()
+    {
+        const Uuid fresh = Uuid::random(parts.random);
+        const std::lock_guard lock{generationMutex_};
+        run_ = fresh;
+        return fresh;
+    }
+
+    [[nodiscard]] bool isCurrent(const Uuid& run) const { return generation() == run; }
+
+    /// Runs `work` on the engine if `run` is still the current one then.
+    template <class Work>
+    void onEngine(Uuid run, Work work)
+    {
+        asio::post(parts.engine, [self = shared_from_this(), run, work = std::move(work)]() mutable {
+            if (self->isCurrent(run))
+                work(*self);
+        });
+    }
+
+    /// Lets `changes` reach the view model as one, if `run` is still the current one when main gets to it.
+    template <class Changes>
+    void onMain(Uuid run, Changes changes)
+    {
+        asio::post(parts.main, [self = shared_from_this(), run, changes = std::move(changes)]() mutable {
+            if (!self->isCurrent(run))
+                return;
+            StatusBarViewModel& viewModel = self->parts.viewModel;
+            viewModel.batch([&] { changes(viewModel, self->parts.clock.now()); });
+        });
+    }
+
+    // --- Runs: engine ---
+
+    void begin(const Uuid& run, std::shared_ptr<GlucoseAPIProtocol> newClient, GlucoseProvider newProvider)
+    {
+        endTasks();
+        client = std::move(newClient);
+        provider = newProvider;
+        if (!client)
+            return;
+        onMain(run, [until = parts.defaults.date(alertsSnoozedUntilKey), first = glucoseHistory.empty()](
+                        StatusBarViewModel& viewModel, Date now) {
+            viewModel.setAlertsSnoozedUntil(until);
+            if (first)
+                viewModel.setActivity(StatusBarActivity::loading, now);
+        });
+        loopTask = startTask(parts.engine, pollingLoop(shared_from_this(), run));
+    }
+
+    void endTasks()
+    {
+        for (Task<void>* task : {&loopTask, &loopSleep, &refreshTask, &wakeTask, &networkTask}) {
+            task->cancel();
+            *task = {};
+        }
+        plan.reset();
+    }
+
+    void resetRecoveryState()
+    {
+        retryNotBefore.reset();
+        requiresAccountAction = false;
+        refusedSignIns = 0;
+        pollingSchedule = {.randomUnit = [&random = parts.random] { return random.unit(); }};
+        lastWakeRefreshAt.reset();
+        lastReconnectRefreshAt.reset();
+    }
+
+    // --- Loop ---
+
+    static asio::awaitable<void> pollingLoop(Self self, Uuid run)
+    {
+        while (self->isCurrent(run)) {
+            const Milliseconds delay{self->takePlan()};
+            const Date before = self->parts.clock.now();
+            self->loopSleep = startTask(self->parts.engine, self->parts.clock.sleepFor(delay));
+            // Ends early when a refresh that others asked for has changed the plan.
+            const bool slept = co_await endedWell(self->loopSleep);
+            if (!self->isCurrent(run))
+                co_return;
+            if (!slept)
+                continue;
+            const Seconds jump = self->parts.clock.now() - before - delay;
+            if (std::abs(jump.count()) > clockJump.count()) {
+                self->followClock(jump);
+                self->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.refreshFreshness(); });
+                co_await wakeRefresh(self, run);
+            } else {
+                co_await refresh(self, run, std::nullopt);
+            }
+        }
+    }
+
+    /// The wall clock was set back: moments of our own making move with it, or we would wait for them again.
+    void followClock(Seconds jump)
+    {
+        if (jump > Seconds{0})
+            return;
+        for (std::optional<Date>* date :
+             {&retryNotBefore, &pollingSchedule.nextPollDate, &pollingSchedule.lastNoDataAt,
+              &lastWakeRefreshAt, &lastReconnectRefreshAt, &lastFetchAt}) {
+            if (*date)
+                **date += jump;
+        }
+    }
+
+    [[nodiscard]] Plan makePlan(Date now)
+    {
+        std::optional<Date>& target = pollingSchedule.nextPollDate;
+        if (requiresAccountAction && (!target || *target <= now + Seconds{5}))
+            target = now + accountActionPause;
+        const bool byReading = pollingSchedule.lastReadingDate && !requiresAccountAction && !retryNotBefore;
+        if (byReading && target && *target - now > furthestTarget)
+            target = now;  // The clock was set back while we looked elsewhere.
+
+        std::int64_t delay = pollingSchedule.delayForNextPoll(now);
+        if (retryNotBefore)
+            delay = std::max(delay, millisecondsUntil(*retryNotBefore, now));
+        const std::string prefix = "⏱️ [Scheduler] " + isoText(now);
+        if (!target)
+            return {delay, fmt::format("{}: no target; using adaptive backoff = {}ms", prefix, delay)};
+        const auto ahead = static_cast<std::int64_t>((*target - now).count() * 1000);
+        if (ahead > 4999)
+            return {delay, fmt::format("{}: nextPoll scheduled in {}ms", prefix, delay)};
+        return {delay, fmt::format("{}: target in past or too soon ({}ms); using adaptive backoff = {}ms",
+                                   prefix, ahead, delay)};
+    }
+
+    /// Decides the next sleep anew, and lets the loop take it up at once. Returns when it will end.
+    Date replan(Date now)
+    {
+        plan = makePlan(now);
+        loopSleep.cancel();
+        return now + Milliseconds{plan->delay};
+    }
+
+    std::int64_t takePlan()
+    {
+        if (!plan)
+            plan = makePlan(parts.clock.now());
+        const Plan taken = *std::exchange(plan, std::nullopt);
+        log.debug(taken.line);
+        return taken.delay;
+    }
+
+    // --- Refresh ---
+
+    [[nodiscard]] bool mayRefresh(const Uuid& run) const
+    {
+        return isCurrent(run) && client && !requiresAccountAction &&
+               !(retryNotBefore && *retryNotBefore > parts.clock.now());
+    }
+
+    /// Runs a refresh, or joins the one that runs. `shown` is what the screen says meanwhile; the loop's own
+    /// polls go unseen.
+    static asio::awaitable<void> refresh(Self self, Uuid run, std::optional<StatusBarActivity> shown)
+    {
+        if (!self->mayRefresh(run))
+            co_return;
+        if (shown)
+            self->onMain(
+                run, [shown](StatusBarViewModel& viewModel, Date now) { viewModel.setActivity(shown, now); });
+        if (!self->refreshTask.running())
+            self->refreshTask = startTask(self->parts.engine, refreshCycle(self, run));
+        const bool well = co_await endedWell(self->refreshTask);
+        if (!well && self->isCurrent(run))
+            self->log.error("A refresh ended without a result");
+        // The refresh that we joined may have ended its activity before we showed ours.
+        if (shown)
+            self->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.finishActivity(); });
+    }
+
+    static asio::awaitable<Fetched> fetch(Self self, std::shared_ptr<GlucoseAPIProtocol> client)
+    {
+        if (self->lastFetchAt) {
+            const Seconds since = std::max(self->parts.clock.now() - *self->lastFetchAt, Seconds{0});
+            if (since < fetchSpacing)
+                co_await self->parts.clock.sleepFor(std::chrono::ceil<Milliseconds>(fetchSpacing - since));
+        }
+        self->lastFetchAt = self->parts.clock.now();
+        Fetched fetched = co_await guarded(client->fetchLatestReadings());
+        self->lastFetchAt = self->parts.clock.now();
+        co_return fetched;
+    }
+
+    static asio::awaitable<void> refreshCycle(Self self, Uuid run)
+    {
+        NetworkMonitor& network = self->parts.networkMonitor;
+        Clock& clock = self->parts.clock;
+        const std::shared_ptr<GlucoseAPIProtocol> client = self->client;
+        bool signedInAgain = false;
+        bool waitedForNetwork = false;
+
+        Fetched fetched = co_await fetch(self, client);
+        while (self->isCurrent(run)) {
+            if (fetched) {
+                self->finishWithReadings(run, std::move(*fetched));
+                co_return;
+            }
+            const GlucoseAPIError error = fetched.error();
+            const bool nothingFound = error.kind == GlucoseAPIError::Kind::transport ||
+                                      error.kind == GlucoseAPIError::Kind::noReadings;
+            self->log.warning("Error updating glucose: " + error.text);
+
+            if (nothingFound && !waitedForNetwork && !network.isReachable()) {
+                waitedForNetwork = true;
+                if (co_await network.waitUntilReachable(noDataReachabilityTimeout)) {
+                    co_await clock.sleepFor(reconnectSettleDelay);
+                    fetched = co_await fetch(self, client);
+                    continue;
+                }
+                if (!self->isCurrent(run))
+                    co_return;
+            }
+            if (error.kind == GlucoseAPIError::Kind::noReadings) {
+                self->finishWithoutReadings(run);
+                co_return;
+            }
+            if (error.kind == GlucoseAPIError::Kind::credentialsRefused)
+                ++self->refusedSignIns;
+            const PollFailureVerdict verdict =
+                pollFailureVerdict(error, {.provider = self->provider,
+                                           .signedInAgain = signedInAgain,
+                                           .refusedSignIns = self->refusedSignIns,
+                                           .networkReachable = network.isReachable(),
+                                           .consecutiveFailures = self->pollingSchedule.consecutiveFailures});
+            if (verdict.action != PollFailureVerdict::Action::signInAgain) {
+                self->finishWithFailure(run, verdict);
+                co_return;
+            }
+
+            signedInAgain = true;
+            self->onMain(run, [](StatusBarViewModel& viewModel, Date now) {
+                viewModel.setActivity(StatusBarActivity::authenticating, now);
+            });
+            // Whatever comes of the wait: the path is a hint, and the service is the one to ask.
+            co_await network.waitUntilReachable(authReachabilityTimeout);
+            if (!self->isCurrent(run))
+                co_return;
+            const auto signedIn = co_await guarded(client->signInAgain());
+            if (!self->isCurrent(run))
+                co_return;
+            if (!signedIn) {
+                self->log.warning("Reauthentication failed: " + signedIn.error().text);
+                fetched = std::unexpected{signedIn.error()};
+                continue;
+            }
+            co_await clock.sleepFor(postReauthenticationDelay);
+            if (!self->isCurrent(run))
+                co_return;
+            fetched = co_await fetch(self, client);
+        }
+    }
+
+    void finishWithReadings(const Uuid& run, std::vector<GlucoseReading> fetched)
+    {
+        const Date now = parts.clock.now();
+        lastFetchedHistoryCount = fetched.size();
+        if (fetched.empty())
+            return finishWithoutReadings(run);
+        const Date newestFetched = std::ranges::max(fetched, {}, &GlucoseReading::date).date;
+        if (newestFetched - now > futureTolerance)
+            return finishWithFailure(run, {.outcome = {.kind = StatusBarPollOutcome::Kind::httpError},
+                                           .status = clockStatus(newestFetched - now)});
+
+        std::optional<Date> previousNewest;
+        if (!glucoseHistory.empty())
+            previousNewest = glucoseHistory.back().date;
+        glucoseHistory = mergedReadings(std::move(glucoseHistory), std::move(fetched));
+        refusedSignIns = 0;
+        retryNotBefore.reset();
+
+        onMain(run, [history = glucoseHistory](StatusBarViewModel& viewModel, Date seen) mutable {
+            const GlucoseReading newest = history.back();
+            viewModel.setGlucoseHistory(std::move(history));
+            viewModel.setCurrentError(std::nullopt);
+            viewModel.setNextRetryAt(std::nullopt);
+            viewModel.presentReading(newest, seen);
+            viewModel.finishActivity();
+        });
+
+        const Date newest = glucoseHistory.back().date;
+        const Date target =
+            pollingSchedule.recordSuccess(newest, !previousNewest || newest > *previousNewest);
+        log.debug(fmt::format("⏱️ [Scheduler] nowUTC={} lastReadingUTC={} lastReadingLocal={} nextPollUTC={}",
+                              isoText(now), isoText(newest), localMediumText(newest, TimeZone::current()),
+                              isoText(target)));
+        log.debug(
+            fmt::format("Readings fetched: {}, held: {}", lastFetchedHistoryCount, glucoseHistory.size()));
+        replan(now);
+    }
+
+    /// The service answered, and has no reading for us.
+    void finishWithoutReadings(const Uuid& run)
+    {
+        const Date now = parts.clock.now();
+        const std::int64_t count = pollingSchedule.recordNoData(now, noDataEscalationWindow);
+        pollingSchedule.lastOutcome = {.kind = StatusBarPollOutcome::Kind::noNewData};
+        pollingSchedule.consecutiveFailures = 0;
+        if (!pollingSchedule.lastReadingDate)
+            pollingSchedule.nextPollDate = now + Seconds{pollingSchedule.adaptiveBackoff(now)};
+        refusedSignIns = 0;
+        retryNotBefore.reset();
+
+        std::optional<ErrorInfo> status;
+        if (glucoseHistory.empty())
+            status = noDataStatus(provider);
+        else if (count >= noDataEscalationThreshold)
+            status = noNewDataStatus(provider);
+        const Date next = replan(now);
+        showStatus(run, status, status ? std::optional{next} : std::nullopt);
+    }
+
+    void finishWithFailure(const Uuid& run, const PollFailureVerdict& verdict)
+    {
+        using enum PollFailureVerdict::Action;
+        const Date now = parts.clock.now();
+        pollingSchedule.recordFailure(verdict.outcome, now);
+        if (verdict.action == waitForService) {
+            retryNotBefore = now + verdict.wait;
+            pollingSchedule.nextPollDate = retryNotBefore;
+        }
+        if (verdict.action == waitForPerson) {
+            requiresAccountAction = true;
+            pollingSchedule.nextPollDate = now + accountActionPause;
+        }
+        const Date next = replan(now);
+        showStatus(run, verdict.status, requiresAccountAction ? std::nullopt : std::optional{next});
+        if (verdict.outcome.kind == StatusBarPollOutcome::Kind::networkError && !networkTask.running())
+            networkTask = startTask(parts.engine, refreshWhenNetworkReturns(shared_from_this(), run));
+    }
+
+    void showStatus(const Uuid& run, std::optional<ErrorInfo> status, std::optional<Date> nextRetryAt)
+    {
+        onMain(run, [status = std::move(status), nextRetryAt](StatusBarViewModel& viewModel, Date) {
+            viewModel.setCurrentError(status);
+            viewModel.setNextRetryAt(nextRetryAt);
+            viewModel.finishActivity();
+        });
+    }
+
+    // --- Wake and reconnect ---
+
+    static asio::awaitable<void> wakeRefresh(Self self, Uuid run)
+    {
+        const Date now = self->parts.clock.now();
+        const std::optional<Date> last = self->lastWakeRefreshAt;
+        if (last && now >= *last && now - *last < wakeRefreshDebounceInterval)
+            co_return;
+        self->lastWakeRefreshAt = now;
+        if (self->parts.networkMonitor.isReachable())
+            co_await self->parts.clock.sleepFor(wakeNetworkSettleDelay);
+        else if (co_await self->parts.networkMonitor.waitUntilReachable(wakeReachabilityTimeout))
+            co_await self->parts.clock.sleepFor(reconnectSettleDelay);
+        // Without a network we try all the same: what the system says about the path is a hint.
+        co_await refresh(self, run, std::nullopt);
+    }
+
+    [[nodiscard]] bool pollsFailForTheNetwork(const Uuid& run) const
+    {
+        return isCurrent(run) && pollingSchedule.lastOutcome.kind == StatusBarPollOutcome::Kind::networkError;
+    }
+
+    /// Spares the person a long backoff once the network is back.
+    static asio::awaitable<void> refreshWhenNetworkReturns(Self self, Uuid run)
+    {
+        NetworkMonitor& network = self->parts.networkMonitor;
+        Clock& clock = self->parts.clock;
+        while (self->pollsFailForTheNetwork(run)) {
+            if (network.isReachable()) {
+                co_await clock.sleepFor(pathCheckInterval);
+                continue;
+            }
+            if (!co_await network.waitUntilReachable(pathWait))
+                continue;
+            if (self->lastReconnectRefreshAt) {
+                const Seconds since = clock.now() - *self->lastReconnectRefreshAt;
+                if (since < reconnectSpacing)
+                    co_await clock.sleepFor(std::chrono::ceil<Milliseconds>(
+                        std::min(reconnectSpacing - since, reconnectSpacing)));
+            }
+            co_await clock.sleepFor(reconnectSettleDelay);
+            if (!network.isReachable() || !self->pollsFailForTheNetwork(run))
+                continue;
+            self->lastReconnectRefreshAt = clock.now();
+            co_await refresh(self, run, std::nullopt);
+        }
+    }
+
+    static asio::awaitable<void> refreshNow(Self self)
+    {
+        co_await asio::co_spawn(self->parts.engine,
+                                refresh(self, self->generation(), StatusBarActivity::refreshing),
+                                asio::use_awaitable);
+    }
+
+private:
+    mutable std::mutex generationMutex_{};
+    Uuid run_;
+};
+
+StatusBarPollingCoordinator::StatusBarPollingCoordinator(Parts parts)
+    : impl_{std::make_shared<Impl>(std::move(parts))}
+{
+}
+
+StatusBarPollingCoordinator::~StatusBarPollingCoordinator()
+{
+    const Uuid run = impl_->renewGeneration();
+    impl_->onEngine(run, [](Impl& impl) { impl.endTasks(); });
+}
+
+void StatusBarPollingCoordinator::start(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider)
+{
+    const Uuid run = impl_->renewGeneration();
+    impl_->onEngine(
+        run, [run, client = std::move(client), provider](Impl& impl) { impl.begin(run, client, provider); });
+}
+
+void StatusBarPollingCoordinator::stop()
+{
+    const Uuid run = impl_->renewGeneration();
+    impl_->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.finishActivity(); });
+    impl_->onEngine(run, [](Impl& impl) {
+        impl.endTasks();
+        impl.client.reset();
+    });
+}
+
+void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<GlucoseAPIProtocol> client,
+                                                           GlucoseProvider provider)
+{
+    const Uuid run = impl_->renewGeneration();
+    impl_->onMain(run, [signedOut = !client](StatusBarViewModel& viewModel, Date) {
+        viewModel.clear();
+        if (signedOut)
+            viewModel.setCurrentError(signInRequiredStatus());
+    });
+    impl_->onEngine(run, [run, client = std::move(client), provider](Impl& impl) {
+        impl.resetRecoveryState();
+        impl.glucoseHistory.clear();
+        impl.lastFetchedHistoryCount = 0;
+        impl.begin(run, client, provider);
+    });
+}
+
+void StatusBarPollingCoordinator::reconnect()
+{
+    const Uuid run = impl_->generation();
+    impl_->onEngine(run, [run](Impl& impl) {
+        if (!impl.client)
+            return;
+        impl.resetRecoveryState();
+        asio::co_spawn(impl.parts.engine,
+                       Impl::refresh(impl.shared_from_this(), run, StatusBarActivity::refreshing),
+                       asio::detached);
+    });
+}
+
+asio::awaitable<void> StatusBarPollingCoordinator::refreshNow() { return Impl::refreshNow(impl_); }
+
+void StatusBarPollingCoordinator::refreshAfterWake()
+{
+    const Uuid run = impl_->generation();
+    impl_->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.refreshFreshness(); });
+    impl_->onEngine(run, [run](Impl& impl) {
+        if (!impl.client)
+            return;
+        impl.wakeTask = startTask(impl.parts.engine, Impl::wakeRefresh(impl.shared_from_this(), run));
+    });
+}
+
+}  // namespace tidewell
