@@ -63,8 +63,8 @@ struct ConfigurationError {
 
 [[nodiscard]] std::string description(const ConfigurationError& error);
 
-/// Writes exactly "account", then "app". The password is part of the model's form; whoever stores it
-/// in clear text must empty it first.
+/// Writes exactly "account", then "app". The password is part of the
+/// model's form; whoever stores it in clear text must empty it first.
 [[nodiscard]] json::object encode(const AppConfiguration& configuration);
 [[nodiscard]] json::object encode(const GlucoseAccountConfiguration& account);
 [[nodiscard]] json::object encode(const AppSettings& settings);
@@ -74,8 +74,8 @@ struct ConfigurationError {
 [[nodiscard]] std::expected<AppConfiguration, ConfigurationError> decodeAppConfiguration(
     const json::value& document);
 [[nodiscard]] std::expected<AppSettings, ConfigurationError> decodeAppSettings(const json::value& document);
-/// The same as decodeAppConfiguration, but says what is wrong and where, for people who edit the document by
-/// hand.
+/// The same as decodeAppConfiguration, but says what is wrong
+/// and where, for people who edit the document by hand.
 [[nodiscard]] std::expected<AppConfiguration, JsonError> readAppConfiguration(const json::value& document);
 
 }  // namespace tidewell

@@ -25,8 +25,8 @@ inline constexpr std::array<std::int64_t, 8> lowAlertRepeatMinuteOptions{0, 5, 1
 /// The value as withSetting() takes it: "72 mg/dL", "22:00", "true", "default". Empty for an unknown key.
 [[nodiscard]] std::optional<std::string> settingText(const AppSettings& settings, std::string_view key);
 
-/// The settings with one value changed. Stricter than reading a document: a value must be one that the
-/// settings offer.
+/// The settings with one value changed. Stricter than reading
+/// a document: a value must be one that the settings offer.
 ///
 /// Units are "mg/dL" and "mmol/L"; a threshold may name its unit and is mg/dL when it does not; times of day
 /// are minutes after midnight or "22:00"; switches take true, on, yes and their opposites. Letter case does

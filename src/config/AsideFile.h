@@ -6,10 +6,10 @@
 
 namespace tidewell {
 
-/// Gives `file` a second name, so that replacing it afterwards loses nothing: `aside`, or with "-2", "-3" ...
-/// before its extension where that name is taken. Both names lead to the same content until `file` is
-/// replaced; a crash in between leaves `file` in its place. Returns the name; remove it when the file was not
-/// replaced after all. Blocks.
+/// Gives `file` a second name, so that replacing it afterwards loses nothing: `aside`,
+/// or with "-2", "-3" ... before its extension where that name is taken. Both names lead
+/// to the same content until `file` is replaced; a crash in between leaves `file` in its
+/// place. Returns the name; remove it when the file was not replaced after all. Blocks.
 [[nodiscard]] std::expected<std::filesystem::path, std::error_code> keepAside(
     const std::filesystem::path& file, const std::filesystem::path& aside);
 

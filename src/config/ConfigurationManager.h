@@ -28,21 +28,21 @@ struct ConfigurationProblem {
 
 /// Loads, holds and saves the stored configuration and announces its changes.
 ///
-/// The document holds everything but the password, which goes to the secret store only (service
-/// "Tidewell.account", account = provider + ":" + username). "No account" is stored as an account with an
-/// empty username. A password that somebody wrote into the document by hand is moved to the secret store on
-/// loading.
+/// The document holds everything but the password, which goes to the secret store
+/// only (service "Tidewell.account", account = provider + ":" + username). "No
+/// account" is stored as an account with an empty username. A password that somebody
+/// wrote into the document by hand is moved to the secret store on loading.
 ///
 /// A document that does not decode is never overwritten: the configuration held so far stays, the problem is
 /// reported, and the next save first gives the old document the name configuration.unreadable-<UTC>.json,
 /// after the time that it was last written.
 ///
-/// A save starts from the document as it then is, so that what another process changed meanwhile is kept and
-/// announced.
+/// A save starts from the document as it then is, so that what
+/// another process changed meanwhile is kept and announced.
 ///
-/// Lives on the executor given as `main`; blocking work runs on `workers`. Loads and saves begin with the
-/// call, run one at a time in the order of their calls, and end even when nobody waits for them any more.
-/// Outlives its coroutines.
+/// Lives on the executor given as `main`; blocking work runs on `workers`. Loads
+/// and saves begin with the call, run one at a time in the order of their calls,
+/// and end even when nobody waits for them any more. Outlives its coroutines.
 class ConfigurationManager {
 public:
     struct Places {
@@ -63,14 +63,14 @@ public:
     /// such as the former account's password that could not be removed, says so here.
     [[nodiscard]] const std::optional<ConfigurationProblem>& problem() const;
 
-    /// Reads document and password. Announces what differs from what was held (nothing on the first load).
-    /// The account and the settings may be there all the same when this fails: the password may be what is
-    /// missing.
+    /// Reads document and password. Announces what differs from what was held
+    /// (nothing on the first load). The account and the settings may be there
+    /// all the same when this fails: the password may be what is missing.
     [[nodiscard]] asio::awaitable<std::expected<void, ConfigurationProblem>> load();
-    /// Stores the account; none, or one without a username, signs out. The password is in the secret store
-    /// before the document names the account; one that is empty leaves the stored one as it is. The former
-    /// account's password is removed once the document is on the disk. On failure nothing changes, in memory
-    /// or on disk.
+    /// Stores the account; none, or one without a username, signs out. The password is
+    /// in the secret store before the document names the account; one that is empty
+    /// leaves the stored one as it is. The former account's password is removed once
+    /// the document is on the disk. On failure nothing changes, in memory or on disk.
     [[nodiscard]] asio::awaitable<std::expected<void, ConfigurationProblem>> saveAccount(
         std::optional<GlucoseAccountConfiguration> account);
     /// On failure nothing changes, in memory or on disk.

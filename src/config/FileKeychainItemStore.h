@@ -11,8 +11,8 @@
 
 namespace tidewell {
 
-/// Secrets in a file that only its owner may read: for machines without a secret store, and only when asked
-/// for.
+/// Secrets in a file that only its owner may read: for
+/// machines without a secret store, and only when asked for.
 ///
 /// Whoever can read the user's files can read the secrets; the file is encoded, not encrypted. Refuses a file
 /// that belongs to somebody else, that others may read or write, or that is no regular file (invalidStore). A

@@ -15,9 +15,8 @@ namespace keychainStatus {
 inline constexpr std::int32_t success = 0;
 inline constexpr std::int32_t itemNotFound = -25300;  ///< No such item; a lookup answers it as notFound.
 inline constexpr std::int32_t decode = -26275;        ///< The stored content is not one of ours.
-inline constexpr std::int32_t invalidStore =
-    -25295;  ///< The store's file is not ours, or open to other users.
-inline constexpr std::int32_t notAvailable = -25291;           ///< No secret store, or it does not answer.
+inline constexpr std::int32_t invalidStore = -25295;  ///< Its file is not ours, or open to other users.
+inline constexpr std::int32_t notAvailable = -25291;  ///< No secret store, or it does not answer.
 inline constexpr std::int32_t interactionNotAllowed = -25308;  ///< Locked, and nobody can unlock it now.
 inline constexpr std::int32_t userCanceled = -128;             ///< The person closed the unlock dialog.
 inline constexpr std::int32_t io = -36;                        ///< A file could not be read or written.
@@ -38,9 +37,9 @@ using KeychainLookup = std::variant<SecretText, KeychainItemNotFound, KeychainFa
 
 /// One blob of bytes per service and account in the user's secret store.
 ///
-/// Calls block, each with a deadline of its own (60 s where a person may have to unlock the store, 10 s
-/// otherwise), so they belong on a worker thread; several threads may call. A write that reported success has
-/// been read back.
+/// Calls block, each with a deadline of its own (60 s where a person may have
+/// to unlock the store, 10 s otherwise), so they belong on a worker thread;
+/// several threads may call. A write that reported success has been read back.
 class KeychainItemStoring {
 public:
     virtual ~KeychainItemStoring() = default;
@@ -52,9 +51,9 @@ public:
     [[nodiscard]] virtual std::int32_t remove(std::string_view service, std::string_view account) = 0;
 };
 
-/// Reads an item back and compares: success when the store holds `data`, else the failure of reading, or
-/// keychainStatus::decode when it holds something else or nothing. What a store calls at the end of its
-/// write.
+/// Reads an item back and compares: success when the store holds `data`,
+/// else the failure of reading, or keychainStatus::decode when it holds
+/// something else or nothing. What a store calls at the end of its write.
 [[nodiscard]] std::int32_t verifyWritten(KeychainItemStoring& store, std::string_view service,
                                          std::string_view account, const SecretText& data);
 

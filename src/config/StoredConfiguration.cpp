@@ -89,8 +89,8 @@ std::error_code writeDocument(const std::filesystem::path& file, std::string_vie
     return writeFileAtomically(file, text);
 }
 
-/// Replaces a document that does not decode, which keeps a second name; a failure leaves only the old
-/// document.
+/// Replaces a document that does not decode, which keeps
+/// a second name; a failure leaves only the old document.
 std::error_code replaceDamagedDocument(const std::filesystem::path& file, std::string_view text)
 {
     const auto name = fmt::format("{}.unreadable-{}{}", file.stem().string(), writtenAtText(file),
@@ -172,8 +172,8 @@ private:
     KeychainLookup former_;
 };
 
-/// Moves a password that stands in the document into the secret store. The document loses it only after the
-/// store has it.
+/// Moves a password that stands in the document into the secret
+/// store. The document loses it only after the store has it.
 std::optional<ConfigurationProblem> movePassword(const Places& places, const HeldConfiguration& held)
 {
     const auto stands = fmt::format("The password stands in clear text in {} and could not be moved",

@@ -6,9 +6,9 @@
 
 namespace tidewell {
 
-// What loading and saving do to disk and secret store: blocking functions on values, for a worker thread.
-// ConfigurationManager keeps the order and the memory; here is every step that a crash or a fault may cut
-// short.
+// What loading and saving do to disk and secret store: blocking functions
+// on values, for a worker thread. ConfigurationManager keeps the order and
+// the memory; here is every step that a crash or a fault may cut short.
 
 /// The configuration as the program uses it: the account with its password, or none.
 struct HeldConfiguration {

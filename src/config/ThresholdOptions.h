@@ -18,8 +18,8 @@ struct ThresholdOption {
 
 /// Maps a stored threshold to what the picker shows.
 struct ThresholdValidator {
-    /// The mg/dL value of the nearest option, of two equally near ones the smaller; `mgdL` itself without
-    /// options.
+    /// The mg/dL value of the nearest option, of two equally
+    /// near ones the smaller; `mgdL` itself without options.
     [[nodiscard]] static double snap(std::span<const ThresholdOption> options, double mgdL);
 };
 

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "config/MemoryKeychainItemStore.h"
+#include "support/Log.h"
+
+namespace tidewell {
+
+/// A folder of a test's own, gone when the test ends.
+class TemporaryFolder {
+public:
+    TemporaryFolder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "tidewell-config-XXXXXX").string();
+        if (!::mkdtemp(name.data()))
+            throw std::runtime_error{"no temporary folder"};
+        path_ = name;
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    [[nodiscard]] std::filesystem::path operator/(std::string_view name) const { return path_ / name; }
+
+    /// Every regular file below, by its path from here, with its bytes; lock files left out.
+    [[nodiscard]] std::map<std::string, std::string> content() const;
+
+private:
+    std::filesystem::path path_;
+};
+
+inline std::string bytesOf(const std::filesystem::path& file)
+{
+    std::ifstream stream{file, std::ios::binary};
+    return {std::istreambuf_iterator<char>{stream}, {}};
+}
+
+inline void writeBytes(const std::filesystem::path& file, std::string_view bytes)
+{
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream stream{file, std::ios::binary};
+    stream << bytes;
+}
+
+inline std::map<std::string, std::string> TemporaryFolder::content() const
+{
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator{path_}) {
+        if (entry.is_regular_file() && entry.path().extension() != ".lock")
+            files[entry.path().lexically_relative(path_).string()] = bytesOf(entry.path());
+    }
+    return files;
+}
+
+/// While it lives, no file of this process can grow, as on a full disk; reading goes on. Works for root too.
+class FullDisk {
+public:
+    FullDisk() : handler_{std::signal(SIGXFSZ, SIG_IGN)}
+    {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit none{.rlim_cur = 0, .rlim_max = before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &none);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
+
+/// Collects what is logged while it lives.
+class LogCatcher {
+public:
+    LogCatcher()
+        : before_{setLogSink([this](LogLevel, std::string_view, std::string_view line) { lines_ += line; })}
+    {
+    }
+    LogCatcher(const LogCatcher&) = delete;
+    LogCatcher& operator=(const LogCatcher&) = delete;
+    ~LogCatcher() { setLogSink(before_); }
+    [[nodiscard]] const std::string& lines() const { return lines_; }
+
+private:
+    std::string lines_;
+    LogSink before_;
+};
+
+/// A secret store that fails on demand: at one call, counted from 1, or at all of them.
+class FaultyKeychain final : public KeychainItemStoring {
+public:
+    [[nodiscard]] KeychainLookup read(std::string_view service, std::string_view account) override
+    {
+        if (fails())
+            return KeychainFailure{status};
+        return items.read(service, account);
+    }
+    [[nodiscard]] std::int32_t write(std::string_view service, std::string_view account,
+                                     const SecretText& data) override
+    {
+        return fails() ? status : items.write(service, account, data);
+    }
+    [[nodiscard]] std::int32_t remove(std::string_view service, std::string_view account) override
+    {
+        return fails() ? status : items.remove(service, account);
+    }
+
+    MemoryKeychainItemStore items;
+    std::int32_t status = keychainStatus::interactionNotAllowed;
+    bool failAlways = false;
+    int failAt = 0;
+    int calls = 0;
+
+private:
+    bool fails() { return ++calls == failAt || failAlways; }
+};
+
+}  // namespace tidewell
