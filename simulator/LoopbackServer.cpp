@@ -319,8 +319,9 @@ std::uint16_t LoopbackServer::port() const { return impl_->acceptor.local_endpoi
 std::string LoopbackServer::origin() const
 {
     const auto endpoint = impl_->acceptor.local_endpoint();
-    return fmt::format(endpoint.address().is_v6() ? "http://[{}]:{}" : "http://{}:{}",
-                       endpoint.address().to_string(), endpoint.port());
+    const auto host = endpoint.address().to_string();
+    return endpoint.address().is_v6() ? fmt::format("http://[{}]:{}", host, endpoint.port())
+                                      : fmt::format("http://{}:{}", host, endpoint.port());
 }
 
 void LoopbackServer::perform(std::function<void()> work)
