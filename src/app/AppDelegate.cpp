@@ -117,37 +117,37 @@ void AppDelegate::followAccount()
     const auto& account = services_.configurationManager.account();
     auto& coordinator = services_.pollingCoordinator;
     if (!account) {
-        coordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
+        std::optional<ErrorInfo> damaged;
         if (const auto& problem = services_.configurationManager.problem())
-            services_.statusBarViewModel.setCurrentError(
-                ErrorInfo{.title = "Sign in required",
-                          .message = problem->message,
-                          .remediation = "Sign in again, or mend the file and start Tidewell again."});
+            damaged = ErrorInfo{.title = "Sign in required",
+                                .message = problem->message,
+                                .remediation = "Sign in again, or mend the file.",
+                                .needsSignIn = true};
+        coordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom, std::move(damaged));
         return;
     }
     if (account->password.empty()) {
-        coordinator.resetForNewConfiguration(nullptr, account->provider);
-        showPasswordProblem();
+        coordinator.resetForNewConfiguration(nullptr, account->provider, passwordProblem());
         passwordTask_ = startTask(services_.main, retryPassword());
         return;
     }
+    std::optional<ErrorInfo> unsupported;
     auto client = services_.makeAPIClient(*account);
-    const bool supported = client != nullptr;
-    coordinator.resetForNewConfiguration(std::move(client), account->provider);
-    if (!supported)
-        services_.statusBarViewModel.setCurrentError(
-            ErrorInfo{.title = "Sign in required",
-                      .message = "This version of Tidewell reads Dexcom Share accounts only.",
-                      .remediation = "Sign in to a Dexcom Share account."});
+    if (!client)
+        unsupported = ErrorInfo{.title = "Sign in required",
+                                .message = "This version of Tidewell reads Dexcom Share accounts only.",
+                                .remediation = "Sign in to a Dexcom Share account.",
+                                .needsSignIn = true};
+    coordinator.resetForNewConfiguration(std::move(client), account->provider, std::move(unsupported));
 }
 
-void AppDelegate::showPasswordProblem()
+ErrorInfo AppDelegate::passwordProblem() const
 {
     const auto& problem = services_.configurationManager.problem();
-    services_.statusBarViewModel.setCurrentError(ErrorInfo{
-        .title = "Password not available",
-        .message = problem ? problem->message : "The password of the account is not in the keyring.",
-        .remediation = "Unlock your keyring, or sign in again."});
+    return {.title = "Password not available",
+            .message = problem ? problem->message : "The password of the account is not in the keyring.",
+            .remediation = "Unlock your keyring, or sign in again.",
+            .needsSignIn = true};
 }
 
 asio::awaitable<void> AppDelegate::retryPassword()
@@ -161,7 +161,7 @@ asio::awaitable<void> AppDelegate::retryPassword()
             co_return;
         // A password that has come is announced as a change, which follows the account and ends this task.
         (void)co_await services_.configurationManager.load();
-        showPasswordProblem();
+        services_.statusBarViewModel.setCurrentError(passwordProblem());
     }
 }
 

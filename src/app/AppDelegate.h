@@ -92,7 +92,7 @@ private:
     void configurationDidUpdate();
     /// Lets the coordinator follow the stored account, or shows that there is none.
     void followAccount();
-    void showPasswordProblem();
+    [[nodiscard]] ErrorInfo passwordProblem() const;
 
     Services services_;
     Task<void> startupTask_;

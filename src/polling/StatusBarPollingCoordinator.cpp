@@ -570,13 +570,16 @@ void StatusBarPollingCoordinator::stop()
 }
 
 void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<GlucoseAPIProtocol> client,
-                                                           GlucoseProvider provider)
+                                                           GlucoseProvider provider,
+                                                           std::optional<ErrorInfo> problem)
 {
     const Uuid run = impl_->renewGeneration();
-    impl_->onMain(run, [signedOut = !client](StatusBarViewModel& viewModel, Date) {
+    if (!client && !problem)
+        problem = signInRequiredStatus();
+    impl_->onMain(run, [problem = std::move(problem)](StatusBarViewModel& viewModel, Date) {
         viewModel.clear();
-        if (signedOut)
-            viewModel.setCurrentError(signInRequiredStatus());
+        if (problem)
+            viewModel.setCurrentError(problem);
     });
     impl_->onEngine(run, [run, client = std::move(client), provider](Impl& impl) {
         impl.resetRecoveryState();

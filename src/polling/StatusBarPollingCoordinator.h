@@ -47,8 +47,9 @@ public:
     /// Ends the run; no result of it reaches the view model any more.
     void stop();
     /// Another configuration: stops, forgets readings and recovery state, and starts with `client`; without
-    /// one, shows that a sign-in is required.
-    void resetForNewConfiguration(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider);
+    /// one, shows `problem`, or that a sign-in is required.
+    void resetForNewConfiguration(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider,
+                                  std::optional<ErrorInfo> problem = {});
     /// Lets an account that needed the person try again: resets the recovery state and refreshes.
     void reconnect();
 
