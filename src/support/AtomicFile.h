@@ -10,8 +10,14 @@
 namespace tidewell {
 
 /// Replaces `file` as a whole: a temporary file beside it (mode 0600), fsync, rename, fsync of the folder.
+///
 /// After success the content survives a power cut; after failure the old file is as it was and the temporary
-/// one is gone where the system let us. Makes no folders. Blocks: for worker threads and start-up.
+/// one is gone where the system let us. The one exception: where only the last step fails, the new content is
+/// in place but may not survive a power cut, and the error says so. Makes no folders; refuses to replace what
+/// is not a regular file. Blocks: for worker threads and start-up.
+///
+/// A symbolic link stays a link: the file that it points to is replaced, so that configuration kept elsewhere
+/// (a folder of dotfiles, another disk) remains there.
 [[nodiscard]] std::error_code writeFileAtomically(const std::filesystem::path& file,
                                                   std::string_view content);
 
