@@ -46,6 +46,15 @@ void FakeClock::advance(Seconds step)
     elapsed_ = end;
 }
 
+void FakeClock::suspend(Seconds length)
+{
+    {
+        const std::lock_guard lock{mutex_};
+        elapsed_ += std::chrono::round<std::chrono::nanoseconds>(length);
+    }
+    advance(Seconds{0});
+}
+
 void FakeClock::runReady()
 {
     io_.restart();

@@ -23,6 +23,9 @@ public:
     /// `step` wakes again.
     void advance(Seconds step);
 
+    /// The machine sleeps that long: time passes, and whoever should have woken meanwhile wakes at its end.
+    void suspend(Seconds length);
+
     /// Runs whatever can run without time passing.
     void runReady();
 
