@@ -244,9 +244,9 @@ TEST(ThresholdValidator, snapsToTheNearestOptionAndTheSmallerOfTwo)
         bool mmolL;
         double stored, shown;
     } cases[] = {
-        {low, false, 77.5, 77}, {low, true, 77.5, 77},    {low, false, 77.6, 78},   {low, true, 78, 77},
-        {low, true, 66, 65},    {low, false, -1e300, 65}, {low, false, 1e300, 90},  {high, false, 108, 108},
-        {high, true, 109, 108}, {high, true, 359, 358},   {high, true, 359.5, 360}, {high, false, 0, 108},
+        {low, false, 77.5, 77}, {low, true, 77.5, 77},  {low, false, 77.6, 78},   {low, true, 78, 77},
+        {low, true, 66, 65},    {low, false, -1e9, 65}, {low, false, 1e9, 90},    {high, false, 108, 108},
+        {high, true, 109, 108}, {high, true, 359, 358}, {high, true, 359.5, 360}, {high, false, 0, 108},
     };
     for (const auto& [kind, mmolL, stored, shown] : cases)
         EXPECT_EQ(ThresholdValidator::snap(thresholdOptions(kind, mmolL), stored), shown) << stored << mmolL;
