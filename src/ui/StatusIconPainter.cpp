@@ -141,11 +141,10 @@ std::optional<double> arrowAngle(QChar sign)
 /// One arrow in the middle of `box`, drawn here since fonts differ much in the weight of theirs.
 QPainterPath arrowOutline(double angle, const QRectF& box, double stroke)
 {
-    const bool level = angle == 90;
     const double reach = box.height() - stroke;  // Between the centres of the outermost strokes.
-    const double diagonal = angle == 45 || angle == 135 ? 1.3 : 1.0;
-    const double length = std::min(level ? reach * 1.7 : reach * diagonal, box.width() - stroke);
-    const double wing = std::min(length * 0.48, reach * 0.5);
+    const double stretch = angle == 90 ? 1.7 : angle == 45 || angle == 135 ? 1.3 : 1.0;
+    const double length = std::min(reach * stretch, std::max(box.width() - stroke, reach));
+    const double wing = std::min({length * 0.48, reach * 0.5, std::max((box.width() - stroke) / 2, stroke)});
     QPainterPath arrow;
     arrow.setFillRule(Qt::WindingFill);
     arrow.addPath(roundLine(QPolygonF{{0, length / 2}, {0, -length / 2}}, stroke));
@@ -177,10 +176,12 @@ QPainterPath signOutline(const QString& sign, const QRectF& box, double stroke)
         return fittedText(sign, box);
     if (sign.size() < 2 || arrowAngle(sign.back()) != angle)
         return arrowOutline(*angle, box, stroke);
-    const double step = std::min(box.width() / 2, box.height() * 0.95);
-    QPainterPath both =
-        arrowOutline(*angle, QRectF{box.center().x() - step, box.top(), step, box.height()}, stroke);
-    both.addPath(arrowOutline(*angle, QRectF{box.center().x(), box.top(), step, box.height()}, stroke));
+    // Side by side with a clear gap, or two small ones would run into one another.
+    const double gap = std::max(1.0, stroke * 0.5);
+    const double each = std::min((box.width() - gap) / 2, box.height() * 0.85);
+    const QRectF left{box.center().x() - gap / 2 - each, box.top(), each, box.height()};
+    QPainterPath both = arrowOutline(*angle, left, stroke * 0.9);
+    both.addPath(arrowOutline(*angle, left.translated(each + gap, 0), stroke * 0.9));
     return both;
 }
 
@@ -201,10 +202,12 @@ void paintInk(QPainter& painter, const QPainterPath& outline, const Ink& ink, co
     painter.fillPath(outline, ink.text);
 }
 
-/// The sign of a problem, in a corner that neither value nor arrow needs.
+/// The sign of a problem, in the lower right corner.
+double badgeSize(double height) { return std::max(5.0, std::round(height * 0.3)); }
+
 void paintBadge(QPainter& painter, const QRectF& area)
 {
-    const double size = std::max(5.0, std::round(area.height() * 0.3));
+    const double size = badgeSize(area.height());
     const QRectF disc{area.right() - size, area.bottom() - size, size, size};
     painter.setPen(QPen{QColor{20, 20, 24, 235}, std::max(1.0, area.height() / 24)});
     painter.setBrush(QColor::fromRgba(badgeColor));
@@ -280,20 +283,23 @@ Canvas canvas(double width, int height)
     return made;
 }
 
-void paintStacked(QPainter& painter, const Parts& parts, const Ink& ink, const QRectF& area)
+void paintStacked(QPainter& painter, const StatusItemContent& content, const Parts& parts, const Ink& ink,
+                  const QRectF& area)
 {
     const double height = area.height();
-    const double margin = std::max(1.0, std::round(height / 14));
-    const QRectF inner = area.adjusted(margin, margin, -margin, -margin);
-    const double gap = std::max(1.0, std::round(height / 16));
-    const double valueHeight = std::round(inner.height() * (parts.sign.isEmpty() ? 0.7 : 0.56));
+    const double margin = std::max(1.0, std::round(height / 18));
+    const double side = std::max(1.0, std::round(height / 12));  // Panels set their items without a gap.
+    const QRectF inner = area.adjusted(side, margin, -side, -margin);
+    const double gap = std::max(1.0, std::round(height / 20));
+    const double valueHeight = std::round(inner.height() * (parts.sign.isEmpty() ? 0.7 : 0.55));
     const double top = parts.sign.isEmpty() ? inner.top() + (inner.height() - valueHeight) / 2 : inner.top();
     QPainterPath outline = fittedText(parts.value, QRectF{inner.left(), top, inner.width(), valueHeight});
     const QRectF below{inner.left(), top + valueHeight + gap, inner.width(),
                        inner.bottom() - top - valueHeight - gap};
     outline.addPath(signOutline(parts.sign, below, std::max(1.5, height / 11.5)));
     outline.setFillRule(Qt::WindingFill);
-    paintInk(painter, outline, ink, area);
+    const double edge = std::round(height / 32);
+    paintInk(painter, outline, ink, area.adjusted(edge, 0, -edge, 0));
 }
 
 QImage paintWide(const StatusItemContent& content, const Parts& parts, const StatusIconStyle& style)
@@ -307,7 +313,7 @@ QImage paintWide(const StatusItemContent& content, const Parts& parts, const Sta
     const QRectF unbounded{0, top, height * 40, textHeight};
     const double valueWidth = std::ceil(fittedText(parts.value, unbounded).boundingRect().width());
     const double arrowWidth = std::ceil(signWidth(parts.sign, textHeight));
-    const double badge = content.warningBadge ? std::round(height * 0.3) : 0;
+    const double badge = content.warningBadge ? badgeSize(height) : 0;
     const double width = pad * 2 + valueWidth + (arrowWidth > 0 ? gap + arrowWidth : 0) + badge;
 
     Canvas made = canvas(std::max(width, height), style.height);
@@ -345,7 +351,7 @@ QImage paintStatusIcon(const StatusItemContent& content, const StatusIconStyle& 
     else if (style.shape == StatusIconShape::dot)
         paintDot(painter, content, parts, made.area);
     else if (showsValue)
-        paintStacked(painter, parts, inkFor(content, parts, style.scheme), made.area);
+        paintStacked(painter, content, parts, inkFor(content, parts, style.scheme), made.area);
     else
         paintInk(painter, threeDots(made.area), inkFor(content, parts, style.scheme), made.area);
     if (content.warningBadge && content.iconState != StatusBarIconState::attention)

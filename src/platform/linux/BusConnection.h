@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QString>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tidewell {
+
+/// The address of the user's session bus; empty when there is none. Never starts one.
+[[nodiscard]] QString sessionBusAddress();
+[[nodiscard]] QString systemBusAddress();
+
+/// Opens a connection of its own to the bus at `address`, which may take long or never end while the bus
+/// hangs; `done` gets it on the main thread, or nothing when there is no bus. Not called once the token has
+/// gone.
+[[nodiscard]] std::shared_ptr<void> connectToBus(const QString& address,
+                                                 std::function<void(std::optional<QDBusConnection>)> done);
+
+}  // namespace tidewell

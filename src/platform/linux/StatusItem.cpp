@@ -1,0 +1,390 @@
+#include "platform/linux/StatusItem.h"
+
+#include <QBuffer>
+#include <QCryptographicHash>
+#include <QCursor>
+#include <QDBusConnection>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QPixmap>
+#include <QSystemTrayIcon>
+#include <QTimer>
+#include <map>
+#include <set>
+
+#include "platform/linux/Background.h"
+#include "platform/linux/BusConnection.h"
+#include "platform/linux/DBusMenu.h"
+#include "platform/linux/StatusHost.h"
+#include "platform/linux/StatusNotifierItem.h"
+#include "platform/linux/StatusWatcher.h"
+#include "support/AtomicFile.h"
+#include "support/Log.h"
+#include "ui/StatusMenu.h"
+
+namespace tidewell {
+namespace {
+
+using namespace std::chrono_literals;
+
+const Log log{"StatusItem"};
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
+const QString menuPath = QStringLiteral("/MenuBar");
+
+/// Between two attempts to register with a service that refuses; doubled each time up to the last.
+constexpr std::chrono::milliseconds firstRetry{10'000};
+constexpr std::chrono::milliseconds lastRetry{300'000};
+
+bool isWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
+
+/// Some panels take a tooltip's title as text and some as markup; this reads the same in both.
+QString neutralTitle(const std::string& title)
+{
+    return QString::fromStdString(title).replace(u'&', u'+').replace(u'<', u'‹').replace(u'>', u'›');
+}
+
+QString markup(const std::string& text, std::string_view lineBreak)
+{
+    const QLatin1String replacement{lineBreak.data(), static_cast<qsizetype>(lineBreak.size())};
+    return QString::fromStdString(text).toHtmlEscaped().replace(u'\n', replacement);
+}
+
+/// Worth the panel's notice: the person has to act, or the value is in the red.
+bool needsAttention(const StatusItemContent& content)
+{
+    return content.iconState == StatusBarIconState::attention || content.look == StatusButtonLook::redFill;
+}
+
+QByteArray png(const QImage& image)
+{
+    QByteArray bytes;
+    QBuffer buffer{&bytes};
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+/// One name for one picture, so that a panel sees a new name exactly when the picture is another.
+std::string nameOfIcon(const QImage& image)
+{
+    const QByteArrayView bits{image.constBits(), image.sizeInBytes()};
+    return "icon-" +
+           QCryptographicHash::hash(bits.toByteArray(), QCryptographicHash::Sha1)
+               .toHex()
+               .left(16)
+               .toStdString() +
+           ".png";
+}
+
+}  // namespace
+
+StatusItemTime eventLoopTime()
+{
+    return {.now =
+                [] {
+                    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+                    return std::chrono::duration_cast<std::chrono::milliseconds>(now);
+                },
+            .after = [](std::chrono::milliseconds delay,
+                        std::function<void()> work) { QTimer::singleShot(delay, qApp, std::move(work)); }};
+}
+
+struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
+    explicit Impl(StatusItemOptions chosen) : options{std::move(chosen)} {}
+
+    StatusItemOptions options;
+    std::function<void(MenuCommand)> command{};
+    std::function<void(QPoint)> activate{};
+    std::function<void()> registered{};
+    /// Outlives what calls it back; calls that wait in the event loop go with it.
+    QObject loop{};
+
+    StatusItemContent content{};
+    bool hasContent = false;
+    std::optional<std::chrono::milliseconds> lastUpdate{};
+    bool updatePending = false;
+
+    std::shared_ptr<void> connecting{};
+    std::optional<QDBusConnection> bus{};
+    std::unique_ptr<StatusNotifierItem> item{};
+    std::unique_ptr<DBusMenu> busMenu{};
+    std::unique_ptr<StatusWatcher> watcher{};
+    std::optional<StatusHost> host{};  ///< While a panel is there.
+    std::chrono::milliseconds retryDelay = firstRetry;
+    unsigned panelGeneration = 0;  ///< Distinguishes what was begun before the panel came or went.
+
+    std::unique_ptr<StatusMenu> ownMenu{};
+    std::unique_ptr<QSystemTrayIcon> legacyTray{};
+
+    /// Icon files by name: whether they lie there already.
+    std::map<std::string, bool> iconFiles{};
+    std::vector<std::shared_ptr<void>> writes{};
+
+    ~Impl()
+    {
+        legacyTray.reset();  // Before the menu that it shows.
+        if (bus) {
+            bus->unregisterObject(itemPath);
+            bus->unregisterObject(menuPath);
+            QDBusConnection::disconnectFromBus(bus->name());
+        }
+    }
+
+    /// Later, from the event loop, as long as this lives.
+    template <class Work>
+    void soon(Work work)
+    {
+        QTimer::singleShot(0, &loop, std::move(work));
+    }
+
+    void after(std::chrono::milliseconds delay, std::function<void(Impl&)> work)
+    {
+        options.time.after(delay, [weak = weak_from_this(), work = std::move(work)] {
+            if (const auto self = weak.lock())
+                work(*self);
+        });
+    }
+
+    void chosen(MenuCommand what)
+    {
+        soon([this, what] {
+            if (command)
+                command(what);
+        });
+    }
+
+    void clicked(QPoint position)
+    {
+        soon([this, position] {
+            if (activate)
+                activate(position);
+            else
+                menu().popUp(position);
+        });
+    }
+
+    StatusMenu& menu()
+    {
+        if (!ownMenu) {
+            ownMenu = std::make_unique<StatusMenu>([this](MenuCommand what) { chosen(what); });
+            ownMenu->setItems(content.menu);
+        }
+        return *ownMenu;
+    }
+
+    void start()
+    {
+        const QString address = options.busAddress.isEmpty() ? sessionBusAddress() : options.busAddress;
+        connecting = connectToBus(address, [this](std::optional<QDBusConnection> connection) {
+            if (connection) {
+                useBus(*connection);
+                return;
+            }
+            log.warning("There is no session bus, so no panel can be asked to show the status item");
+            useLegacyTray();
+        });
+    }
+
+    void useBus(const QDBusConnection& connection)
+    {
+        bus = connection;
+        item = std::make_unique<StatusNotifierItem>(menuPath, isWayland(),
+                                                    [this](int x, int y) { clicked({x, y}); });
+        busMenu = std::make_unique<DBusMenu>([this](MenuCommand what) { chosen(what); });
+        const QDBusConnection::RegisterOptions all = QDBusConnection::ExportAllProperties |
+                                                     QDBusConnection::ExportScriptableSlots |
+                                                     QDBusConnection::ExportScriptableSignals;
+        if (!bus->registerObject(itemPath, item.get(), all) ||
+            !bus->registerObject(menuPath, busMenu.get(), all))
+            log.error("The status item could not be put on the session bus");
+        watcher = std::make_unique<StatusWatcher>(
+            *bus, StatusWatcher::Handlers{
+                      .appeared = [this](const std::string& process) { panelAppeared(process); },
+                      .vanished = [this] { panelVanished(); },
+                      .registered =
+                          [this] {
+                              retryDelay = firstRetry;
+                              if (registered)
+                                  registered();
+                          },
+                      .refused = [this] { registrationRefused(); }});
+        watcher->start();
+    }
+
+    void panelAppeared(const std::string& process)
+    {
+        ++panelGeneration;
+        legacyTray.reset();
+        host = statusHost(process);
+        if (options.shape)
+            host = withShape(*host, *options.shape);
+        log.info("A panel is there: " + (process.empty() ? std::string{"of unknown name"} : process));
+        retryDelay = firstRetry;
+        if (hasContent)
+            update();
+        watcher->registerItem();
+    }
+
+    void panelVanished()
+    {
+        const unsigned generation = ++panelGeneration;
+        host.reset();
+        after(options.legacyTrayDelay, [generation](Impl& self) {
+            if (generation == self.panelGeneration)
+                self.useLegacyTray();
+        });
+    }
+
+    void registrationRefused()
+    {
+        log.warning("The panel did not accept the status item; trying again");
+        const unsigned generation = panelGeneration;
+        after(retryDelay, [generation](Impl& self) {
+            if (generation == self.panelGeneration)
+                self.watcher->registerItem();
+        });
+        retryDelay = std::min(retryDelay * 2, lastRetry);
+    }
+
+    /// Shows itself as soon as there is an old X11 tray, now or later. Only asked for once the newer kind has
+    /// been absent for a while, since the toolkit decides once for the process which kind it uses.
+    void useLegacyTray()
+    {
+        if (legacyTray || QGuiApplication::platformName() != QLatin1String("xcb"))
+            return;
+        legacyTray = std::make_unique<QSystemTrayIcon>();
+        QObject::connect(legacyTray.get(), &QSystemTrayIcon::activated, &loop,
+                         [this](QSystemTrayIcon::ActivationReason reason) {
+                             if (reason == QSystemTrayIcon::Trigger)
+                                 clicked(QCursor::pos());
+                         });
+        legacyTray->setContextMenu(menu().menu());
+        if (hasContent)
+            update();
+        legacyTray->show();
+    }
+
+    void present(const StatusItemContent& next)
+    {
+        if (hasContent && next == content)
+            return;
+        content = next;
+        hasContent = true;
+        if (updatePending)
+            return;
+        const auto now = options.time.now();
+        if (!lastUpdate || now - *lastUpdate >= options.updateInterval) {
+            update();
+            return;
+        }
+        updatePending = true;
+        after(options.updateInterval - (now - *lastUpdate), [](Impl& self) {
+            self.updatePending = false;
+            self.update();
+        });
+    }
+
+    /// Brings everything that shows the item up to the content. Each part finds out itself what is different.
+    void update()
+    {
+        lastUpdate = options.time.now();
+        if (ownMenu)
+            ownMenu->setItems(content.menu);
+        if (legacyTray)
+            updateLegacyTray();
+        if (!item || !host)
+            return;
+        busMenu->setItems(content.menu);
+        item->setFace(face());
+    }
+
+    ItemFace face()
+    {
+        ItemFace face;
+        face.title = QString::fromStdString(content.accessibilityLabel);
+        if (!content.accessibilityValue.empty())
+            face.title += QLatin1String(": ") + QString::fromStdString(content.accessibilityValue);
+        face.status = needsAttention(content) ? QStringLiteral("NeedsAttention") : QStringLiteral("Active");
+        for (const int height : host->heights)
+            face.pixmaps.append(iconPixmap(paint(host->shape, height)));
+        if (host->iconFile) {
+            face.iconName = iconFile(paint(host->shape, host->heights.back()));
+            face.label = QString::fromStdString(content.label);
+        }
+        face.toolTip.title = neutralTitle(content.tooltipTitle);
+        face.toolTip.text = markup(content.tooltipText, host->lineBreak);
+        return face;
+    }
+
+    QImage paint(StatusIconShape shape, int height) const
+    {
+        return paintStatusIcon(content, {.shape = shape, .height = height, .scheme = options.scheme});
+    }
+
+    /// The path of the file that holds this picture; empty until it has been written.
+    QString iconFile(const QImage& image)
+    {
+        if (options.iconFolder.empty())
+            return {};
+        const std::string name = nameOfIcon(image);
+        const std::filesystem::path file = options.iconFolder / name;
+        const auto [known, isNew] = iconFiles.try_emplace(name, false);
+        if (known->second)
+            return QString::fromStdString(file.string());
+        if (isNew)
+            writeIconFile(image, name, file);
+        return {};
+    }
+
+    void writeIconFile(const QImage& image, const std::string& name, const std::filesystem::path& file)
+    {
+        const auto failed = std::make_shared<std::atomic<bool>>(false);
+        writes.push_back(runInBackground(
+            [image, file, failed] {
+                const QByteArray bytes = png(image);
+                *failed =
+                    makePrivateFolder(file.parent_path()) ||
+                    writeFileAtomically(file, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
+            },
+            [this, name, failed] {
+                if (*failed) {
+                    log.warning("The status icon could not be written for the panel; it gets pixels instead");
+                    return;
+                }
+                iconFiles[name] = true;
+                update();
+            }));
+    }
+
+    void updateLegacyTray()
+    {
+        QIcon icon;
+        for (const int height : {16, 22, 24, 32, 48})
+            icon.addPixmap(
+                QPixmap::fromImage(paint(options.shape.value_or(StatusIconShape::stacked), height)));
+        legacyTray->setIcon(icon);
+        QString text = QString::fromStdString(content.tooltipTitle);
+        if (!content.tooltipText.empty())
+            text += u'\n' + QString::fromStdString(content.tooltipText);
+        legacyTray->setToolTip(text);
+    }
+};
+
+StatusItem::StatusItem(StatusItemOptions options, QObject* parent)
+    : QObject{parent}, impl_{std::make_shared<Impl>(std::move(options))}
+{
+}
+
+StatusItem::~StatusItem() = default;
+
+void StatusItem::onCommand(std::function<void(MenuCommand)> handler) { impl_->command = std::move(handler); }
+
+void StatusItem::onActivate(std::function<void(QPoint)> handler) { impl_->activate = std::move(handler); }
+
+void StatusItem::onRegistered(std::function<void()> handler) { impl_->registered = std::move(handler); }
+
+void StatusItem::start() { impl_->start(); }
+
+void StatusItem::present(const StatusItemContent& content) { impl_->present(content); }
+
+}  // namespace tidewell
