@@ -174,7 +174,7 @@ bool watchIsSettled(const StatusBarState& state)
 
 ExitCode watchExitCode(const StatusBarState& state)
 {
-    if (state.iconState == StatusBarIconState::attention)
+    if (state.currentError && state.currentError->needsSignIn)
         return ExitCode::signInNeeded;
     return state.freshness == ReadingFreshness::current ? ExitCode::good : ExitCode::noFreshReading;
 }

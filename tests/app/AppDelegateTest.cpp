@@ -1,0 +1,316 @@
+#include "app/AppDelegate.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "config/MemoryKeychainItemStore.h"
+#include "support/AtomicFile.h"
+#include "testing/FakeClock.h"
+#include "testing/FakeNetworkPath.h"
+
+namespace tidewell {
+
+namespace {
+
+const Date start = dateFromUnix(1'700'000'000);
+
+/// Answers each fetch with one reading of that age, or with an error.
+class ScriptedAPI final : public GlucoseAPIProtocol {
+public:
+    explicit ScriptedAPI(Clock& clock) : clock_{clock} {}
+    asio::awaitable<std::expected<std::vector<GlucoseReading>, GlucoseAPIError>> fetchLatestReadings()
+        override
+    {
+        ++fetches;
+        co_return std::vector{
+            makeReading(120, "Flat", clock_.now() - Seconds{60}, Seconds{300}, GlucoseProvider::dexcom)};
+    }
+    asio::awaitable<std::expected<void, GlucoseAPIError>> signInAgain() override
+    {
+        co_return std::expected<void, GlucoseAPIError>{};
+    }
+    int fetches = 0;
+
+private:
+    Clock& clock_;
+};
+
+class FakeWorkspace final : public WorkspaceObserving {
+public:
+    std::shared_ptr<void> observe(WorkspaceEvent event, std::function<void()> handler) override
+    {
+        auto held = std::make_shared<std::function<void()>>(std::move(handler));
+        handlers_.emplace_back(event, held);
+        return held;
+    }
+    void send(WorkspaceEvent event)
+    {
+        for (const auto& [wanted, handler] : handlers_)
+            if (const auto held = handler.lock(); held && wanted == event)
+                (*held)();
+    }
+    [[nodiscard]] bool observed() const
+    {
+        return std::ranges::any_of(handlers_, [](const auto& entry) { return !entry.second.expired(); });
+    }
+
+private:
+    std::vector<std::pair<WorkspaceEvent, std::weak_ptr<std::function<void()>>>> handlers_;
+};
+
+/// Writes down who is called, in order.
+struct Recorder final : OnboardingCoordinating,
+                        TermsAgreementCoordinating,
+                        FeedbackPromptControlling,
+                        UpdateControlling {
+    std::vector<std::string> calls;
+    bool pendingTerms = false;
+    void showOnboarding() override { calls.emplace_back("onboarding"); }
+    void checkAgreement() override { calls.emplace_back("terms"); }
+    bool showPendingAgreement() override { return pendingTerms; }
+    void noteLaunch() override { calls.emplace_back("launch"); }
+    void installDownloadedUpdate(std::string_view reason) override { calls.emplace_back(reason); }
+};
+
+class AppDelegateTest : public testing::Test {
+protected:
+    AppDelegateTest()
+    {
+        std::string pattern = testing::TempDir() + "tidewell-app-XXXXXX";
+        folder = ::mkdtemp(pattern.data());
+        makeManager();
+        path.report(true);
+    }
+    ~AppDelegateTest() override
+    {
+        delegate.reset();
+        manager.reset();
+        io.restart();
+        io.poll();
+        std::filesystem::remove_all(folder);
+    }
+
+    void makeManager()
+    {
+        manager = std::make_unique<ConfigurationManager>(
+            io.get_executor(), io.get_executor(),
+            ConfigurationManager::Places{.document = folder / "configuration.json", .keychain = keychain});
+    }
+
+    /// Stores an account as an earlier run would have.
+    void storeAccount()
+    {
+        asio::co_spawn(io, manager->saveAccount(account()), asio::detached);
+        settle();
+        makeManager();
+    }
+
+    static GlucoseAccountConfiguration account(std::string username = "ada")
+    {
+        return {.username = std::move(username), .password = SecretText{"secret"}, .region = "us"};
+    }
+
+    void launch()
+    {
+        delegate = std::make_unique<AppDelegate>(AppDelegate::Services{
+            .main = io.get_executor(),
+            .clock = clock,
+            .configurationManager = *manager,
+            .defaults = defaults,
+            .statusBarViewModel = viewModel,
+            .pollingCoordinator = coordinator,
+            .makeAPIClient =
+                [this](const GlucoseAccountConfiguration& wanted) {
+                    clientsMadeFor.push_back(wanted.username);
+                    return wanted.provider == GlucoseProvider::dexcom ? api : nullptr;
+                },
+            .ensureStatusItem = [this] { recorder.calls.emplace_back("item"); },
+            .workspace = &workspace,
+            .onboardingCoordinator = &recorder,
+            .termsAgreementCoordinator = &recorder,
+            .feedbackPromptController = &recorder,
+            .updateController = &recorder,
+        });
+        delegate->applicationDidFinishLaunching();
+        settle();
+    }
+
+    void settle() { clock.advance(Seconds{0}); }
+
+    asio::io_context io{1};
+    FakeClock clock{io, start};
+    SeededRandom random{1};
+    std::filesystem::path folder;
+    std::shared_ptr<MemoryKeychainItemStore> keychain = std::make_shared<MemoryKeychainItemStore>();
+    std::unique_ptr<ConfigurationManager> manager;
+    UserDefaults defaults;
+    StatusBarViewModel viewModel{io.get_executor(), clock, random,
+                                 [this] { return manager ? std::optional{manager->settings()} : std::nullopt; }};
+    FakeNetworkPath path;
+    NetworkMonitor network{clock, random, path.monitoring()};
+    StatusBarPollingCoordinator coordinator{{.engine = io.get_executor(),
+                                             .main = io.get_executor(),
+                                             .clock = clock,
+                                             .random = random,
+                                             .viewModel = viewModel,
+                                             .networkMonitor = network,
+                                             .defaults = defaults}};
+    std::shared_ptr<ScriptedAPI> api = std::make_shared<ScriptedAPI>(clock);
+    FakeWorkspace workspace;
+    Recorder recorder;
+    std::vector<std::string> clientsMadeFor;
+    std::unique_ptr<AppDelegate> delegate;
+};
+
+using Calls = std::vector<std::string>;
+
+TEST_F(AppDelegateTest, nothingPollsBeforeOnboardingIsCompleted)
+{
+    storeAccount();
+    launch();
+    EXPECT_EQ(recorder.calls, (Calls{"item", "launch", "onboarding"}));
+    workspace.send(WorkspaceEvent::didWake);
+    clock.advance(1h);
+    EXPECT_EQ(api->fetches, 0);
+
+    EXPECT_FALSE(delegate->applicationShouldHandleReopen());
+    EXPECT_EQ(recorder.calls.back(), "onboarding");
+}
+
+TEST_F(AppDelegateTest, aStoredAccountIsPolledFiveSecondsAfterTheStart)
+{
+    storeAccount();
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    EXPECT_EQ(recorder.calls, (Calls{"item", "launch", "terms"}));
+    clock.advance(4900ms);
+    EXPECT_EQ(api->fetches, 0);
+    clock.advance(200ms);
+    EXPECT_EQ(api->fetches, 1);
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+
+    EXPECT_TRUE(delegate->applicationShouldHandleReopen());
+    recorder.pendingTerms = true;
+    EXPECT_FALSE(delegate->applicationShouldHandleReopen());
+}
+
+TEST_F(AppDelegateTest, withoutAnAccountTheItemAsksForASignInAndThenFollowsIt)
+{
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    ASSERT_TRUE(viewModel.state().currentError);
+    EXPECT_EQ(viewModel.state().currentError->title, "Sign in required");
+    clock.advance(1h);
+    EXPECT_EQ(api->fetches, 0);
+
+    asio::co_spawn(io, manager->saveAccount(account("grace")), asio::detached);
+    clock.advance(6s);
+    EXPECT_EQ(clientsMadeFor, Calls{"grace"});
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+
+    asio::co_spawn(io, manager->saveAccount(std::nullopt), asio::detached);
+    settle();
+    const int fetches = api->fetches;
+    EXPECT_EQ(viewModel.state().statusTitle, "");
+    EXPECT_EQ(viewModel.state().currentError->title, "Sign in required");
+    clock.advance(1h);
+    EXPECT_EQ(api->fetches, fetches);
+}
+
+TEST_F(AppDelegateTest, aDamagedDocumentSaysSoAndIsLeftAlone)
+{
+    ASSERT_FALSE(writeFileAtomically(folder / "configuration.json", "{\"app\":"));
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    ASSERT_TRUE(viewModel.state().currentError);
+    EXPECT_NE(viewModel.state().currentError->message.find("configuration.json"), std::string::npos);
+    EXPECT_EQ(readFile(folder / "configuration.json").value(), "{\"app\":");
+}
+
+/// A secret store that is away until it is told otherwise.
+class LateKeychain final : public KeychainItemStoring {
+public:
+    explicit LateKeychain(std::shared_ptr<KeychainItemStoring> behind) : behind_{std::move(behind)} {}
+    KeychainLookup read(std::string_view service, std::string_view item) override
+    {
+        ++reads;
+        if (status != keychainStatus::success)
+            return KeychainFailure{status};
+        return behind_->read(service, item);
+    }
+    std::int32_t write(std::string_view service, std::string_view item, const SecretText& data) override
+    {
+        return behind_->write(service, item, data);
+    }
+    std::int32_t remove(std::string_view service, std::string_view item) override
+    {
+        return behind_->remove(service, item);
+    }
+    std::int32_t status = keychainStatus::notAvailable;
+    int reads = 0;
+
+private:
+    std::shared_ptr<KeychainItemStoring> behind_;
+};
+
+TEST_F(AppDelegateTest, aPasswordThatComesLateIsFoundWithoutARestart)
+{
+    storeAccount();
+    const auto late = std::make_shared<LateKeychain>(keychain);
+    manager = std::make_unique<ConfigurationManager>(
+        io.get_executor(), io.get_executor(),
+        ConfigurationManager::Places{.document = folder / "configuration.json", .keychain = late});
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    ASSERT_TRUE(viewModel.state().currentError);
+    EXPECT_EQ(viewModel.state().currentError->title, "Password not available");
+    clock.advance(2min);
+    EXPECT_EQ(api->fetches, 0);
+    EXPECT_LE(late->reads, 5);
+
+    late->status = keychainStatus::success;
+    clock.advance(5min + 6s);
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+    EXPECT_FALSE(viewModel.state().currentError);
+}
+
+TEST_F(AppDelegateTest, whoClosedTheUnlockDialogIsNotAskedAgain)
+{
+    storeAccount();
+    const auto late = std::make_shared<LateKeychain>(keychain);
+    late->status = keychainStatus::userCanceled;
+    manager = std::make_unique<ConfigurationManager>(
+        io.get_executor(), io.get_executor(),
+        ConfigurationManager::Places{.document = folder / "configuration.json", .keychain = late});
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    clock.advance(24h);
+    EXPECT_EQ(late->reads, 1);
+    EXPECT_EQ(viewModel.state().currentError->title, "Password not available");
+}
+
+TEST_F(AppDelegateTest, sleepWakeAndTheEndReachWhoCares)
+{
+    storeAccount();
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    clock.advance(6s);
+    const int fetches = api->fetches;
+    workspace.send(WorkspaceEvent::willSleep);
+    workspace.send(WorkspaceEvent::screensDidSleep);
+    EXPECT_EQ(recorder.calls[recorder.calls.size() - 2], "system-sleep");
+    EXPECT_EQ(recorder.calls.back(), "display-sleep");
+    workspace.send(WorkspaceEvent::didWake);
+    clock.advance(2s);
+    EXPECT_EQ(api->fetches, fetches + 1);
+
+    delegate->applicationWillTerminate();
+    EXPECT_FALSE(workspace.observed());
+    clock.advance(24h);
+    EXPECT_EQ(api->fetches, fetches + 1);
+}
+
+}  // namespace
+
+}  // namespace tidewell

@@ -1,0 +1,278 @@
+// Runs the real program as a person or a script would, against a simulated service on loopback.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "simulator/DemoService.h"
+#include "support/Json.h"
+#include "support/SystemClock.h"
+
+namespace tidewell {
+
+namespace {
+
+struct Ended {
+    int code = -1;
+    std::string output;
+    std::string errors;
+};
+
+std::string contents(const std::filesystem::path& file)
+{
+    std::ifstream stream{file};
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+/// A private home, and the program run in it: no bus, no display, secrets in a file.
+class CommandLineTest : public testing::Test {
+protected:
+    CommandLineTest()
+    {
+        std::string pattern = testing::TempDir() + "tidewell-cli-XXXXXX";
+        home = ::mkdtemp(pattern.data());
+        environment = {{"HOME", home.string()},
+                       {"PATH", "/usr/bin:/bin"},
+                       {"TZ", "UTC"},
+                       {"XDG_RUNTIME_DIR", (home / "run").string()},
+                       {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session"},
+                       {"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/system"},
+                       {"TIDEWELL_KEYCHAIN", "file"}};
+        std::filesystem::create_directory(home / "run");
+        ::chmod((home / "run").c_str(), 0700);
+        for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"})
+            if (const char* value = std::getenv(name))
+                environment[name] = value;
+    }
+    ~CommandLineTest() override { std::filesystem::remove_all(home); }
+
+    void startService(std::string scenario = "steady")
+    {
+        auto started = DemoService::start(clock, {.scenario = std::move(scenario)});
+        ASSERT_TRUE(started) << started.error();
+        service = std::move(*started);
+        std::ofstream{home / "endpoints.json"} << service->endpointsDocument();
+        environment["TIDEWELL_ENDPOINTS"] = (home / "endpoints.json").string();
+    }
+
+    /// Starts the program with its input from a string and its output into files.
+    pid_t start(const std::vector<std::string>& arguments, const std::string& input = {},
+                std::optional<int> output = {})
+    {
+        std::ofstream{home / "input"} << input;
+        std::vector<std::string> texts{TIDEWELL_PROGRAM};
+        texts.insert(texts.end(), arguments.begin(), arguments.end());
+        std::vector<char*> values;
+        for (auto& text : texts)
+            values.push_back(text.data());
+        values.push_back(nullptr);
+        std::vector<std::string> variables;
+        for (const auto& [name, value] : environment)
+            variables.push_back(name + "=" + value);
+        std::vector<char*> variableValues;
+        for (auto& text : variables)
+            variableValues.push_back(text.data());
+        variableValues.push_back(nullptr);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 0, (home / "input").c_str(), O_RDONLY, 0);
+        if (output)
+            posix_spawn_file_actions_adddup2(&actions, *output, 1);
+        else
+            posix_spawn_file_actions_addopen(&actions, 1, (home / "output").c_str(),
+                                             O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        posix_spawn_file_actions_addopen(&actions, 2, (home / "errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                         0600);
+        pid_t child = -1;
+        const int error =
+            ::posix_spawn(&child, TIDEWELL_PROGRAM, &actions, nullptr, values.data(), variableValues.data());
+        posix_spawn_file_actions_destroy(&actions);
+        EXPECT_EQ(error, 0);
+        return child;
+    }
+
+    Ended finish(pid_t child)
+    {
+        int status = 0;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        return {.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+                .output = contents(home / "output"),
+                .errors = contents(home / "errors")};
+    }
+
+    Ended run(const std::vector<std::string>& arguments, const std::string& input = {})
+    {
+        return finish(start(arguments, input));
+    }
+
+    Ended signIn(const std::string& password)
+    {
+        return run({"account", "set", "--provider", "dexcom", "--username", service->account().username,
+                    "--region", service->account().region, "--password-stdin"},
+                   password + "\n");
+    }
+
+    asio::io_context io{1};
+    SystemClock clock{io};
+    std::filesystem::path home;
+    std::map<std::string, std::string> environment;
+    std::unique_ptr<DemoService> service;
+};
+
+TEST_F(CommandLineTest, helpAndVersionNeedNothingAndMistakesGetOneLineAndCodeTwo)
+{
+    EXPECT_EQ(run({"--version"}).code, 0);
+    const auto help = run({"--help"});
+    EXPECT_EQ(help.code, 0);
+    EXPECT_NE(help.output.find("no medical device"), std::string::npos);
+    const std::vector<std::vector<std::string>> mistakes{
+        {"--frobnicate"},
+        {"dance"},
+        {"watch", "--format", "xml"},
+        {"account"},
+        {"account", "set", "--provider", "dexcom", "--username", "ada", "--region", "us"},
+        {"account", "set", "--provider", "contour", "--username", "ada", "--region", "us",
+         "--password-stdin"},
+        {"account", "set", "--provider", "dexcom", "--username", "ada", "--region", "mars",
+         "--password-stdin"},
+        {"account", "set", "--provider", "dexcom", "--username", "ada", "--region", "us", "--password-stdin"},
+        {"settings", "get", "colour"},
+        {"settings", "set", "lowGlucoseThreshold", "12"},
+        {"settings", "set", "measurementUnit", "stone"},
+    };
+    for (const auto& arguments : mistakes) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const auto ended = run(arguments);
+        EXPECT_EQ(ended.code, 2);
+        EXPECT_EQ(ended.output, "");
+        // The last line is the error; above it, the owner-only password file may have been announced.
+        const auto line = ended.errors.substr(ended.errors.rfind("tidewell: ") == std::string::npos
+                                                  ? ended.errors.size()
+                                                  : ended.errors.rfind("tidewell: "));
+        EXPECT_EQ(std::ranges::count(line, '\n'), 1) << ended.errors;
+    }
+}
+
+TEST_F(CommandLineTest, signsInShowsTheValueAndSignsOutAgain)
+{
+    ASSERT_NO_FATAL_FAILURE(startService());
+    EXPECT_EQ(run({"watch", "--once"}).code, 5);
+
+    const auto refused = signIn("not the password");
+    EXPECT_EQ(refused.code, 5) << refused.errors;
+    EXPECT_EQ(run({"account", "show"}).code, 5);
+
+    const auto password = service->account().password;
+    const auto signedIn = signIn(password);
+    EXPECT_EQ(signedIn.code, 0) << signedIn.errors;
+    const auto shown = run({"account", "show"});
+    EXPECT_EQ(shown.code, 0) << shown.errors;
+    EXPECT_NE(shown.output.find(service->account().username), std::string::npos);
+    EXPECT_EQ((shown.output + shown.errors).find(password), std::string::npos);
+    EXPECT_EQ(contents(home / ".config/tidewell/configuration.json").find(password), std::string::npos);
+
+    const auto once = run({"watch", "--format", "json", "--once"});
+    EXPECT_EQ(once.code, 0) << once.output << once.errors;
+    std::istringstream lines{once.output};
+    std::string line;
+    std::string last;
+    while (std::getline(lines, line)) {
+        ASSERT_TRUE(parseJson(line)) << line;
+        last = line;
+    }
+    const auto document = parseJson(last).value();
+    EXPECT_EQ(document.at("freshness"), "current");
+    EXPECT_TRUE(document.at("reading").is_object());
+    EXPECT_GT(document.at("readingCount").to_number<int>(), 100);
+    EXPECT_TRUE(document.at("currentError").is_null());
+
+    EXPECT_EQ(run({"account", "clear"}).code, 0);
+    EXPECT_EQ(run({"watch", "--once"}).code, 5);
+}
+
+TEST_F(CommandLineTest, settingsAreKeptAndShown)
+{
+    EXPECT_EQ(run({"settings", "set", "measurementUnit", "mmol/L"}).code, 0);
+    EXPECT_EQ(run({"settings", "set", "lowGlucoseThreshold", "4.0 mmol/L"}).code, 0);
+    EXPECT_NE(run({"settings"}).output.find("measurementUnit = mmol/L"), std::string::npos);
+    EXPECT_EQ(run({"settings", "get", "measurementUnit"}).output, "mmol/L\n");
+    struct stat file{};
+    ASSERT_EQ(::stat((home / ".config/tidewell/configuration.json").c_str(), &file), 0);
+    EXPECT_EQ(file.st_mode & 0777, 0600U);
+
+    std::ofstream{home / ".config/tidewell/configuration.json"} << "[]";
+    const auto damaged = run({"settings"});
+    EXPECT_EQ(damaged.code, 1);
+    EXPECT_NE(damaged.errors.find("configuration.json"), std::string::npos);
+    EXPECT_EQ(contents(home / ".config/tidewell/configuration.json"), "[]");
+}
+
+TEST_F(CommandLineTest, badSurroundingsGetOneClearLine)
+{
+    environment["TIDEWELL_ENDPOINTS"] = (home / "absent.json").string();
+    auto ended = run({"watch", "--once"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_NE(ended.errors.find("absent.json"), std::string::npos) << ended.errors;
+    environment.erase("TIDEWELL_ENDPOINTS");
+
+    environment["TIDEWELL_KEYCHAIN"] = "cupboard";
+    EXPECT_EQ(run({"watch", "--once"}).code, 2);
+    environment["TIDEWELL_KEYCHAIN"] = "file";
+
+    ended = run({});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_NE(ended.errors.find("tidewell watch"), std::string::npos) << ended.errors;
+}
+
+TEST_F(CommandLineTest, withoutAKeyringNothingIsStoredAndTheCodeIsSix)
+{
+    ASSERT_NO_FATAL_FAILURE(startService());
+    environment["TIDEWELL_KEYCHAIN"] = "secret-service";
+    const auto ended = signIn(service->account().password);
+    EXPECT_EQ(ended.code, 6) << ended.errors;
+    EXPECT_FALSE(std::filesystem::exists(home / ".config/tidewell/configuration.json"));
+}
+
+TEST_F(CommandLineTest, watchPrintsAtOnceAndEndsWithCodeZeroOnATerminationSignal)
+{
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    const pid_t child = start({"watch", "--format", "json"}, {}, pipe[1]);
+    char byte = 0;
+    ASSERT_EQ(::read(pipe[0], &byte, 1), 1);
+    EXPECT_EQ(byte, '{');
+    ::kill(child, SIGTERM);
+    EXPECT_EQ(finish(child).code, 0);
+    ::close(pipe[0]);
+    ::close(pipe[1]);
+}
+
+TEST_F(CommandLineTest, watchEndsQuietlyWhenItsReaderHasGone)
+{
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    ::close(pipe[0]);
+    const pid_t child = start({"watch"}, {}, pipe[1]);
+    ::close(pipe[1]);
+    const auto ended = finish(child);
+    EXPECT_EQ(ended.code, 0);
+    EXPECT_EQ(ended.errors.find("tidewell: "), std::string::npos) << ended.errors;
+}
+
+}  // namespace
+
+}  // namespace tidewell
