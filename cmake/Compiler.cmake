@@ -12,8 +12,9 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
 else()
     target_compile_options(tidewell_flags INTERFACE -Wno-missing-field-initializers)
 endif()
-target_compile_definitions(tidewell_flags INTERFACE
-    $<$<AND:$<CONFIG:Release>,$<STREQUAL:${TIDEWELL_SANITIZE},>>:_FORTIFY_SOURCE=2>)
+if(NOT TIDEWELL_SANITIZE)
+    target_compile_definitions(tidewell_flags INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+endif()
 
 find_program(TIDEWELL_LLD NAMES ld.lld-19 ld.lld)
 if(TIDEWELL_LLD AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
