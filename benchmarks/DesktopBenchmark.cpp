@@ -105,7 +105,6 @@ double switches(qint64 process)
 /// Processor time of all threads, in milliseconds.
 double processorTime(qint64 process)
 {
-    QFile stream{QString{"/proc/%1/schedstat"}.arg(process)};
     double sum = 0;
     const auto tasks = QString{"/proc/%1/task"}.arg(process);
     for (const auto& task : QDir{tasks}.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
@@ -212,7 +211,7 @@ public:
         program.start(TIDEWELL_PROGRAM, {"watch", "--once"});
         if (!program.waitForFinished(20'000) || program.exitCode() != 0)
             fail("watch --once failed: " + QString::fromUtf8(program.readAllStandardError()));
-        return {static_cast<double>(timer.nsecsElapsed()) / 1e6, 0};
+        return static_cast<double>(timer.nsecsElapsed()) / 1e6;
     }
 
 private:
@@ -260,7 +259,7 @@ int run(int starts, int idleSeconds)
     }
     std::vector<double> once;
     for (int round = 0; round < starts; ++round)
-        once.push_back(stage.watchOnce().first);
+        once.push_back(stage.watchOnce());
 
     QProcess program;
     (void)stage.start(program);
