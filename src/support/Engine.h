@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <thread>
 
 #include "support/Asio.h"
@@ -10,28 +12,36 @@
 namespace tidewell {
 
 /// The engine thread (one io_context, one thread) and the pool of two worker threads.
-/// Made and stopped on the main thread. stop() ends the engine's loop after its current turn; workers that
-/// still block are not waited for longer than `grace` (a hanging keyring must not hold up the exit).
+///
+/// Made, stopped and destroyed on the main thread. Signals that ask a program to end never arrive on these
+/// threads. Work that still waits when stop() is called is dropped undone.
 class Engine {
 public:
     Engine();
     ~Engine();
 
-    [[nodiscard]] asio::io_context& context() { return context_; }
-    [[nodiscard]] asio::any_io_executor executor() { return context_.get_executor(); }
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    [[nodiscard]] asio::io_context& context() { return *context_; }
+    [[nodiscard]] asio::any_io_executor executor() { return context_->get_executor(); }
     [[nodiscard]] asio::any_io_executor workers() { return pool_->get_executor(); }
 
     /// Begins to run; before that, work can be posted but waits.
     void start();
-    /// True when every thread has ended; false when a worker still blocks, and the process should leave
-    /// with _exit after its own cleaning up.
+    /// Ends the engine's loop after its current turn and the workers after their current piece of work, and
+    /// waits for both, for `grace` in total: a hanging keyring must not hold up the exit. True when every
+    /// thread has ended. False when one still blocks: it keeps what it may touch, so nothing of that is
+    /// freed, and the process should leave with _exit after its own cleaning up. Calling it again returns the
+    /// same.
     bool stop(std::chrono::milliseconds grace);
 
 private:
-    asio::io_context context_{1};
+    std::unique_ptr<asio::io_context> context_;
     asio::executor_work_guard<asio::io_context::executor_type> work_;
     std::unique_ptr<asio::thread_pool> pool_;
     std::thread thread_;
+    std::optional<bool> stopped_;  ///< What stop() returned.
 };
 
 }  // namespace tidewell

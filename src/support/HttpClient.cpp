@@ -8,7 +8,10 @@ namespace tidewell {
 namespace {
 
 /// ASCII only, whatever the locale says.
-char lower(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; }
+char lower(char letter)
+{
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
 
 }  // namespace
 

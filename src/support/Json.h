@@ -51,8 +51,8 @@ struct JsonError {
 /// The document as text, indented by two spaces, with a newline at its end: for files that people may read.
 [[nodiscard]] std::string prettyJson(const json::value& value);
 
-/// The document as text on one line, without a newline. Like prettyJson, it writes numbers in their shortest plain
-/// form ("120", "5.5"), not with an exponent.
+/// The document as text on one line, without a newline. Like prettyJson, it writes numbers in their shortest
+/// plain form ("120", "5.5"), not with an exponent.
 [[nodiscard]] std::string compactJson(const json::value& value);
 
 }  // namespace tidewell

@@ -1,0 +1,60 @@
+#include "support/SystemClock.h"
+
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+#include <boost/asio/error.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/system/system_error.hpp>
+
+#include <algorithm>
+
+namespace tidewell {
+
+namespace {
+
+/// Longer than any program runs, and short enough for every clock's own units.
+constexpr std::chrono::milliseconds longestDelay = std::chrono::years{10};
+
+/// Becomes readable when `delay` has passed, the time asleep included; -1 when there are no descriptors left.
+int makeTimer(std::chrono::milliseconds delay)
+{
+    const int timer = timerfd_create(CLOCK_BOOTTIME, TFD_NONBLOCK | TFD_CLOEXEC);
+    if (timer < 0)
+        return timer;
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(delay);
+    const std::chrono::nanoseconds rest = delay - seconds;
+    const itimerspec once{.it_interval = {},
+                          .it_value = {.tv_sec = seconds.count(), .tv_nsec = rest.count()}};
+    if (timerfd_settime(timer, 0, &once, nullptr) == 0)
+        return timer;
+    close(timer);
+    return -1;
+}
+
+}  // namespace
+
+Date SystemClock::now() const { return Date{std::chrono::system_clock::now().time_since_epoch()}; }
+
+asio::awaitable<void> SystemClock::sleepFor(std::chrono::milliseconds delay)
+{
+    if (delay <= 0ms) {
+        co_await asio::post(asio::use_awaitable);
+        const auto cancellation = co_await asio::this_coro::cancellation_state;
+        if (cancellation.cancelled() != asio::cancellation_type::none)
+            throw boost::system::system_error{asio::error::operation_aborted};
+        co_return;
+    }
+    const auto bounded = std::min(delay, longestDelay);
+    if (const int timer = makeTimer(bounded); timer >= 0) {
+        asio::posix::stream_descriptor descriptor{reactor_, timer};
+        co_await descriptor.async_wait(asio::posix::descriptor_base::wait_read, asio::use_awaitable);
+    } else {
+        // Too many open files: a clock that stands still while the machine sleeps beats none at all.
+        asio::steady_timer fallback{reactor_, bounded};
+        co_await fallback.async_wait(asio::use_awaitable);
+    }
+}
+
+}  // namespace tidewell
