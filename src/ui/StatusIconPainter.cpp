@@ -294,7 +294,8 @@ void paintStacked(QPainter& painter, const StatusItemContent& content, const Par
     const double valueHeight = std::round(inner.height() * (parts.sign.isEmpty() ? 0.7 : 0.55));
     const double top = parts.sign.isEmpty() ? inner.top() + (inner.height() - valueHeight) / 2 : inner.top();
     QPainterPath outline = fittedText(parts.value, QRectF{inner.left(), top, inner.width(), valueHeight});
-    const QRectF below{inner.left(), top + valueHeight + gap, inner.width(),
+    const double corner = content.warningBadge ? badgeSize(height) - side / 2 : 0;
+    const QRectF below{inner.left(), top + valueHeight + gap, inner.width() - corner,
                        inner.bottom() - top - valueHeight - gap};
     outline.addPath(signOutline(parts.sign, below, std::max(1.5, height / 11.5)));
     outline.setFillRule(Qt::WindingFill);

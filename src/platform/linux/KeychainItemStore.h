@@ -32,7 +32,7 @@ public:
 
 private:
     struct Worker;
-    Deadlines deadlines_;
+    struct Operations;
     std::shared_ptr<Worker> worker_;
 };
 
