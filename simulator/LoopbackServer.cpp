@@ -32,7 +32,7 @@ constexpr std::size_t chunkSize = 4096;
 /// some rest.
 constexpr std::size_t endlessChunk = 64 * 1024;
 constexpr auto endlessPause = 5ms;
-constexpr std::size_t bombSize = 64 * 1024 * 1024;
+constexpr std::size_t bombSize = 16 * 1024 * 1024;
 
 using Request = http::request<http::string_body>;
 

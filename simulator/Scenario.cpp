@@ -405,7 +405,7 @@ const std::vector<Scenario::BuiltIn>& Scenario::builtIn()
          R"({"fault": {"steps": ["read"], "kind": "endless"}})"},
         {"garbage", "in turn no JSON, cut JSON, wrong types, an object, deep nesting, HTML",
          R"({"fault": {"steps": ["read"], "kind": "garbage"}})"},
-        {"rough", "gaps, late and doubled readings, wrong receiver clock, every trend word",
+        {"rough", "gaps, late and doubled readings, every trend word, the old form of dates",
          R"({"readings": {"drift": 0.5, "publicationDelay": 20, "publicationJitter": 40, "gapShare": 0.05,
                           "lateShare": 0.1, "duplicates": true, "everyTrend": true, "slashes": true}})"},
     };

@@ -16,7 +16,7 @@ enum class TransportFault {
     cutOff,    ///< The connection ends after `cutAfter` bytes of the body.
     slow,      ///< The body comes at one byte a second.
     endless,   ///< The body never ends.
-    gzipBomb,  ///< A small gzip body that decodes to 64 MiB.
+    gzipBomb,  ///< A small gzip body that decodes to 16 MiB.
 };
 
 /// One answer of a simulated service, as it leaves the service: the body is plain, the transport encodes it.

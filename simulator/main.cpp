@@ -82,7 +82,8 @@ std::expected<std::string, std::string> passwordFromInput()
     return password;
 }
 
-std::string timeOfDay(Date now) { return isoText(now).substr(11, 8); }
+/// "08:15:42", local time.
+std::string timeOfDay(Date now) { return isoText(now + TimeZone::current().offset(now)).substr(11, 8); }
 
 int serve(const Arguments& arguments, SimulatedServices::Options options, bool passwordIsOurs)
 {
