@@ -1,5 +1,7 @@
 // The file that replaces service addresses.
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -27,8 +29,11 @@ bool isSafe(const std::string& base)
         return false;
     const std::string_view rest = std::string_view{lower}.substr(http.size());
     const std::string_view authority = rest.substr(0, rest.find('/'));
-    if (authority.starts_with('['))
-        return authority.contains(":1]");
+    if (authority.starts_with('[')) {
+        in6_addr address{};
+        const std::string literal{authority.substr(1, authority.find(']') - 1)};
+        return inet_pton(AF_INET6, literal.c_str(), &address) == 1 && IN6_IS_ADDR_LOOPBACK(&address);
+    }
     const std::string_view host = authority.substr(0, authority.find(':'));
     return host == "localhost" ||
            (host.starts_with("127.") && host.find_first_not_of("0123456789.") == std::string_view::npos);

@@ -208,7 +208,7 @@ std::expected<GlucoseReading, GlucoseReadingError> decodeReading(const json::val
         return std::unexpected{GlucoseReadingError::missingTrend};
     const auto dateText = requiredText(*object, "date");
     const std::optional<Date> date = dateText ? dateFromIso(*dateText) : std::nullopt;
-    if (!date)
+    if (!date || unixSeconds(*date) < firstStorableSecond || unixSeconds(*date) > lastStorableSecond)
         return std::unexpected{GlucoseReadingError::invalidTimestamp};
     const auto duration = optionalNumber(*object, "sampleDuration");
     const auto sourceText = optionalText(*object, "source");

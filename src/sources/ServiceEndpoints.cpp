@@ -77,7 +77,9 @@ std::string_view fault(std::string_view address)
     const std::string_view authority = rest.substr(0, rest.find('/'));
     const std::size_t portAt = authority.find(':', authority.starts_with('[') ? authority.find(']') : 0);
     const std::string host = lowerCased(authority.substr(0, portAt));
-    if (host.empty() || (portAt != std::string_view::npos && !isPort(authority.substr(portAt + 1))))
+    // A percent sign in a host is an escape or an IPv6 zone; neither has a use here.
+    if (host.empty() || host.contains('%') ||
+        (portAt != std::string_view::npos && !isPort(authority.substr(portAt + 1))))
         return malformed;
     if (scheme == "https")
         return {};

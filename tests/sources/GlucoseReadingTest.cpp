@@ -165,6 +165,7 @@ TEST(GlucoseReading, damagedStoredReadingsAreRefused)
         {R"({"mgdL":118,"trendString":"Flat"})", invalidTimestamp},
         {R"({"mgdL":118,"trendString":"Flat","date":1772438113})", invalidTimestamp},
         {R"({"mgdL":118,"trendString":"Flat","date":"2026-02-30T07:55:13Z"})", invalidTimestamp},
+        {R"({"mgdL":118,"trendString":"Flat","date":"0001-01-01T00:00:00+14:00"})", invalidTimestamp},
         {R"({"mgdL":118,"trendString":"Flat","date":"2026-03-02T07:55:13Z","sampleDuration":"60"})",
          invalidFormat},
         {R"({"mgdL":118,"trendString":"Flat","date":"2026-03-02T07:55:13Z","source":"medtronic"})",

@@ -85,7 +85,9 @@ TEST(ServiceEndpoints, addressesMustBeHttpsOrThisMachine)
                             "https://a\\nb",
                             "https://a\\\\b",
                             "https://ä",
-                            "http://[::1"})
+                            "http://[::1",
+                            "http://[::1%]:9",
+                            "https://a%20b"})
         EXPECT_FALSE(accepted(bad)) << bad;
     EXPECT_FALSE(accepted("https://a/" + std::string(2000, 'x')));
 }
