@@ -169,6 +169,7 @@ struct Receiver {
     HttpResponse response{};
     std::size_t headerBytes = 0;
     bool connected = false;
+    bool headComplete = false;
     bool tooLarge = false;
 };
 
@@ -207,12 +208,15 @@ std::size_t receiveHeader(char* data, std::size_t, std::size_t size, void* conte
         receiver.tooLarge = true;
         return refused;
     }
+    receiver.headComplete = receiver.headComplete || trimmed(line).empty();
     try {
-        if (line.starts_with("HTTP/"))
+        if (line.starts_with("HTTP/")) {
             receiver.response.headers.clear();  // What came before was an interim answer.
-        else if (const std::size_t colon = line.find(':'); colon != std::string_view::npos)
+            receiver.headComplete = false;
+        } else if (const std::size_t colon = line.find(':'); colon != std::string_view::npos) {
             receiver.response.headers.push_back({.name = std::string{trimmed(line.substr(0, colon))},
                                                  .value = std::string{trimmed(line.substr(colon + 1))}});
+        }
     } catch (const std::bad_alloc&) {
         return refused;
     }
@@ -476,6 +480,9 @@ Result CurlHttpClient::Transfers::attempt(const Connections& connections, const 
         return failure(HttpError::Kind::answerTooLarge);
     if (ended != CURLE_OK)
         return failure(kindOf(ended, easy));
+    // libcurl takes a connection that closes among the headers for an answer without a body.
+    if (!receiver.headComplete)
+        return failure(HttpError::Kind::connectionLost);
     long status = 0;
     curl_easy_getinfo(easy.get(), CURLINFO_RESPONSE_CODE, &status);
     receiver.response.status = static_cast<int>(status);

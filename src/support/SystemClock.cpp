@@ -35,6 +35,12 @@ int makeTimer(std::chrono::milliseconds delay)
 
 }  // namespace
 
+SystemClock::SystemClock(asio::io_context& reactor) : reactor_{reactor}
+{
+    // Opens what the reactor itself needs, so that later the fall-back below needs nothing more.
+    const asio::steady_timer opened{reactor};
+}
+
 Date SystemClock::now() const { return Date{std::chrono::system_clock::now().time_since_epoch()}; }
 
 asio::awaitable<void> SystemClock::sleepFor(std::chrono::milliseconds delay)

@@ -10,7 +10,7 @@ namespace tidewell {
 /// may sleep, each is resumed on its own.
 class SystemClock final : public Clock {
 public:
-    explicit SystemClock(asio::io_context& reactor) : reactor_{reactor} {}
+    explicit SystemClock(asio::io_context& reactor);
 
     [[nodiscard]] Date now() const override;
     [[nodiscard]] asio::awaitable<void> sleepFor(std::chrono::milliseconds delay) override;

@@ -1,0 +1,237 @@
+#include <sys/resource.h>
+
+#include <cmath>
+#include <csignal>
+#include <future>
+#include <latch>
+#include <semaphore>
+#include <thread>
+
+#include "support/Engine.h"
+#include "support/MainLoop.h"
+#include "support/SystemClock.h"
+#include "support/Task.h"
+#include "support/Workers.h"
+
+namespace tidewell {
+namespace {
+
+/// Sleeps and says how it ended and whether it was resumed on the thread where it began.
+asio::awaitable<std::string> sleepAndTell(Clock* clock, std::chrono::milliseconds delay)
+{
+    const auto thread = std::this_thread::get_id();
+    std::string ended = "slept";
+    try {
+        co_await clock->sleepFor(delay);
+    } catch (const boost::system::system_error&) {
+        ended = isCancellation(std::current_exception()) ? "cancelled" : "failed";
+    }
+    co_return ended + (thread == std::this_thread::get_id() ? "" : " on another thread");
+}
+
+class SystemClockTest : public testing::Test {
+protected:
+    /// The caller runs on this thread, the reactor on the engine's.
+    std::string sleep(std::chrono::milliseconds delay,
+                      const std::function<void(Task<std::string>&)>& meanwhile = {})
+    {
+        std::string result;
+        const auto tell = [](Task<std::string> task, std::string* into) -> asio::awaitable<void> {
+            *into = co_await task.wait();
+        };
+        io.restart();
+        Task<std::string> task = startTask(io.get_executor(), sleepAndTell(&clock, delay));
+        const auto teller = startTask(io.get_executor(), tell(task, &result));
+        if (meanwhile) {
+            io.poll();
+            meanwhile(task);
+        }
+        io.run();
+        return result;
+    }
+
+    SystemClockTest() { engine.start(); }
+    ~SystemClockTest() override { engine.stop(10s); }
+
+    Engine engine;
+    asio::io_context io;
+    SystemClock clock{engine.context()};
+};
+
+TEST_F(SystemClockTest, aSleepEndsIsCancelledOrIsCancelledAsItEnds)
+{
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_EQ(sleep(3ms), "slept");
+    EXPECT_GE(std::chrono::steady_clock::now() - before, 2900us);
+    const auto cancel = [](Task<std::string>& task) { task.cancel(); };
+    EXPECT_EQ(sleep(1h, cancel), "cancelled");
+    EXPECT_EQ(sleep(std::chrono::milliseconds::max(), cancel), "cancelled");
+    for (const auto delay : {0ms, -5ms, std::chrono::milliseconds::min()})
+        EXPECT_EQ(sleep(delay), "slept");
+
+    int ends = 0;
+    for (int round = 0; round < 50; ++round) {
+        const std::string ended = sleep(1ms, [round](Task<std::string>& task) {
+            std::this_thread::sleep_for(900us + round * 5us);
+            task.cancel();
+        });
+        ends += ended == "slept" ? 1 : 0;
+        ASSERT_TRUE(ended == "slept" || ended == "cancelled") << ended;
+    }
+    RecordProperty("endsOf50", ends);
+}
+
+TEST_F(SystemClockTest, sleepsEvenWithoutADescriptorToSpare)
+{
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const std::string ended = sleep(1ms);
+    const std::string cancelled = sleep(1h, [](Task<std::string>& task) { task.cancel(); });
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(ended, "slept");
+    EXPECT_EQ(cancelled, "cancelled");
+}
+
+TEST_F(SystemClockTest, nowIsTheWallClock)
+{
+    EXPECT_NEAR(unixSeconds(clock.now()), static_cast<double>(std::time(nullptr)), 2);
+}
+
+TEST(MainLoop, wakesTheEventLoopOncePerIdlePeriod)
+{
+    int wakes = 0;
+    MainLoop loop{[&] { ++wakes; }};
+    const asio::any_io_executor executor = loop.executor();
+    std::vector<int> order;
+    asio::post(executor, [&] {
+        order.push_back(1);
+        asio::post(executor, [&] { order.push_back(3); });
+        asio::dispatch(executor, [&] { order.push_back(2); });
+    });
+    asio::post(executor, [&] {});
+    EXPECT_EQ(wakes, 1);
+    EXPECT_TRUE(order.empty());
+    loop.runPending();
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(wakes, 1);
+    loop.runPending();
+    asio::post(executor, [] {});
+    EXPECT_EQ(wakes, 2);
+}
+
+TEST(MainLoop, workWithoutEndLeavesTheEventLoopItsTurn)
+{
+    int wakes = 0;
+    MainLoop loop{[&] { ++wakes; }};
+    int turns = 0;
+    const auto forever = [](int* count) -> asio::awaitable<void> {
+        for (;;) {
+            co_await asio::post(asio::use_awaitable);
+            ++*count;
+        }
+    };
+    Task<void> task = startTask(loop.executor(), forever(&turns));
+    loop.runPending();
+    EXPECT_GT(turns, 0);
+    EXPECT_EQ(wakes, 2);
+    task.cancel();
+    loop.runPending();
+    EXPECT_FALSE(task.running());
+}
+
+TEST(MainLoop, losesNoWorkFromOtherThreads)
+{
+    // As a desktop's loop does it: waits for the wake-up, then runs what is pending.
+    std::counting_semaphore<> woken{0};
+    MainLoop loop{[&] { woken.release(); }};
+    int done = 0;
+    constexpr int each = 5000;
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < 3; ++thread)
+        threads.emplace_back([&] {
+            for (int i = 0; i < each; ++i)
+                asio::post(loop.executor(), [&done] { ++done; });
+        });
+    while (done < 3 * each) {
+        ASSERT_TRUE(woken.try_acquire_for(10s)) << "a wake-up was lost";
+        loop.runPending();
+    }
+    EXPECT_EQ(done, 3 * each);
+}
+
+TEST(MainLoop, coroutinesComeBackToItFromTheClockAndTheWorkers)
+{
+    Engine engine;
+    engine.start();
+    SystemClock clock{engine.context()};
+    std::counting_semaphore<> woken{0};
+    MainLoop loop{[&] { woken.release(); }};
+    const auto journey = [](Engine* threads, SystemClock* time) -> asio::awaitable<void> {
+        const auto main = std::this_thread::get_id();
+        co_await time->sleepFor(1ms);
+        EXPECT_EQ(std::this_thread::get_id(), main);
+        const auto work = [main] { EXPECT_NE(std::this_thread::get_id(), main); };
+        co_await runOnWorker(threads->workers(), work);
+        EXPECT_EQ(std::this_thread::get_id(), main);
+    };
+    const Task<void> task = startTask(loop.executor(), journey(&engine, &clock));
+    while (task.running()) {
+        woken.acquire();
+        loop.runPending();
+    }
+    EXPECT_TRUE(engine.stop(10s));
+}
+
+TEST(Engine, runsWorkPostedBeforeTheStartAndStopsInTheMiddleOfMore)
+{
+    Engine engine;
+    std::promise<bool> ran;
+    asio::post(engine.executor(), [&] {
+        sigset_t blocked;
+        pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+        ran.set_value(sigismember(&blocked, SIGTERM) == 1 && sigismember(&blocked, SIGSEGV) == 0);
+    });
+    engine.start();
+    EXPECT_TRUE(ran.get_future().get());
+    const auto forever = []() -> asio::awaitable<void> {
+        for (;;)
+            co_await asio::post(asio::use_awaitable);
+    };
+    const Task<void> task = startTask(engine.executor(), forever());
+    EXPECT_TRUE(engine.stop(10s));
+    EXPECT_TRUE(engine.stop(10s));
+}
+
+TEST(Engine, aWorkerThatHangsDoesNotHoldUpTheEnd)
+{
+    const auto release = std::make_shared<std::latch>(1);
+    const auto begun = std::make_shared<std::latch>(1);
+    {
+        Engine engine;
+        engine.start();
+        const auto hanging = [](asio::any_io_executor workers, std::shared_ptr<std::latch> started,
+                                std::shared_ptr<std::latch> until) -> asio::awaitable<void> {
+            const auto work = [started, until] {
+                started->count_down();
+                until->wait();
+            };
+            co_await runOnWorker(workers, work);
+        };
+        const Task<void> task = startTask(engine.executor(), hanging(engine.workers(), begun, release));
+        begun->wait();
+        EXPECT_FALSE(engine.stop(1ms));
+        EXPECT_FALSE(engine.stop(10s));
+    }
+    release->count_down();
+}
+
+TEST(Engine, endsWithoutEverHavingStarted)
+{
+    Engine engine;
+    asio::post(engine.executor(), [] { ADD_FAILURE(); });
+}
+
+}  // namespace
+}  // namespace tidewell
