@@ -80,15 +80,20 @@ asio::awaitable<std::expected<T, GlucoseAPIError>> guarded(
     co_return std::unexpected{GlucoseAPIError{}};
 }
 
-/// Waits for a task, however it ends. A caller that is cancelled notices at its next wait.
+/// Waits for a task, however that ends. A caller that is itself cancelled leaves with operation_aborted.
 asio::awaitable<bool> endedWell(Task<void> task)
 {
+    bool well = false;
     try {
         co_await task.wait();
-        co_return true;
+        well = true;
     } catch (const std::exception&) {
-        co_return false;
+        // Cancelled with its run, or broken; the caller looks which.
     }
+    const asio::cancellation_state cancellation = co_await asio::this_coro::cancellation_state;
+    if (cancellation.cancelled() != asio::cancellation_type::none)
+        throw boost::system::system_error{asio::error::operation_aborted};
+    co_return well;
 }
 
 }  // namespace
@@ -312,13 +317,16 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             self->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.finishActivity(); });
     }
 
-    static asio::awaitable<Fetched> fetch(Self self, std::shared_ptr<GlucoseAPIProtocol> client)
+    /// Leaves with operation_aborted, and without a request, when the run has ended meanwhile.
+    static asio::awaitable<Fetched> fetch(Self self, Uuid run, std::shared_ptr<GlucoseAPIProtocol> client)
     {
         if (self->lastFetchAt) {
             const Seconds since = std::max(self->parts.clock.now() - *self->lastFetchAt, Seconds{0});
             if (since < fetchSpacing)
                 co_await self->parts.clock.sleepFor(std::chrono::ceil<Milliseconds>(fetchSpacing - since));
         }
+        if (!self->isCurrent(run))
+            throw boost::system::system_error{asio::error::operation_aborted};
         self->lastFetchAt = self->parts.clock.now();
         Fetched fetched = co_await guarded(client->fetchLatestReadings());
         self->lastFetchAt = self->parts.clock.now();
@@ -333,7 +341,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         bool signedInAgain = false;
         bool waitedForNetwork = false;
 
-        Fetched fetched = co_await fetch(self, client);
+        Fetched fetched = co_await fetch(self, run, client);
         while (self->isCurrent(run)) {
             if (fetched) {
                 self->finishWithReadings(run, std::move(*fetched));
@@ -348,7 +356,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                 waitedForNetwork = true;
                 if (co_await network.waitUntilReachable(noDataReachabilityTimeout)) {
                     co_await clock.sleepFor(reconnectSettleDelay);
-                    fetched = co_await fetch(self, client);
+                    fetched = co_await fetch(self, run, client);
                     continue;
                 }
                 if (!self->isCurrent(run))
@@ -388,9 +396,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                 continue;
             }
             co_await clock.sleepFor(postReauthenticationDelay);
-            if (!self->isCurrent(run))
-                co_return;
-            fetched = co_await fetch(self, client);
+            fetched = co_await fetch(self, run, client);
         }
     }
 
@@ -525,6 +531,8 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             if (!network.isReachable() || !self->pollsFailForTheNetwork(run))
                 continue;
             self->lastReconnectRefreshAt = clock.now();
+            // The backoff grew with the old network; should the new one need a moment, it begins anew.
+            self->pollingSchedule.consecutiveFailures = 0;
             co_await refresh(self, run, std::nullopt);
         }
     }
