@@ -160,9 +160,13 @@ std::expected<Value, JsonError> required(std::expected<std::optional<Value>, Jso
     return std::move(**read);
 }
 
-void appendIndented(std::string& text, const json::value& value, std::size_t depth)
+enum class Layout { compact, indented };
+
+void append(std::string& text, const json::value& value, Layout layout, std::size_t depth)
 {
-    const auto newLine = [&text](std::size_t level) {
+    const auto newLine = [&text, layout](std::size_t level) {
+        if (layout == Layout::compact)
+            return;
         text += '\n';
         text.append(2 * level, ' ');
     };
@@ -172,8 +176,8 @@ void appendIndented(std::string& text, const json::value& value, std::size_t dep
             text += std::exchange(before, ',');
             newLine(depth + 1);
             text += json::serialize(entry.key());
-            text += ": ";
-            appendIndented(text, entry.value(), depth + 1);
+            text += layout == Layout::compact ? ":" : ": ";
+            append(text, entry.value(), layout, depth + 1);
         }
         newLine(depth);
         text += '}';
@@ -182,7 +186,7 @@ void appendIndented(std::string& text, const json::value& value, std::size_t dep
         for (const json::value& element : *array) {
             text += std::exchange(before, ',');
             newLine(depth + 1);
-            appendIndented(text, element, depth + 1);
+            append(text, element, layout, depth + 1);
         }
         newLine(depth);
         text += ']';
@@ -294,8 +298,15 @@ std::optional<double> numberOf(const json::value& value)
 std::string prettyJson(const json::value& value)
 {
     std::string text;
-    appendIndented(text, value, 0);
+    append(text, value, Layout::indented, 0);
     text += '\n';
+    return text;
+}
+
+std::string compactJson(const json::value& value)
+{
+    std::string text;
+    append(text, value, Layout::compact, 0);
     return text;
 }
 
