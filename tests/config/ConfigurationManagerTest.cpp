@@ -199,6 +199,26 @@ TEST_F(ConfigurationManagerTest, savesRunInTheOrderOfTheirCallsEvenWhenNobodyWai
     expectStored(bob(), last);
 }
 
+TEST_F(ConfigurationManagerTest, aSaveBeginsOnlyWhenTheOneBeforeHasEnded)
+{
+    asio::io_context workers;
+    ConfigurationManager manager{
+        io.get_executor(), workers.get_executor(), {.document = file, .keychain = keychain}};
+    const auto first = manager.saveAccount(alice());
+    const auto second = manager.saveAccount(bob());
+    const auto third = manager.saveSettings(mmolSettings());
+    for (int save = 0; save < 3; ++save) {
+        io.restart();
+        io.poll();
+        workers.restart();
+        EXPECT_EQ(workers.poll(), 1U) << "one job at a time";
+    }
+    io.restart();
+    io.poll();
+    EXPECT_EQ(manager.settings(), mmolSettings());
+    expectStored(bob(), mmolSettings());
+}
+
 TEST_F(ConfigurationManagerTest, anotherProcessesChangeIsKeptAndAnnounced)
 {
     using enum ConfigurationChange;
