@@ -360,13 +360,16 @@ std::expected<Scenario, std::string> Scenario::named(std::string_view name)
     return scenario;
 }
 
+/// A client that aims half a minute past the next five-minute reading finds it there when the service is
+/// steady.
+///
 /// The story moves on with the client's reads. Its readings are just over five minutes old and 15 s apart: a
 /// client that aims half a minute past the next five-minute reading then asks every 10 to 25 s.
 const std::vector<Scenario::BuiltIn>& Scenario::builtIn()
 {
     static const std::vector<BuiltIn> all{
         {"steady", "a good sensor and a good service",
-         R"({"readings": {"drift": 0.5, "publicationDelay": 20, "publicationJitter": 40}})"},
+         R"({"readings": {"drift": 0.5, "publicationDelay": 12, "publicationJitter": 12}})"},
         {"story",
          "in about four minutes: expired, stale and new values, an outage, an ended session, a wrong "
          "password",
@@ -387,11 +390,13 @@ const std::vector<Scenario::BuiltIn>& Scenario::builtIn()
         {"expired", "no new readings; the newest expires after 10 seconds",
          R"({"readings": {"newestAge": 3590, "publishing": false}})"},
         {"no-readings", "sign-in works, and there is no reading", R"({"readings": {"empty": true}})"},
-        {"outage", "after the first value HTTP 500 pages, then silence, then broken connections",
-         R"({"steps": [
+        {"outage",
+         "after the first value HTTP 500 pages, then silence, then broken connections; the value grows stale",
+         R"({"readings": {"newestAge": 400, "publishing": false},
+             "steps": [
                {"afterReads": 1, "note": "HTTP 500 pages", "fault": {"kind": "html", "status": 500}},
-               {"afterSeconds": 60, "note": "No answers", "fault": {"kind": "hang"}},
-               {"afterSeconds": 120, "note": "Connections are reset", "fault": {"kind": "reset"}}]})"},
+               {"afterSeconds": 90, "note": "No answers", "fault": {"kind": "hang"}},
+               {"afterSeconds": 150, "note": "Connections are reset", "fault": {"kind": "reset"}}]})"},
         {"recovery", "down for the first minute, then good",
          R"({"note": "The service is down", "fault": {"kind": "html", "status": 503},
              "steps": [{"at": 60, "note": "The service is back", "fault": {"kind": "none"}}]})"},

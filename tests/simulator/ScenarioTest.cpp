@@ -143,9 +143,9 @@ TEST(Scenario, builtInOnesDoWhatTheirNamesSay)
     EXPECT_EQ(expiring.read(0), "age 60");
     EXPECT_EQ(expiring.read(1), "SessionNotValid");
     Client down{*Scenario::named("outage")};
-    EXPECT_EQ(down.read(0), "age 60");
-    EXPECT_EQ(down.read(59), "500");
-    EXPECT_EQ(down.read(61), "fault");
+    EXPECT_EQ(down.read(0), "age 400");
+    EXPECT_EQ(down.read(89), "500");
+    EXPECT_EQ(down.read(91), "fault");
 }
 
 TEST(Scenario, theStoryFollowsAClientThatPollsByItsReadings)
