@@ -64,7 +64,8 @@ asio::awaitable<void> AppDelegate::launch()
         if (const auto loaded = co_await services_.configurationManager.load(); !loaded)
             appLog.error("Configuration not loaded: " + loaded.error().message);
     }
-    services_.ensureStatusItem();
+    if (services_.ensureStatusItem)
+        services_.ensureStatusItem();
     if (!services_.defaults.boolean(onboardingCompletedKey)) {
         services_.pollingCoordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
         if (services_.feedbackPromptController)

@@ -63,7 +63,7 @@ public:
         StatusBarViewModel& statusBarViewModel;
         StatusBarPollingCoordinator& pollingCoordinator;
         MakeAPIClient makeAPIClient;             ///< Null for a provider that it cannot follow.
-        std::function<void()> ensureStatusItem;  ///< Sets the status item up; called once.
+        std::function<void()> ensureStatusItem;  ///< Sets the status item up, once; empty without one.
         WorkspaceObserving* workspace = nullptr;
         OnboardingCoordinating* onboardingCoordinator = nullptr;
         TermsAgreementCoordinating* termsAgreementCoordinator = nullptr;
