@@ -129,7 +129,7 @@ Refusal setGraphHours(AppSettings& settings, std::string_view key, std::string_v
     const auto hours = numberIn<std::int64_t>(value);
     if (!hours || !isOneOf(graphTimeWindowHourOptions, *hours))
         return fmt::format("{} takes {} or default", key, fmt::join(graphTimeWindowHourOptions, ", "));
-    settings.graphTimeWindowHours = *hours;
+    settings.graphTimeWindowHours = hours;
     return std::nullopt;
 }
 

@@ -1,5 +1,7 @@
 #include "config/ConfigurationManager.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -31,8 +33,10 @@ struct ConfigurationManager::Impl {
         if (previous) {
             try {
                 co_await previous.wait();
-            } catch (const std::exception&) {
-                // Those who asked for it hear of it; it left nothing half done.
+            } catch (const std::exception& fault) {
+                // Those who asked for it hear of it too; it left nothing half done.
+                Log{"ConfigurationManager"}.error(
+                    fmt::format("A load or save was abandoned: {}", fault.what()));
             }
             previous = {};
         }

@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::int64_t formatVersion = 1;
 /// A few passwords and keys take a few kilobytes.
-constexpr std::size_t longestFile = 1024 * 1024;
+constexpr std::size_t longestFile = 1 << 20;
 
 std::string errorText(int code) { return std::generic_category().message(code); }
 
@@ -62,7 +62,7 @@ std::string_view objection(const struct stat& status)
 std::expected<std::string, int> readAll(int descriptor)
 {
     std::string content;
-    std::array<char, 16 * 1024> block{};
+    std::array<char, 16384> block{};
     for (;;) {
         const auto count = ::read(descriptor, block.data(), block.size());
         if (count < 0 && errno == EINTR)

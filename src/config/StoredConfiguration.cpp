@@ -17,7 +17,7 @@ using Places = ConfigurationManager::Places;
 
 constexpr std::string_view keychainService = "Tidewell.account";
 /// A document takes about one kilobyte.
-constexpr std::size_t longestDocument = 1024 * 1024;
+constexpr std::size_t longestDocument = 1 << 20;
 
 std::string keychainAccount(const Account& account)
 {

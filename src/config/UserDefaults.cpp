@@ -10,7 +10,7 @@ namespace tidewell {
 
 namespace {
 
-constexpr std::size_t longestFile = 1024 * 1024;
+constexpr std::size_t longestFile = 1 << 20;
 
 /// Takes `key` over from one object to the other, its absence included.
 void takeOver(json::object& to, const json::object& from, const std::string& key)
