@@ -83,15 +83,21 @@ TEST_F(SystemClockTest, aSleepEndsIsCancelledOrIsCancelledAsItEnds)
 
 TEST_F(SystemClockTest, sleepsEvenWithoutADescriptorToSpare)
 {
+#if __has_feature(address_sanitizer)
+    GTEST_SKIP() << "The sanitizer itself needs descriptors.";
+#endif
+    const auto sleepTwice = [this] {
+        return sleep(1ms) + ", " + sleep(1h, [](Task<std::string>& task) { task.cancel(); });
+    };
+    const std::string with = sleepTwice();
     rlimit before{};
     getrlimit(RLIMIT_NOFILE, &before);
     const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none);
-    const std::string ended = sleep(1ms);
-    const std::string cancelled = sleep(1h, [](Task<std::string>& task) { task.cancel(); });
+    const std::string without = sleepTwice();
     setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(ended, "slept");
-    EXPECT_EQ(cancelled, "cancelled");
+    EXPECT_EQ(with, "slept, cancelled");
+    EXPECT_EQ(without, with);
 }
 
 TEST_F(SystemClockTest, nowIsTheWallClock)
