@@ -42,7 +42,7 @@ constexpr Seconds accountActionPause{1800};
 constexpr Milliseconds fetchSpacing = 1s;
 /// Between two refreshes because the network returned; a path that comes and goes must not make a storm.
 constexpr Seconds reconnectSpacing{10};
-/// While polls fail although the path is said to be there: how often to look whether it went.
+/// While polls fail although the path is said to be there: how often to look whether it went and came back.
 constexpr Milliseconds pathCheckInterval = 20s;
 constexpr Seconds pathWait{3600};
 
@@ -227,10 +227,11 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                 co_return;
             if (!slept)
                 continue;
+            // Whatever comes of the poll: the age that is shown in words goes on, for an expired reading too.
+            self->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.refreshFreshness(); });
             const Seconds jump = self->parts.clock.now() - before - delay;
             if (std::abs(jump.count()) > clockJump.count()) {
                 self->followClock(jump);
-                self->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.refreshFreshness(); });
                 co_await wakeRefresh(self, run);
             } else {
                 co_await refresh(self, run, std::nullopt);
@@ -514,13 +515,15 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     {
         NetworkMonitor& network = self->parts.networkMonitor;
         Clock& clock = self->parts.clock;
+        std::uint64_t seen = network.timesReachable();
         while (self->pollsFailForTheNetwork(run)) {
-            if (network.isReachable()) {
+            if (network.isReachable() && network.timesReachable() == seen) {
                 co_await clock.sleepFor(pathCheckInterval);
                 continue;
             }
             if (!co_await network.waitUntilReachable(pathWait))
                 continue;
+            seen = network.timesReachable();
             if (self->lastReconnectRefreshAt) {
                 const Seconds since = clock.now() - *self->lastReconnectRefreshAt;
                 if (since < reconnectSpacing)

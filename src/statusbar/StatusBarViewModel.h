@@ -48,7 +48,10 @@ struct StatusBarState {
     std::optional<Date> nextRetryAt{};
     std::optional<GlucoseReading> presentedReading{};
     std::optional<ReadingFreshness> freshness{};  ///< Of the presented reading, at the last presentation.
-    std::string accessibilityValue{};             ///< The spoken text of the status button.
+    /// Of the presented reading, in whole minutes at the last look, which is at most two minutes ago until
+    /// the reading expires. Its change lets whoever shows an age show it anew.
+    std::optional<std::int64_t> ageMinutes{};
+    std::string accessibilityValue{};  ///< The spoken text of the status button.
     bool operator==(const StatusBarState&) const = default;
 };
 
