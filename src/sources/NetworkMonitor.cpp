@@ -33,6 +33,7 @@ struct NetworkMonitor::State {
 
     mutable std::mutex lock{};
     bool isReachable = false;                           ///< Under lock.
+    std::uint64_t timesReachable = 0;                   ///< Under lock.
     std::map<Uuid, std::shared_ptr<Waiter>> waiters{};  ///< Under lock. Whoever removes one resumes it.
 
     void update(bool satisfied)
@@ -40,6 +41,8 @@ struct NetworkMonitor::State {
         std::map<Uuid, std::shared_ptr<Waiter>> resumed;
         {
             const std::lock_guard guard{lock};
+            if (satisfied && !isReachable)
+                ++timesReachable;
             isReachable = satisfied;
             if (satisfied)
                 resumed.swap(waiters);
@@ -109,6 +112,12 @@ bool NetworkMonitor::isReachable() const
 {
     const std::lock_guard guard{state_->lock};
     return state_->isReachable;
+}
+
+std::uint64_t NetworkMonitor::timesReachable() const
+{
+    const std::lock_guard guard{state_->lock};
+    return state_->timesReachable;
 }
 
 asio::awaitable<bool> NetworkMonitor::waitUntilReachable(Seconds timeout)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -29,6 +30,8 @@ public:
 
     /// False until the first report.
     [[nodiscard]] bool isReachable() const;
+    /// How often the network has become reachable. Whoever looks only now and then misses no return of it.
+    [[nodiscard]] std::uint64_t timesReachable() const;
     /// True as soon as the network is reachable; false when `timeout` passes first.
     [[nodiscard]] asio::awaitable<bool> waitUntilReachable(Seconds timeout);
 
