@@ -1,0 +1,665 @@
+#include "polling/StatusBarPollingCoordinator.h"
+
+#include <gtest/gtest.h>
+
+#include "polling/PollingFixture.h"
+#include "support/Log.h"
+#include "support/TimeText.h"
+#include "testing/Running.h"
+
+namespace tidewell {
+namespace {
+
+struct StatusBarPollingCoordinatorTest : testing::Test, PollingFixture {
+    void TearDown() override
+    {
+        coordinator.reset();
+        clock.runReady();
+    }
+
+    /// A manual refresh, and whether it has ended.
+    struct Refresh {
+        std::shared_ptr<bool> ended = std::make_shared<bool>(false);
+    };
+    Refresh refresh()
+    {
+        Refresh refresh;
+        asio::co_spawn(io, coordinator->refreshNow(), [ended = refresh.ended](std::exception_ptr error) {
+            EXPECT_FALSE(error);
+            *ended = true;
+        });
+        clock.runReady();
+        return refresh;
+    }
+
+    void expectWithin(Seconds value, double low, double high, const char* what)
+    {
+        EXPECT_GE(value.count(), low) << what;
+        EXPECT_LE(value.count(), high) << what;
+    }
+};
+
+TEST_F(StatusBarPollingCoordinatorTest, pollsAfterFiveSecondsAndThenBehindEachReading)
+{
+    std::vector<std::string> lines;
+    const LogSink earlier = setLogSink([&](LogLevel, std::string_view category, std::string_view line) {
+        if (category == "StatusBarPollingCoordinator" && line.contains("[Scheduler]"))
+            lines.emplace_back(line);
+    });
+    defaults.set(alertsSnoozedUntilKey, start + Seconds{600});
+    run();
+    clock.runReady();
+    EXPECT_EQ(state().activity, StatusBarActivity::loading);
+    EXPECT_EQ(state().alertsSnoozedUntil, start + Seconds{600});
+    clock.advance(Seconds{4.999});
+    EXPECT_TRUE(service->fetches.empty());
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(service->fetches.size(), 1U);
+    EXPECT_FALSE(state().activity);
+    EXPECT_EQ(state().statusTitle, "120 →");
+    EXPECT_EQ(state().glucoseHistory.size(), 2U);
+    EXPECT_LT(state().glucoseHistory[0].date, state().glucoseHistory[1].date);
+
+    const Date newest = state().presentedReading->date;
+    EXPECT_EQ(untilNextFetch(), newest + Seconds{330} - (start + Seconds{5}));
+    EXPECT_EQ(state().presentedReading->date, newest + Seconds{300});
+    EXPECT_EQ(state().glucoseHistory.size(), 3U);
+
+    setLogSink(earlier);
+    const std::string prefix = "⏱️ [Scheduler] ";
+    const auto delay =
+        std::chrono::round<std::chrono::milliseconds>(newest + Seconds{330} - start - Seconds{5});
+    ASSERT_GE(lines.size(), 3U);
+    EXPECT_EQ(lines[0], prefix + isoText(start) + ": no target; using adaptive backoff = 5000ms");
+    EXPECT_EQ(lines[1], prefix + "nowUTC=" + isoText(start + Seconds{5}) +
+                            " lastReadingUTC=" + isoText(newest) +
+                            " lastReadingLocal=" + localMediumText(newest, TimeZone::current()) +
+                            " nextPollUTC=" + isoText(newest + Seconds{330}));
+    EXPECT_EQ(lines[2], prefix + isoText(start + Seconds{5}) + ": nextPoll scheduled in " +
+                            std::to_string(delay.count()) + "ms");
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, chasesAReadingThatIsLateAndKeepsTheOldOneAgeing)
+{
+    runToFirstReading();
+    const Fetched frozen = readings();
+    const Date newest = frozen->front().date;
+    service->onFetch = [frozen] { return frozen; };
+    untilNextFetch();
+    expectWithin(untilNextFetch(), 60, 90, "fresh reading");
+    expectWithin(untilNextFetch(), 60, 90, "fresh reading");
+    EXPECT_EQ(state().statusTitle, "120 →");
+    clock.advance(newest + Seconds{900.01} - clock.now());
+    EXPECT_EQ(state().statusTitle, "120 ?");
+
+    // A service that goes back in time does not take the newer reading away.
+    service->onFetch = [newest] { return std::vector{reading(newest - Seconds{3600}, 300)}; };
+    untilNextFetch();
+    EXPECT_EQ(state().presentedReading->date, newest);
+    EXPECT_EQ(state().statusTitle, "120 ?");
+    EXPECT_EQ(state().glucoseHistory.front().mgdL, 300);
+    EXPECT_EQ(errorTitle(), "");
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, refreshesThatMeetShareOneFetchAndOneResult)
+{
+    runToFirstReading();
+    clock.advance(Seconds{60});
+    service->duration = Seconds{3};
+    const Refresh first = refresh();
+    EXPECT_EQ(state().activity, StatusBarActivity::refreshing);
+    clock.advance(Seconds{1});
+    const Refresh second = refresh();
+    coordinator->refreshAfterWake();
+    clock.advance(Seconds{1.999});
+    EXPECT_FALSE(*first.ended);
+    clock.advance(Seconds{0.001});
+    EXPECT_TRUE(*first.ended);
+    EXPECT_TRUE(*second.ended);
+    EXPECT_EQ(service->fetches.size(), 2U);
+    EXPECT_FALSE(state().activity);
+
+    // Nobody gets a data request within a second of the last one, however often they ask.
+    service->duration = Seconds{0};
+    const Refresh third = refresh();
+    EXPECT_EQ(service->fetches.size(), 2U);
+    clock.advance(Seconds{1});
+    EXPECT_TRUE(*third.ended);
+    EXPECT_EQ(service->fetches.size(), 3U);
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, callerThatGivesUpLeavesTheRefreshToTheOthers)
+{
+    runToFirstReading();
+    clock.advance(Seconds{60});
+    service->duration = Seconds{3};
+    const auto call = [this]() -> asio::awaitable<int> {
+        co_await coordinator->refreshNow();
+        co_return 1;
+    };
+    Running<int> impatient{io.get_executor(), call()};
+    const Refresh patient = refresh();
+    clock.advance(Seconds{1});
+    impatient.cancel();
+    clock.runReady();
+    EXPECT_TRUE(impatient.cancelled());
+    clock.advance(Seconds{2});
+    EXPECT_TRUE(*patient.ended);
+    EXPECT_EQ(service->fetches.size(), 2U);
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, manualRefreshPlansTheNextPollAnew)
+{
+    runToFirstReading();
+    const Date planned = state().presentedReading->date + Seconds{330};
+    clock.advance(planned - clock.now() - Seconds{25});
+    refresh();
+    ASSERT_EQ(service->fetches.size(), 2U);
+    untilNextFetch();
+    EXPECT_EQ(service->fetches.back(), planned + Seconds{300});
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, everyFailureShowsItsTextAtOnceNeverSpinsAndRecovers)
+{
+    using enum GlucoseAPIError::Kind;
+    const std::vector<std::pair<Kind, std::string>> kinds{
+        {transport, "Unable to connect"},
+        {credentialsRefused, "Authentication failed"},
+        {accountLocked, "Account locked"},
+        {sessionExpired, "Authentication required"},
+        {rateLimited, "Dexcom Share busy"},
+        {accountActionRequired, "Dexcom Share needs attention"},
+        {noReadings, "No data available"},
+        {serverTrouble, "An unexpected error occurred: Text"},
+        {other, "An unexpected error occurred: Text"},
+    };
+    for (const auto& [kind, title] : kinds) {
+        SCOPED_TRACE(title);
+        PollingFixture day;
+        day.failWith(kind);
+        day.service->onSignIn = [kind]() -> ScriptedGlucoseAPI::SignedIn {
+            if (kind == credentialsRefused)
+                return std::unexpected{GlucoseAPIError{.kind = kind}};
+            return {};
+        };
+        std::vector<StatusBarState> seen;
+        const auto token = day.viewModel.observe([&](const StatusBarState& state) { seen.push_back(state); });
+        day.run();
+        day.clock.advance(Seconds{7});
+        EXPECT_EQ(day.errorTitle(), title);
+        EXPECT_EQ(day.state().iconState, StatusBarIconState::attention);
+        EXPECT_FALSE(day.state().activity);
+
+        const bool personIsAsked = day.state().currentError->needsSignIn;
+        EXPECT_EQ(day.state().nextRetryAt.has_value(), !personIsAsked);
+        if (personIsAsked) {
+            EXPECT_LE(day.service->fetches.size() + day.service->signIns.size(), 2U);
+            const std::size_t before = day.service->fetches.size();
+            day.clock.advance(Seconds{86'400});
+            EXPECT_EQ(day.service->fetches.size(), before)
+                << "no request until the person has done something";
+            EXPECT_LE(day.service->signIns.size(), 1U);
+            day.service->onFetch = [&day] { return day.readings(); };
+            day.coordinator->reconnect();
+            day.clock.runReady();
+        } else {
+            const Date retry = *day.state().nextRetryAt;
+            day.untilNextFetch();
+            EXPECT_NEAR(unixSeconds(day.service->fetches.back()), unixSeconds(retry), 0.002);
+            seen.clear();
+            day.clock.advance(Seconds{86'400});
+            EXPECT_GE(day.service->fetches.size(), 20U);
+            EXPECT_LE(day.service->fetches.size(), 1500U);
+            for (const StatusBarState& state : seen) {
+                EXPECT_TRUE(state.currentError || state.activity == StatusBarActivity::authenticating)
+                    << "an unseen poll made the problem flicker";
+            }
+            day.service->onFetch = [&day] { return day.readings(); };
+            day.untilNextFetch();
+        }
+        EXPECT_EQ(day.errorTitle(), "");
+        EXPECT_EQ(day.state().statusTitle, "120 →");
+        EXPECT_FALSE(day.state().nextRetryAt);
+        EXPECT_GE(day.shortestSpacing().count(), 1.0);
+        day.coordinator.reset();
+        day.clock.runReady();
+    }
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, refusedCredentialsGetTwoSignInsInAllAlsoOverSeveralPolls)
+{
+    // The first poll's second sign-in is lost on the way: the next poll's own is then the second one.
+    failWith(Kind::credentialsRefused);
+    service->onSignIn = [] {
+        return ScriptedGlucoseAPI::SignedIn{std::unexpect, GlucoseAPIError{.kind = Kind::transport}};
+    };
+    run();
+    clock.advance(Seconds{6});
+    EXPECT_EQ(errorTitle(), "Unable to connect");
+    EXPECT_EQ(service->signIns.size(), 1U);
+    untilNextFetch();
+    EXPECT_EQ(errorTitle(), "Authentication failed");
+    EXPECT_EQ(service->fetches.size(), 2U);
+    EXPECT_EQ(service->signIns.size(), 1U);
+
+    // Nobody gets through now: not the menu, not a wake, not the network.
+    EXPECT_TRUE(*refresh().ended);
+    coordinator->refreshAfterWake();
+    path.report(false);
+    path.report(true);
+    clock.advance(Seconds{86'400});
+    EXPECT_EQ(service->fetches.size(), 2U);
+    EXPECT_EQ(errorTitle(), "Authentication failed");
+
+    coordinator->resetForNewConfiguration(service, GlucoseProvider::dexcom);
+    clock.runReady();
+    EXPECT_EQ(errorTitle(), "");
+    EXPECT_EQ(state().activity, StatusBarActivity::loading);
+    service->onFetch = [this] { return readings(); };
+    clock.advance(Seconds{5});
+    EXPECT_EQ(state().statusTitle, "120 →");
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEnd)
+{
+    runToFirstReading();
+    service->onFetch = [] {
+        return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{700}}};
+    };
+    untilNextFetch();
+    const Date until = clock.now() + Seconds{700};
+    EXPECT_EQ(state().nextRetryAt, until);
+    EXPECT_TRUE(*refresh().ended);
+    EXPECT_FALSE(state().activity);
+    coordinator->refreshAfterWake();
+    clock.advance(Seconds{699.999});
+    EXPECT_EQ(service->fetches.size(), 2U);
+    service->onFetch = [this] { return readings(); };
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(service->fetches.size(), 3U);
+    EXPECT_EQ(errorTitle(), "");
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, expiredSessionIsRenewedOnceWithItsTwoWaits)
+{
+    runToFirstReading();
+    failWith(Kind::sessionExpired);
+    service->onSignIn = [this] {
+        service->onFetch = [this] { return readings(); };
+        return ScriptedGlucoseAPI::SignedIn{};
+    };
+    service->duration = Seconds{2};
+    path.report(false);
+    untilNextFetch();
+    const Date failed = clock.now() + Seconds{2};
+    clock.advance(Seconds{2});
+    EXPECT_EQ(state().activity, StatusBarActivity::authenticating);
+    EXPECT_TRUE(service->signIns.empty());
+    clock.advance(Seconds{4});
+    path.report(true);
+    clock.runReady();
+    ASSERT_EQ(service->signIns.size(), 1U);
+    EXPECT_EQ(service->signIns[0], failed + Seconds{4});
+    clock.advance(Seconds{2.249});
+    EXPECT_EQ(service->fetches.size(), 2U);
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(service->fetches.size(), 3U);
+    clock.advance(Seconds{2});
+    EXPECT_EQ(errorTitle(), "");
+    EXPECT_FALSE(state().activity);
+    EXPECT_EQ(state().statusTitle, "120 →");
+
+    // Without a network it tries all the same, after the time-out.
+    failWith(Kind::sessionExpired);
+    path.report(false);
+    untilNextFetch();
+    clock.advance(Seconds{2 + 9.999});
+    EXPECT_EQ(service->signIns.size(), 1U);
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(service->signIns.size(), 2U);
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, noDataIsToldAtOnceWithoutAReadingAndAtTheThirdTimeWithOne)
+{
+    failWith(Kind::noReadings);
+    run();
+    clock.advance(Seconds{5});
+    EXPECT_EQ(errorTitle(), "No data available");
+    expectWithin(untilNextFetch(), 720, 1080, "as for an expired reading");
+
+    service->onFetch = [this] { return readings(); };
+    untilNextFetch();
+    EXPECT_EQ(errorTitle(), "");
+    failWith(Kind::noReadings);
+    untilNextFetch();
+    untilNextFetch();
+    EXPECT_EQ(errorTitle(), "");
+    untilNextFetch();
+    EXPECT_EQ(errorTitle(), "No new data");
+    service->onFetch = [] { return Fetched{std::vector<GlucoseReading>{}}; };
+    untilNextFetch();
+    EXPECT_EQ(errorTitle(), "No new data") << "an empty list is no data either";
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, pollThatFoundNothingWaitsForTheNetworkAndTriesOnceMore)
+{
+    path.report(false);
+    failWith(Kind::transport);
+    run();
+    clock.advance(Seconds{5});
+    EXPECT_EQ(service->fetches.size(), 1U);
+    clock.advance(Seconds{4.999});
+    EXPECT_EQ(errorTitle(), "");
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(errorTitle(), "No internet connection available.");
+    EXPECT_EQ(service->fetches.size(), 1U);
+
+    untilNextFetch();
+    clock.advance(Seconds{3});
+    service->onFetch = [this] { return readings(); };
+    path.report(true);
+    clock.advance(Seconds{0.399});
+    EXPECT_EQ(service->fetches.size(), 2U);
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(service->fetches.size(), 3U);
+    EXPECT_EQ(state().statusTitle, "120 →");
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, networkThatReturnsEndsALongBackoffAndOneThatFlapsMakesNoStorm)
+{
+    runToFirstReading();
+    failWith(Kind::transport);
+    path.report(false);
+    for (int failures = 0; failures < 7; ++failures)
+        untilNextFetch();
+    clock.advance(Seconds{60});
+    const std::size_t before = service->fetches.size();
+    path.report(true);
+    clock.advance(Seconds{0.399});
+    EXPECT_EQ(service->fetches.size(), before);
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(service->fetches.size(), before + 1);
+
+    for (int flap = 0; flap < 600; ++flap) {
+        path.report(flap % 2 == 1);
+        clock.advance(Seconds{0.5});
+    }
+    EXPECT_LE(service->fetches.size(), before + 32);
+    // A return that comes too early for the next try counts all the same.
+    path.report(true);
+    service->onFetch = [this] { return readings(); };
+    clock.advance(Seconds{45});
+    EXPECT_EQ(errorTitle(), "");
+    EXPECT_EQ(state().statusTitle, "120 →");
+
+    // The path went and came while polls failed although it was said to be there.
+    failWith(Kind::transport);
+    for (int failures = 0; failures < 6; ++failures)
+        untilNextFetch();
+    path.report(false);
+    clock.advance(Seconds{25});
+    service->onFetch = [this] { return readings(); };
+    path.report(true);
+    clock.advance(Seconds{11});
+    EXPECT_EQ(errorTitle(), "");
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, wakesRefreshAfterTheSettleDelayAndAreDebounced)
+{
+    coordinator->refreshAfterWake();
+    clock.advance(Seconds{60});
+    EXPECT_TRUE(service->fetches.empty()) << "a wake does not start polling";
+
+    runToFirstReading();
+    clock.advance(Seconds{60});
+    coordinator->refreshAfterWake();
+    clock.advance(Seconds{0.799});
+    EXPECT_EQ(service->fetches.size(), 1U);
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(service->fetches.size(), 2U);
+    EXPECT_FALSE(state().activity);
+    clock.advance(Seconds{2.2});
+    coordinator->refreshAfterWake();  // 3 s after the first.
+    clock.advance(Seconds{6});
+    EXPECT_EQ(service->fetches.size(), 2U);
+    clock.advance(Seconds{2});
+    coordinator->refreshAfterWake();  // 11 s after it.
+    clock.advance(Seconds{1});
+    EXPECT_EQ(service->fetches.size(), 3U);
+
+    clock.advance(Seconds{30});
+    path.report(false);
+    coordinator->refreshAfterWake();
+    clock.advance(Seconds{4});
+    path.report(true);
+    clock.advance(Seconds{0.4});
+    EXPECT_EQ(service->fetches.size(), 4U);
+    clock.advance(Seconds{30});
+    path.report(false);
+    coordinator->refreshAfterWake();
+    clock.advance(Seconds{9.999});
+    EXPECT_EQ(service->fetches.size(), 4U);
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(service->fetches.size(), 5U) << "the path is a hint: without it the wake tries all the same";
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, nightAsleepAgesTheValueAtOnceAndCountsAsAWake)
+{
+    runToFirstReading();
+    clock.advance(Seconds{100});
+    clock.suspend(Seconds{8 * 3600.0});
+    EXPECT_EQ(state().statusTitle, "-- ?");
+    EXPECT_EQ(service->fetches.size(), 1U);
+    coordinator->refreshAfterWake();  // The desktop tells it too, a little later.
+    clock.advance(Seconds{0.8});
+    EXPECT_EQ(service->fetches.size(), 2U);
+    EXPECT_EQ(state().statusTitle, "120 →");
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, wallClockThatIsSetDoesNotHoldUpPolling)
+{
+    for (const double hours : {-26.0, -3.0, 5.0}) {
+        SCOPED_TRACE(hours);
+        runToFirstReading();
+        clock.advance(Seconds{100});
+        clock.setWallClock(clock.now() + Seconds{hours * 3600});
+        coordinator->stop();
+        coordinator->start(service, GlucoseProvider::dexcom);
+        service->fetches.clear();
+        EXPECT_LE(untilNextFetch().count(), 640);
+        EXPECT_LE(untilNextFetch().count(), 640);
+        coordinator->resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
+        service->fetches.clear();
+        clock.advance(Seconds{2});
+    }
+
+    // And while it sleeps before the next poll; then also with a moment that the service named.
+    runToFirstReading();
+    clock.advance(Seconds{100});
+    clock.setWallClock(clock.now() - Seconds{3 * 3600.0});
+    EXPECT_LE(untilNextFetch().count(), 240);
+    EXPECT_LE(untilNextFetch().count(), 640);
+    service->onFetch = [] {
+        return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{600}}};
+    };
+    untilNextFetch();
+    clock.advance(Seconds{100});
+    clock.setWallClock(clock.now() - Seconds{3 * 3600.0});
+    EXPECT_LE(untilNextFetch().count(), 1200);
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, readingsOfTheFutureAreNotTakenForNewOnes)
+{
+    runToFirstReading();
+    const Date newest = state().presentedReading->date;
+    service->onFetch = [this] {  // Our clock is two hours behind: what seems new is two hours old.
+        std::vector<GlucoseReading> day;
+        for (int slot = 0; slot < 36; ++slot)
+            day.push_back(reading(clock.now() + Seconds{7200 - 300.0 * slot}, 200));
+        return day;
+    };
+    untilNextFetch();
+    EXPECT_EQ(errorTitle(), "Clock is wrong");
+    EXPECT_EQ(state().presentedReading->date, newest);
+    clock.advance(newest + Seconds{900.01} - clock.now());
+    EXPECT_EQ(state().statusTitle, "120 ?");
+
+    service->onFetch = [this] { return std::vector{reading(clock.now() + Seconds{300}, 200)}; };
+    untilNextFetch();
+    EXPECT_EQ(errorTitle(), "");
+    EXPECT_EQ(state().statusTitle, "200 →");
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, anotherAccountSeesNothingOfTheFirst)
+{
+    runToFirstReading();
+    clock.advance(Seconds{60});
+    service->duration = Seconds{3};
+    refresh();
+    auto other = std::make_shared<ScriptedGlucoseAPI>(coordinatorClock);
+    other->onFetch = [this] { return std::vector{reading(clock.now(), 200)}; };
+    defaults.set(alertsSnoozedUntilKey, start + Seconds{5000});
+    coordinator->resetForNewConfiguration(other, GlucoseProvider::libreLinkUp);
+    clock.runReady();
+    EXPECT_EQ(state().statusTitle, "");
+    EXPECT_TRUE(state().glucoseHistory.empty());
+    EXPECT_EQ(state().activity, StatusBarActivity::loading);
+    EXPECT_EQ(state().alertsSnoozedUntil, start + Seconds{5000});
+    clock.advance(Seconds{4.999});
+    EXPECT_EQ(state().statusTitle, "") << "the first account's answer came after the change";
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(state().statusTitle, "200 →");
+    EXPECT_EQ(state().glucoseHistory.size(), 1U);
+
+    coordinator->resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
+    clock.advance(Seconds{86'400});
+    EXPECT_EQ(errorTitle(), "Sign in required");
+    EXPECT_TRUE(state().currentError->needsSignIn);
+    EXPECT_EQ(state().iconState, StatusBarIconState::attention);
+    EXPECT_FALSE(state().activity);
+    EXPECT_EQ(other->fetches.size(), 1U);
+    EXPECT_TRUE(*refresh().ended);
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, serviceThatThrowsIsAFailureLikeAnyOther)
+{
+    service->onFetch = []() -> Fetched { throw std::runtime_error{"broken"}; };
+    run();
+    clock.advance(Seconds{5});
+    EXPECT_EQ(errorTitle(), "An unexpected error occurred.");
+    expectWithin(untilNextFetch(), 24, 36, "the usual backoff");
+}
+
+/// One run through every wait that there is: settle, reachability, spacing, re-sign-in, backoff, wake.
+struct Journey : PollingFixture {
+    std::optional<Date> stopped{};
+
+    Journey()
+    {
+        service->duration = Seconds{0.3};
+        service->onFetch = [this]() -> Fetched {
+            switch (service->fetches.size()) {
+            case 1: return failure(Kind::transport);
+            case 2: return failure(Kind::sessionExpired);
+            case 4: return failure(Kind::transport);
+            case 6: return failure(Kind::noReadings);
+            default: return readings();
+            }
+        };
+        coordinatorClock.interrupt = [this] {
+            if (!stopped)
+                coordinator->stop();
+            stopped = clock.now();
+        };
+    }
+
+    void travel()
+    {
+        run();
+        at(5.1, [this] { path.report(false); });
+        at(7, [this] { path.report(true); });
+        at(8.6, [this] { path.report(false); });
+        at(12, [this] { path.report(true); });
+        at(400, [this] { path.report(false); });
+        at(420, [this] { path.report(true); });
+        at(500, [this] { coordinator->refreshAfterWake(); });
+        at(600, [this] { path.report(false); });
+        at(601, [this] { coordinator->refreshAfterWake(); });
+        clock.advance(Seconds{1500});
+    }
+
+private:
+    template <class Action>
+    void at(double seconds, Action action)
+    {
+        const auto wait = [](FakeClock& clock, double delay, Action then) -> asio::awaitable<void> {
+            co_await clock.sleepFor(std::chrono::milliseconds{std::llround(delay * 1000)});
+            then();
+        };
+        asio::co_spawn(io, wait(clock, seconds, action), asio::detached);
+    }
+};
+
+TEST(StatusBarPollingCoordinatorStop, endsEveryWaitInItsMiddleAndAtItsEnd)
+{
+    int sleeps = 0;
+    {
+        Journey whole;
+        whole.travel();
+        sleeps = whole.coordinatorClock.sleeps;
+        ASSERT_GE(whole.service->fetches.size(), 8U);
+        ASSERT_EQ(whole.service->signIns.size(), 1U);
+        ASSERT_EQ(whole.state().statusTitle, "120 →");
+    }
+    int cuts = 0;
+    for (int index = 0; index < sleeps; ++index) {
+        for (const bool atEnd : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "sleep " << index << (atEnd ? ", at its end" : ", inside"));
+            Journey cut;
+            (atEnd ? cut.coordinatorClock.atEndOf : cut.coordinatorClock.inside) = index;
+            std::size_t requests = 0;
+            StatusBarState shown;
+            const auto interrupt = cut.coordinatorClock.interrupt;
+            cut.coordinatorClock.interrupt = [&] {
+                interrupt();
+                requests = cut.service->fetches.size() + cut.service->signIns.size();
+                shown = cut.state();
+            };
+            cut.travel();
+            if (!cut.stopped)  // This sleep was cut short by what it waited for.
+                continue;
+            ++cuts;
+            EXPECT_EQ(cut.service->fetches.size() + cut.service->signIns.size(), requests);
+            EXPECT_EQ(cut.state().currentError, shown.currentError);
+            EXPECT_EQ(cut.state().nextRetryAt, shown.nextRetryAt);
+            EXPECT_EQ(cut.state().glucoseHistory, shown.glucoseHistory);
+            EXPECT_FALSE(cut.state().activity);
+            cut.clock.advance(Seconds{7200});
+            EXPECT_EQ(cut.clock.sleepers(), 0U) << "a task was left behind";
+        }
+    }
+    EXPECT_GE(cuts, 40);
+}
+
+TEST(StatusBarPollingCoordinatorStop, dropsTheResultThatComesTogetherWithIt)
+{
+    for (const bool destroy : {false, true}) {
+        PollingFixture late;
+        late.service->onFetch = [&] {
+            if (destroy)
+                late.coordinator.reset();
+            else
+                late.coordinator->stop();
+            return late.readings();
+        };
+        late.run();
+        late.clock.advance(Seconds{3600});
+        EXPECT_EQ(late.service->fetches.size(), 1U);
+        EXPECT_EQ(late.state().statusTitle, "");
+        EXPECT_TRUE(late.state().glucoseHistory.empty());
+        EXPECT_EQ(late.clock.sleepers(), 0U);
+    }
+}
+
+}  // namespace
+}  // namespace tidewell
