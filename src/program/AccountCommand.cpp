@@ -81,6 +81,9 @@ CommandError commandError(const ConfigurationProblem& problem)
     return {keyring ? ExitCode::keyring : ExitCode::failure, problem.message};
 }
 
+/// A text as a sentence: some of the service's texts bring their full stop, some do not.
+std::string sentence(std::string text) { return text.ends_with('.') ? text : text + "."; }
+
 /// Loads the stored account. A missing password is not this function's business.
 std::expected<std::unique_ptr<CommandSession>, CommandError> sessionWithConfiguration()
 {
@@ -135,7 +138,7 @@ ExitCode runAccountSet(const AccountSetOptions& options)
     const auto check =
         (*session)->run(checkAccount((*session)->engine().executor(), (*session)->makeAPIClient(account)));
     if (check.result == AccountCheck::Result::refused)
-        return report({ExitCode::signInNeeded, check.error->text + ". Nothing was stored."});
+        return report({ExitCode::signInNeeded, sentence(check.error->text) + " Nothing was stored."});
 
     (void)(*session)->run((*session)->configuration().load());
     if (const auto saved = (*session)->run((*session)->configuration().saveAccount(std::move(account)));
@@ -147,9 +150,9 @@ ExitCode runAccountSet(const AccountSetOptions& options)
                                               (*session)->environment().defaults().string() +
                                               " cannot be written: " + error.message()});
     if (check.result == AccountCheck::Result::unreachable)
-        fmt::print("The account is stored. It could not be checked: {}.\n", check.error->text);
+        fmt::print("The account is stored. It could not be checked: {}\n", sentence(check.error->text));
     else if (check.error)
-        fmt::print("Signed in. The account is stored. {}.\n", check.error->text);
+        fmt::print("Signed in. The account is stored. {}\n", sentence(check.error->text));
     else
         fmt::print("Signed in. The account is stored.\n");
     return ExitCode::good;
