@@ -237,8 +237,10 @@ SimulatedAnswer DexcomShareSimulator::perform(Step step, const HttpRequest& requ
 
     auto& standing = isRead ? options_.read : step == Step::login ? options_.login : options_.authenticate;
     const DexcomFault fault = standing;
-    if (standing.times > 0 && --standing.times == 0)
+    if (fault.times == 1)
         standing = {};
+    else if (fault.times > 1)
+        standing.times -= 1;
     if (fault.kind != DexcomFault::Kind::none && fault.kind != DexcomFault::Kind::transport)
         return spoilt(fault, now);
 

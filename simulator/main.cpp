@@ -56,9 +56,9 @@ std::expected<Scenario, std::string> chosenScenario(const Arguments& arguments)
     if (arguments.script.empty())
         return Scenario::named(arguments.scenario);
     const auto text = readFile(arguments.script, 1024 * 1024);
-    if (!text || !*text)
+    if (!text || !text->has_value())
         return std::unexpected{fmt::format("Cannot read {}", arguments.script)};
-    auto scenario = Scenario::parse(**text);
+    auto scenario = Scenario::parse(text->value());
     if (!scenario)
         return std::unexpected{fmt::format("{}: {}", arguments.script, scenario.error())};
     return scenario;
