@@ -4,7 +4,9 @@ target_compile_options(tidewell_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
     -Woverloaded-virtual -Wold-style-cast -Wcast-align -Wimplicit-fallthrough -Wformat=2 -Werror
     -fno-omit-frame-pointer
-    -fPIC)  # Not CMake's property: that one says -fPIE to programs, and a precompiled header fits one of the two.
+    # A precompiled header fits only sources with the same flags. CMake's own property says -fPIE to programs,
+    # and GLib's flags say -pthread.
+    -fPIC -pthread)
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # Aggregates leave out members that have a default; that is what the defaults are for.
     target_compile_options(tidewell_flags INTERFACE
