@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <boost/asio/experimental/channel.hpp>
 #include <boost/json/serializer.hpp>
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include <utility>
 
 #include "sources/DexcomAnswers.h"
+#include "sources/Turns.h"
 #include "sources/UuidText.h"
 #include "support/Log.h"
 #include "support/SecretText.h"
@@ -215,13 +215,11 @@ GlucoseAPIError glucoseAPIError(const DexcomError& error)
 }
 
 struct DexcomAPI::Impl {
-    /// Holds one token. Whoever has received it may use the rest of this object; waiters come in their order.
-    using Turns = asio::experimental::channel<void(boost::system::error_code)>;
     using Answer = std::expected<std::string, DexcomError>;
 
     Impl(const asio::any_io_executor& executor, HttpClient& client, const Clock& time,
          const ServiceEndpoints& endpoints, const GlucoseAccountConfiguration& account)
-        : turns{executor, 1},
+        : turns{executor},
           http{client},
           clock{time},
           username{account.username},
@@ -230,23 +228,12 @@ struct DexcomAPI::Impl {
     {
         if (const DexcomEndpoint* row = endpoints.dexcomRegion(region))
             endpoint = *row;
-        turns.try_send(boost::system::error_code{});
     }
-
-    /// Gives the turn on when it goes, also when the call ends by cancellation.
-    struct Turn {
-        Turns& turns;
-        explicit Turn(Turns& given) : turns{given} {}
-        Turn(const Turn&) = delete;
-        Turn& operator=(const Turn&) = delete;
-        ~Turn() { turns.try_send(boost::system::error_code{}); }
-    };
 
     static asio::awaitable<std::expected<std::vector<GlucoseReading>, GlucoseAPIError>> fetch(
         std::shared_ptr<Impl> self)
     {
-        co_await self->turns.async_receive(asio::use_awaitable);
-        const Turn turn{self->turns};
+        const Turns::Turn turn = co_await self->turns.next();
         auto readings = co_await self->latestReadings();
         if (!readings)
             co_return std::unexpected{glucoseAPIError(readings.error())};
@@ -255,8 +242,7 @@ struct DexcomAPI::Impl {
 
     static asio::awaitable<std::expected<void, GlucoseAPIError>> startAnew(std::shared_ptr<Impl> self)
     {
-        co_await self->turns.async_receive(asio::use_awaitable);
-        const Turn turn{self->turns};
+        const Turns::Turn turn = co_await self->turns.next();
         self->session.reset();
         const auto signedIn = co_await self->signIn();
         if (!signedIn)
@@ -419,7 +405,7 @@ struct DexcomAPI::Impl {
     void info(std::string_view line) const { log.info(fmt::format("{}{}", logPrefix, line)); }
     void warn(std::string_view line) const { log.warning(fmt::format("{}{}", logPrefix, line)); }
 
-    Turns turns;
+    Turns turns;  ///< A call begins with one.
     HttpClient& http;
     const Clock& clock;
     std::string username;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -22,8 +21,8 @@ constexpr double highestPossible = 1000;
 constexpr Seconds furthestAhead = 90min;
 constexpr std::size_t longestTrendWord = 64;
 
-/// Milliseconds within which the same value is the same measurement.
-constexpr double duplicateWindow = 30'000;
+/// Within this the same value is the same measurement.
+constexpr Seconds duplicateWindow = 30s;
 
 constexpr std::string_view internalError = "SSO_InternalError";
 constexpr std::array<std::string_view, 9> knownCodes{
@@ -54,9 +53,9 @@ std::expected<GlucoseReading, GlucoseReadingError> possibleReading(const json::v
 
 bool isDuplicate(const GlucoseReading& reading, const GlucoseReading& kept)
 {
-    // Whole milliseconds, as they were sent: the difference of two doubles may miss the bound by a hair.
-    const double apart = std::round((kept.date - reading.date).count() * 1000);
-    return apart >= 0 && apart <= duplicateWindow && reading.mgdL == kept.mgdL &&
+    // Times of the same binary magnitude (2004 to 2038) are rounded alike, so 30 s apart is exactly 30 here.
+    const Seconds apart = kept.date - reading.date;
+    return apart >= Seconds{0} && apart <= duplicateWindow && reading.mgdL == kept.mgdL &&
            reading.trendString == kept.trendString;
 }
 

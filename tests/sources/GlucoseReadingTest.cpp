@@ -152,6 +152,14 @@ TEST(GlucoseReading, storedDurationsAreMendedAndAbsentOnesAreFiveMinutes)
     }
 }
 
+TEST(GlucoseReading, storedTimesAreTakenToTheMillisecond)
+{
+    const auto reading =
+        decodeReading(parsed(R"({"mgdL":118,"trendString":"Flat","date":"2026-03-02T08:55:13.4816+01:00"})"));
+    ASSERT_TRUE(reading);
+    EXPECT_EQ(unixSeconds(reading->date), 1772438113.482);
+}
+
 TEST(GlucoseReading, damagedStoredReadingsAreRefused)
 {
     const struct {

@@ -2,6 +2,8 @@
 
 #include <boost/asio/bind_cancellation_slot.hpp>
 #include <boost/asio/cancellation_signal.hpp>
+#include <boost/asio/error.hpp>
+#include <boost/system/system_error.hpp>
 
 #include <exception>
 #include <memory>
@@ -11,7 +13,6 @@
 #include <variant>
 
 #include "support/Asio.h"
-#include "support/Task.h"
 
 namespace tidewell {
 
@@ -31,7 +32,18 @@ public:
     }
 
     [[nodiscard]] bool ended() const { return state_->ended; }
-    [[nodiscard]] bool cancelled() const { return state_->error && isCancellation(state_->error); }
+    /// Whether it left with operation_aborted, the one error that callers know as cancellation.
+    [[nodiscard]] bool cancelled() const
+    {
+        try {
+            if (state_->error)
+                std::rethrow_exception(state_->error);
+        } catch (const boost::system::system_error& thrown) {
+            return thrown.code() == asio::error::operation_aborted;
+        } catch (...) {
+        }
+        return false;
+    }
     /// Requires that it has ended with a result; throws what it threw.
     [[nodiscard]] const auto& result() const
     {

@@ -1,6 +1,8 @@
 #include "testing/ScriptedHttpClient.h"
 
+#include <boost/asio/as_tuple.hpp>
 #include <boost/asio/experimental/channel.hpp>
+#include <boost/system/system_error.hpp>
 
 #include <gtest/gtest.h>
 
@@ -26,7 +28,8 @@ asio::awaitable<std::expected<HttpResponse, HttpError>> ScriptedHttpClient::send
     if (next.hangs) {
         asio::experimental::channel<void(boost::system::error_code)> never{
             co_await asio::this_coro::executor};
-        co_await never.async_receive(asio::use_awaitable);
+        co_await never.async_receive(asio::as_tuple(asio::use_awaitable));
+        throw boost::system::system_error{asio::error::operation_aborted};
     }
     co_await asio::post(asio::use_awaitable);
     if (next.failure)

@@ -25,6 +25,7 @@ public:
     /// What was asked so far, bodies and all.
     [[nodiscard]] const std::vector<HttpRequest>& requests() const { return requests_; }
     void forgetRequests() { requests_.clear(); }
+    void forgetAnswers() { script_.clear(); }
     /// Answers that nobody has asked for.
     [[nodiscard]] std::size_t unused() const { return script_.size(); }
     /// Requests that are under way.
