@@ -148,6 +148,20 @@ TEST_F(StatusBarPollingCoordinatorTest, callerThatGivesUpLeavesTheRefreshToTheOt
     EXPECT_EQ(service->fetches.size(), 2U);
 }
 
+TEST_F(StatusBarPollingCoordinatorTest, refreshThatJoinsAtTheLastMomentIsNotShownForEver)
+{
+    bool asked = false;
+    const auto token = viewModel.observe([&](const StatusBarState& seen) {
+        if (seen.statusTitle.empty() || std::exchange(asked, true))
+            return;
+        asio::co_spawn(io, coordinator->refreshNow(), asio::detached);
+    });
+    runToFirstReading();
+    clock.advance(Seconds{10});
+    EXPECT_TRUE(asked);
+    EXPECT_FALSE(state().activity);
+}
+
 TEST_F(StatusBarPollingCoordinatorTest, manualRefreshPlansTheNextPollAnew)
 {
     runToFirstReading();
@@ -260,22 +274,38 @@ TEST_F(StatusBarPollingCoordinatorTest, refusedCredentialsGetTwoSignInsInAllAlso
     EXPECT_EQ(state().statusTitle, "120 →");
 }
 
+TEST_F(StatusBarPollingCoordinatorTest, refusalsThatWereCuredAreForgotten)
+{
+    for (int day = 0; day < 3; ++day) {
+        service->onSignIn = [this] {
+            service->onFetch = [this] { return readings(); };
+            return ScriptedGlucoseAPI::SignedIn{};
+        };
+        failWith(Kind::credentialsRefused);
+        day == 0 ? run() : void(untilNextFetch());
+        clock.advance(Seconds{10});
+        EXPECT_EQ(errorTitle(), "");
+        EXPECT_EQ(state().statusTitle, "120 →");
+    }
+}
+
 TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEnd)
 {
+    clock.setWallClock(start + Seconds{0.1234567});  // No moment is a whole millisecond.
     runToFirstReading();
     service->onFetch = [] {
         return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{700}}};
     };
     untilNextFetch();
     const Date until = clock.now() + Seconds{700};
-    EXPECT_EQ(state().nextRetryAt, until);
+    EXPECT_NEAR(unixSeconds(*state().nextRetryAt), unixSeconds(until), 0.002);
     EXPECT_TRUE(*refresh().ended);
     EXPECT_FALSE(state().activity);
     coordinator->refreshAfterWake();
-    clock.advance(Seconds{699.999});
+    clock.advance(Seconds{699.998});
     EXPECT_EQ(service->fetches.size(), 2U);
     service->onFetch = [this] { return readings(); };
-    clock.advance(Seconds{0.001});
+    clock.advance(Seconds{0.004});
     EXPECT_EQ(service->fetches.size(), 3U);
     EXPECT_EQ(errorTitle(), "");
 }
@@ -380,11 +410,23 @@ TEST_F(StatusBarPollingCoordinatorTest, networkThatReturnsEndsALongBackoffAndOne
     clock.advance(Seconds{0.001});
     EXPECT_EQ(service->fetches.size(), before + 1);
 
+    // The new network needs a moment: the backoff begins anew with it.
+    service->onFetch = [this] { return readings(); };
+    clock.advance(Seconds{37});
+    EXPECT_EQ(errorTitle(), "");
+
+    failWith(Kind::transport);
+    service->duration = Seconds{0.3};
+    path.report(false);
+    untilNextFetch();
+    const std::size_t flapping = service->fetches.size();
     for (int flap = 0; flap < 600; ++flap) {
         path.report(flap % 2 == 1);
         clock.advance(Seconds{0.5});
     }
-    EXPECT_LE(service->fetches.size(), before + 32);
+    EXPECT_LE(service->fetches.size(), flapping + 62);  // In 300 s: one return in ten, each tried twice.
+    EXPECT_GE(shortestSpacing().count(), 1.0);
+    service->duration = Seconds{0};
     // A return that comes too early for the next try counts all the same.
     path.report(true);
     service->onFetch = [this] { return readings(); };
