@@ -313,7 +313,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         const bool well = co_await endedWell(self->refreshTask);
         if (!well && self->isCurrent(run))
             self->log.error("A refresh ended without a result");
-        // The refresh that we joined may have ended its activity before we showed ours.
+        // However the refresh ended, what we showed ends with it.
         if (shown)
             self->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.finishActivity(); });
     }

@@ -291,13 +291,12 @@ TEST_F(StatusBarPollingCoordinatorTest, refusalsThatWereCuredAreForgotten)
 
 TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEnd)
 {
-    clock.setWallClock(start + Seconds{0.1234567});  // No moment is a whole millisecond.
     runToFirstReading();
     service->onFetch = [] {
-        return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{700}}};
+        return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{700.0004}}};
     };
     untilNextFetch();
-    const Date until = clock.now() + Seconds{700};
+    const Date until = clock.now() + Seconds{700.0004};  // Not a whole millisecond.
     EXPECT_NEAR(unixSeconds(*state().nextRetryAt), unixSeconds(until), 0.002);
     EXPECT_TRUE(*refresh().ended);
     EXPECT_FALSE(state().activity);
