@@ -51,7 +51,8 @@ std::unique_ptr<asio::thread_pool> makePool()
 }  // namespace
 
 Engine::Engine()
-    : context_{std::make_unique<asio::io_context>(1)}, work_{context_->get_executor()}, pool_{makePool()}
+    // Without the hint that one thread runs it, so that work runs in the order of posting (see MainLoop).
+    : context_{std::make_unique<asio::io_context>()}, work_{context_->get_executor()}, pool_{makePool()}
 {
 }
 

@@ -27,7 +27,9 @@ struct MainLoop::Impl {
     }
 
     const std::function<void()> wakeUp;
-    asio::io_context context{1};
+    /// Not made with the hint that one thread runs it: what a piece of work posts would then wait for the end
+    /// of that work, and what other threads post in the meantime would overtake it.
+    asio::io_context context;
     /// Without it the context would stop whenever it ran dry.
     asio::executor_work_guard<asio::io_context::executor_type> work{context.get_executor()};
     std::atomic<bool> awake = false;  ///< The event loop knows that it has to call runPending().

@@ -167,6 +167,35 @@ TEST(MainLoop, losesNoWorkFromOtherThreads)
     EXPECT_EQ(done, 3 * each);
 }
 
+/// The first piece of work posts "first", lets another thread post "second", and only then ends.
+std::string orderOfPosting(asio::any_io_executor executor, const std::function<void()>& run)
+{
+    std::string order;
+    std::latch ended{2};
+    asio::post(executor, [&] {
+        const auto add = [&](const char* word) {
+            return [&order, &ended, word] {
+                order += word;
+                ended.count_down();
+            };
+        };
+        asio::post(executor, add("first "));
+        std::thread{[&] { asio::post(executor, add("second")); }}.join();
+    });
+    run();
+    ended.wait();
+    return order;
+}
+
+TEST(MainLoop, andTheEngineRunWorkInTheOrderOfPostingAcrossThreads)
+{
+    MainLoop loop{[] {}};
+    EXPECT_EQ(orderOfPosting(loop.executor(), [&] { loop.runPending(); }), "first second");
+    Engine engine;
+    EXPECT_EQ(orderOfPosting(engine.executor(), [&] { engine.start(); }), "first second");
+    engine.stop(10s);
+}
+
 TEST(MainLoop, coroutinesComeBackToItFromTheClockAndTheWorkers)
 {
     Engine engine;
