@@ -32,7 +32,9 @@ public:
     [[nodiscard]] bool isReachable() const;
     /// How often the network has become reachable. Whoever looks only now and then misses no return of it.
     [[nodiscard]] std::uint64_t timesReachable() const;
-    /// True as soon as the network is reachable; false when `timeout` passes first.
+    /// True as soon as the network is reachable; false when `timeout` passes first. Throws operation_aborted
+    /// when the caller is cancelled. Awaited on any executor that runs one thing at a time: a context with
+    /// one thread, or a strand. A wait may outlive the monitor and then ends by its time-out.
     [[nodiscard]] asio::awaitable<bool> waitUntilReachable(Seconds timeout);
 
 private:
