@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/asio/executor_work_guard.hpp>
+#include <thread>
+
 #include "polling/PollingFixture.h"
 #include "support/Log.h"
 #include "support/TimeText.h"
@@ -700,6 +703,62 @@ TEST(StatusBarPollingCoordinatorStop, dropsTheResultThatComesTogetherWithIt)
         EXPECT_TRUE(late.state().glucoseHistory.empty());
         EXPECT_EQ(late.clock.sleepers(), 0U);
     }
+}
+
+/// The engine on a thread of its own, as in the program; this thread is main.
+TEST(StatusBarPollingCoordinatorThreads, afterStopOnMainNothingChangesAnyMore)
+{
+    asio::io_context engine;
+    auto work = asio::make_work_guard(engine);
+    std::thread engineThread{[&engine] { engine.run(); }};
+    asio::io_context main;
+    FakeClock clock{main, PollingFixture::start};
+    SystemRandom random;
+    UserDefaults defaults;
+    FakeNetworkPath path;
+    NetworkMonitor network{clock, random, path.monitoring()};
+    StatusBarViewModel viewModel{main.get_executor(), clock, random, [] { return AppSettings{}; }};
+    const auto service = std::make_shared<ScriptedGlucoseAPI>(clock);
+    service->onFetch = [&clock, value = 40.0]() mutable -> ScriptedGlucoseAPI::Fetched {
+        value = value < 400 ? value + 1 : 40;
+        return std::vector{PollingFixture::reading(clock.now(), value)};
+    };
+    std::optional<StatusBarPollingCoordinator> coordinator{
+        std::in_place, StatusBarPollingCoordinator::Parts{.engine = engine.get_executor(),
+                                                          .main = main.get_executor(),
+                                                          .clock = clock,
+                                                          .random = random,
+                                                          .viewModel = viewModel,
+                                                          .networkMonitor = network,
+                                                          .defaults = defaults}};
+    int ended = 0;
+    int changed = 0;
+    constexpr int rounds = 300;
+    for (int round = 0; round < rounds; ++round) {
+        path.report(round % 2 == 0);
+        coordinator->start(service, GlucoseProvider::dexcom);
+        asio::co_spawn(main, coordinator->refreshNow(), [&ended](std::exception_ptr) { ++ended; });
+        coordinator->refreshAfterWake();
+        const auto before = viewModel.state().glucoseHistory;
+        for (int turn = 0; turn < 50 && viewModel.state().glucoseHistory == before; ++turn) {
+            clock.advance(Seconds{0.5});
+            std::this_thread::yield();
+        }
+        changed += viewModel.state().glucoseHistory != before;
+        if (round % 2 == 0)
+            coordinator->stop();
+        else
+            coordinator->resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
+        const auto stopped = viewModel.state().glucoseHistory;
+        clock.advance(Seconds{0.5});
+        ASSERT_TRUE(viewModel.state().glucoseHistory == stopped || viewModel.state().glucoseHistory.empty());
+    }
+    EXPECT_GT(changed, 0);
+    coordinator.reset();
+    work.reset();
+    engineThread.join();
+    clock.runReady();
+    EXPECT_EQ(ended, rounds);
 }
 
 }  // namespace
