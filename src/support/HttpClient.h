@@ -48,7 +48,7 @@ struct HttpError {
         timedOut,
         connectionLost,  ///< Ended before the answer was complete.
         answerTooLarge,
-        redirectRefused,  ///< To another host, to plain http, or too often.
+        redirectRefused,  ///< To another host or port, to plain http, or too often.
         badAnswer,        ///< Not HTTP, or an encoding that does not decode.
     };
     Kind kind;

@@ -1,10 +1,14 @@
 #include "support/CurlHttpClient.h"
 
 #include <openssl/evp.h>
+#include <openssl/pem.h>
 #include <openssl/ssl.h>
 #include <openssl/x509.h>
 #include <zlib.h>
 
+#include <cmath>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 
 #include "support/CannedServer.h"
@@ -429,45 +433,109 @@ TEST_F(CurlHttpClientTest, tellsWhatFailedBeforeTheRequest)
     unsetenv("https_proxy");
 }
 
-TEST_F(CurlHttpClientTest, refusesACertificateThatNobodyVouchesFor)
-{
-    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key{EVP_EC_gen("P-256"), &EVP_PKEY_free};
-    const std::unique_ptr<X509, decltype(&X509_free)> certificate{X509_new(), &X509_free};
-    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -60);
-    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
-    X509_set_pubkey(certificate.get(), key.get());
-    X509_NAME* const name = X509_get_subject_name(certificate.get());
-    const std::string host = "127.0.0.1";
-    X509_NAME_add_entry_by_NID(name, NID_commonName, MBSTRING_UTF8,
-                               reinterpret_cast<const unsigned char*>(host.data()), -1, -1, 0);  // NOLINT
-    X509_set_issuer_name(certificate.get(), name);
-    ASSERT_NE(X509_sign(certificate.get(), key.get(), EVP_sha256()), 0);
-    const std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context{SSL_CTX_new(TLS_server_method()),
-                                                                    &SSL_CTX_free};
-    ASSERT_EQ(SSL_CTX_use_certificate(context.get(), certificate.get()), 1);
-    ASSERT_EQ(SSL_CTX_use_PrivateKey(context.get(), key.get()), 1);
+/// Speaks TLS on 127.0.0.1 with a certificate for that address that it signed itself; one connection at a
+/// time, one answer for each.
+class SelfSignedServer {
+public:
+    explicit SelfSignedServer(std::string_view text) : text_{text}
+    {
+        X509_gmtime_adj(X509_getm_notBefore(certificate_.get()), -60);
+        X509_gmtime_adj(X509_getm_notAfter(certificate_.get()), 3600);
+        X509_set_pubkey(certificate_.get(), key_.get());
+        X509_NAME* const name = X509_get_subject_name(certificate_.get());
+        const std::array<unsigned char, 10> address{"127.0.0.1"};
+        X509_NAME_add_entry_by_NID(name, NID_commonName, MBSTRING_UTF8, address.data(), -1, -1, 0);
+        X509_set_issuer_name(certificate_.get(), name);
+        X509_sign(certificate_.get(), key_.get(), EVP_sha256());
+        SSL_CTX_use_certificate(context_.get(), certificate_.get());
+        SSL_CTX_use_PrivateKey(context_.get(), key_.get());
+        sockaddr_in loopback{};
+        loopback.sin_family = AF_INET;
+        loopback.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        ::bind(listener_, reinterpret_cast<sockaddr*>(&loopback), sizeof loopback);  // NOLINT
+        ::listen(listener_, 4);
+        thread_ = std::thread{[this] { serve(); }};
+    }
 
-    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_EQ(::listen(listener, 1), 0);  // On a free port of every address.
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);  // NOLINT
-    std::string received;
-    std::thread server{[&] {
-        const int socket = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        SSL* const session = SSL_new(context.get());
-        SSL_set_fd(session, socket);
-        std::array<char, 1000> data{};
-        if (SSL_accept(session) == 1)
-            if (const int count = SSL_read(session, data.data(), data.size()); count > 0)
-                received.assign(data.data(), static_cast<std::size_t>(count));
-        SSL_free(session);
-        ::close(socket);
-    }};
-    EXPECT_EQ(failureOf(get(fmt::format("https://127.0.0.1:{}/", ntohs(address.sin_port)))), Kind::tls);
-    server.join();
-    ::close(listener);
-    EXPECT_EQ(received, "");  // Not a byte of the request.
+    ~SelfSignedServer()
+    {
+        ::shutdown(listener_, SHUT_RDWR);
+        thread_.join();
+        ::close(listener_);
+    }
+
+    [[nodiscard]] std::string url(std::string_view host) const
+    {
+        sockaddr_in address{};
+        socklen_t size = sizeof address;
+        ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);  // NOLINT
+        return fmt::format("https://{}:{}/", host, ntohs(address.sin_port));
+    }
+
+    void writeCertificate(const std::string& file) const
+    {
+        const std::unique_ptr<BIO, decltype(&BIO_free_all)> out{BIO_new_file(file.c_str(), "w"),
+                                                                &BIO_free_all};
+        PEM_write_bio_X509(out.get(), certificate_.get());
+    }
+
+    [[nodiscard]] int requests() const { return requests_; }
+
+private:
+    void serve()
+    {
+        sigset_t pipe;
+        sigemptyset(&pipe);
+        sigaddset(&pipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &pipe, nullptr);  // OpenSSL writes to clients that have gone.
+        for (;;) {
+            const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+            if (socket < 0)
+                return;
+            SSL* const session = SSL_new(context_.get());
+            SSL_set_fd(session, socket);
+            std::array<char, 1000> data{};
+            if (SSL_accept(session) == 1 && SSL_read(session, data.data(), data.size()) > 0) {
+                ++requests_;
+                SSL_write(session, text_.data(), static_cast<int>(text_.size()));
+                SSL_shutdown(session);
+            }
+            SSL_free(session);
+            ::close(socket);
+        }
+    }
+
+    std::string text_;
+    std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key_{EVP_EC_gen("P-256"), &EVP_PKEY_free};
+    std::unique_ptr<X509, decltype(&X509_free)> certificate_{X509_new(), &X509_free};
+    std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context_{SSL_CTX_new(TLS_server_method()),
+                                                               &SSL_CTX_free};
+    int listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    std::atomic<int> requests_ = 0;
+    std::thread thread_;
+};
+
+TEST_F(CurlHttpClientTest, trustsOnlyCertificatesThatAnAuthorityVouchesFor)
+{
+    SelfSignedServer server{answer("never")};
+    EXPECT_EQ(failureOf(get(server.url("127.0.0.1"))), Kind::tls);
+    EXPECT_EQ(server.requests(), 0);  // Not a byte of the request.
+
+    const std::string file = testing::TempDir() + fmt::format("/tidewell-authority-{}.pem", getpid());
+    SelfSignedServer trusted{answer("good")};
+    trusted.writeCertificate(file);
+    setenv("SSL_CERT_FILE", file.c_str(), 1);
+    const Result result = get(trusted.url("127.0.0.1"));
+    EXPECT_TRUE(result && result->body == "good");
+    EXPECT_EQ(failureOf(get(trusted.url("localhost"))), Kind::tls);  // Not the name that it was issued for.
+    EXPECT_EQ(trusted.requests(), 1);
+
+    const std::string plain = "Location: http://127.0.0.1:1/\r\n";
+    SelfSignedServer downgrading{answer("", plain, "302 Found")};
+    downgrading.writeCertificate(file);
+    EXPECT_EQ(failureOf(get(downgrading.url("127.0.0.1"))), Kind::redirectRefused);
+    unsetenv("SSL_CERT_FILE");
+    std::remove(file.c_str());
 }
 
 TEST(HttpError, everyKindHasItsText)
