@@ -8,13 +8,13 @@ namespace tidewell {
 
 std::shared_ptr<void> runInBackground(std::function<void()> work, std::function<void()> done)
 {
-    // Lives on the main thread; the thread that lets it go last only asks for its deletion.
-    const std::shared_ptr<QObject> mailbox{new QObject, [](QObject* object) { object->deleteLater(); }};
+    // On the main thread, and never deleted: a thread may still post to it while the program ends.
+    static QObject* const mailbox = new QObject;
     auto token = std::make_shared<std::function<void()>>(std::move(done));
-    std::thread{[mailbox, work = std::move(work), weak = std::weak_ptr{token}] {
+    std::thread{[work = std::move(work), weak = std::weak_ptr{token}] {
         work();
         QMetaObject::invokeMethod(
-            mailbox.get(),
+            mailbox,
             [weak] {
                 if (const auto handler = weak.lock())
                     (*handler)();

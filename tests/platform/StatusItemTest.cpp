@@ -1,0 +1,439 @@
+#include "platform/linux/StatusItem.h"
+
+#include <sys/prctl.h>
+#include <QCoreApplication>
+#include <QDBusMetaType>
+#include <QDBusVariant>
+#include <QEventLoop>
+#include <QImage>
+#include <set>
+
+#include "TestBus.h"
+#include "platform/linux/DBusMenu.h"
+#include "platform/linux/StatusHost.h"
+#include "platform/linux/StatusNotifierItem.h"
+
+namespace tidewell {
+
+/// Stands in for the service that panels run: takes registrations and counts what the items signal.
+class FakePanel final : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ hostRegistered)
+
+public:
+    explicit FakePanel(TestBus& bus) : connection{bus.connect()}
+    {
+        connection.registerObject(
+            "/StatusNotifierWatcher", this,
+            QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportAllProperties);
+        connection.registerService("org.kde.StatusNotifierWatcher");
+        for (const char* name : {"NewIcon", "NewToolTip", "NewTitle", "NewStatus", "XAyatanaNewLabel"})
+            connection.connect({}, "/StatusNotifierItem", "org.kde.StatusNotifierItem", name, this,
+                               SLOT(heard(QDBusMessage)));
+        for (const char* name : {"LayoutUpdated", "ItemsPropertiesUpdated"})
+            connection.connect({}, "/MenuBar", "com.canonical.dbusmenu", name, this,
+                               SLOT(heard(QDBusMessage)));
+    }
+    ~FakePanel() override
+    {
+        connection.unregisterService("org.kde.StatusNotifierWatcher");
+        connection.unregisterObject("/StatusNotifierWatcher");
+    }
+
+    bool hostRegistered() const { return true; }
+
+    QVariant property(const QString& name)
+    {
+        QDBusMessage call = itemCall("org.freedesktop.DBus.Properties", "Get");
+        call << QStringLiteral("org.kde.StatusNotifierItem") << name;
+        return qvariant_cast<QDBusVariant>(callAndWait(connection, call).arguments().value(0)).variant();
+    }
+
+    QDBusMessage menu(const QString& method, const QVariantList& arguments)
+    {
+        QDBusMessage call =
+            QDBusMessage::createMethodCall(items.value(0), "/MenuBar", "com.canonical.dbusmenu", method);
+        call.setArguments(arguments);
+        return callAndWait(connection, call);
+    }
+
+    QDBusMessage itemCall(const QString& interface, const QString& method)
+    {
+        return QDBusMessage::createMethodCall(items.value(0), "/StatusNotifierItem", interface, method);
+    }
+
+    /// Whatever the item sent before is here afterwards.
+    void settle() { property("Id"); }
+
+    QDBusConnection connection;
+    QStringList items{};
+    std::map<QString, int> signalCounts{};
+    bool refuses = false;
+
+public Q_SLOTS:
+    Q_SCRIPTABLE void RegisterStatusNotifierItem(const QString& item, const QDBusMessage& message)
+    {
+        if (refuses)
+            connection.send(message.createErrorReply(QDBusError::Failed, "not now"));
+        items.append(item);
+    }
+    void heard(const QDBusMessage& signal) { ++signalCounts[signal.member()]; }
+};
+
+namespace {
+
+using namespace std::chrono_literals;
+
+StatusItemContent sample(std::string value = "120")
+{
+    StatusItemContent content{.value = value, .arrow = "→", .label = value + " →"};
+    content.iconState = StatusBarIconState::value;
+    content.tooltipTitle = value + " mg/dL →";
+    content.tooltipText = "2 minutes ago";
+    content.accessibilityLabel = "Tidewell";
+    content.accessibilityValue = "Current glucose: " + value;
+    content.menu = {{MenuItem::Kind::text, "2 minutes ago", MenuCommand::none, false},
+                    {MenuItem::Kind::separator},
+                    {MenuItem::Kind::action, "Refresh_now", MenuCommand::refresh},
+                    {MenuItem::Kind::action, "Sign in…", MenuCommand::signIn, false},
+                    {MenuItem::Kind::action, "Quit", MenuCommand::quit}};
+    return content;
+}
+
+class StatusItemTest : public testing::Test {
+protected:
+    StatusItemOptions options()
+    {
+        StatusItemOptions made;
+        made.busAddress = bus.address();
+        made.iconFolder = folder.path() / "icons";
+        made.time = {
+            .now = [this] { return now; },
+            .after = [this](std::chrono::milliseconds delay,
+                            std::function<void()> work) { waiting.emplace(now + delay, std::move(work)); }};
+        return made;
+    }
+
+    void advance(std::chrono::milliseconds step)
+    {
+        now += step;
+        while (!waiting.empty() && waiting.begin()->first <= now)
+            waiting.extract(waiting.begin()).mapped()();
+    }
+
+    std::unique_ptr<StatusItem> startItem(StatusItemOptions made)
+    {
+        auto item = std::make_unique<StatusItem>(std::move(made));
+        item->onRegistered([this] { ++registered; });
+        item->onCommand([this](MenuCommand command) { commands.push_back(command); });
+        item->present(sample());
+        item->start();
+        return item;
+    }
+
+    TemporaryFolder folder{};
+    TestBus bus{};
+    std::chrono::milliseconds now{1'000'000};
+    std::multimap<std::chrono::milliseconds, std::function<void()>> waiting{};
+    int registered = 0;
+    std::vector<MenuCommand> commands{};
+};
+
+TEST_F(StatusItemTest, comesWhenThePanelStartsLateAndAgainWhenItRestarts)
+{
+    const auto item = startItem(options());
+    ASSERT_TRUE(runUntil([&] { return !waiting.empty(); })) << "it did not notice that there is no panel";
+    EXPECT_EQ(registered, 0);
+    QString name;
+    for (int start = 1; start <= 3; ++start) {
+        FakePanel panel{bus};
+        ASSERT_TRUE(runUntil([&] { return registered == start; }));
+        ASSERT_EQ(panel.items.size(), 1);
+        EXPECT_TRUE(panel.items[0].startsWith(':'));
+        if (start > 1)
+            EXPECT_EQ(panel.items[0], name);
+        name = panel.items[0];
+        EXPECT_EQ(panel.property("Title").toString(), "Tidewell: Current glucose: 120");
+    }
+}
+
+TEST_F(StatusItemTest, aRefusedRegistrationIsRepeatedLaterAndLater)
+{
+    FakePanel panel{bus};
+    panel.refuses = true;
+    const auto item = startItem(options());
+    ASSERT_TRUE(runUntil([&] { return waiting.size() == 1; }));
+    EXPECT_EQ(waiting.begin()->first - now, 10s);
+    advance(10s);
+    ASSERT_TRUE(runUntil([&] { return waiting.size() == 1; }));
+    EXPECT_EQ(waiting.begin()->first - now, 20s);
+    panel.refuses = false;
+    advance(20s);
+    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+}
+
+TEST_F(StatusItemTest, sendsOnlyWhatChangedAndAtMostOnceASecond)
+{
+    FakePanel panel{bus};
+    const auto item = startItem(options());
+    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+    panel.settle();
+    panel.signalCounts.clear();
+
+    for (int i = 0; i < 100; ++i) {
+        advance(10s);
+        item->present(sample());
+    }
+    panel.settle();
+    EXPECT_TRUE(panel.signalCounts.empty());
+
+    StatusItemContent next = sample();
+    next.tooltipText = "3 minutes ago";
+    item->present(next);  // At once: nothing was sent for long.
+    panel.settle();
+    EXPECT_EQ(panel.signalCounts, (std::map<QString, int>{{"NewToolTip", 1}}));
+
+    for (int value = 121; value <= 150; ++value) {
+        advance(10ms);
+        item->present(sample(std::to_string(value)));
+    }
+    panel.settle();
+    EXPECT_EQ(panel.signalCounts, (std::map<QString, int>{{"NewToolTip", 1}})) << "too fast";
+    advance(1s);
+    panel.settle();
+    EXPECT_EQ(panel.signalCounts,
+              (std::map<QString, int>{{"NewIcon", 1}, {"NewTitle", 1}, {"NewToolTip", 2}}));
+    EXPECT_EQ(panel.property("Title").toString(), "Tidewell: Current glucose: 150");
+
+    // Back to what is shown before the second is over: nothing is left to send.
+    item->present(sample("151"));
+    item->present(sample("150"));
+    advance(1s);
+    panel.settle();
+    EXPECT_EQ(panel.signalCounts["NewIcon"], 1);
+    EXPECT_TRUE(waiting.empty());
+}
+
+TEST_F(StatusItemTest, propertiesTellTheContent)
+{
+    FakePanel panel{bus};
+    const auto item = startItem(options());
+    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+    EXPECT_EQ(panel.property("Status").toString(), "Active");
+    StatusItemContent content = sample();
+    content.tooltipTitle = "5 < 6 & more";
+    content.tooltipText = "<b>not bold</b> & \"quoted\"\nsecond line";
+    content.iconState = StatusBarIconState::attention;
+    advance(1s);
+    item->present(content);
+    EXPECT_EQ(panel.property("Status").toString(), "NeedsAttention");
+    EXPECT_EQ(panel.property("Menu").value<QDBusObjectPath>().path(), "/MenuBar");
+    EXPECT_EQ(panel.property("ItemIsMenu").toBool(), false);
+    EXPECT_EQ(panel.property("IconName").toString(), "");
+    EXPECT_EQ(panel.property("XAyatanaLabel").toString(), "");
+
+    const auto toolTip = qdbus_cast<ItemToolTip>(panel.property("ToolTip"));
+    EXPECT_EQ(toolTip.title, "5 ‹ 6 + more");
+    EXPECT_EQ(toolTip.text, "&lt;b&gt;not bold&lt;/b&gt; &amp; &quot;quoted&quot;\nsecond line");
+
+    const auto pixmaps = qdbus_cast<QList<IconPixmap>>(panel.property("IconPixmap"));
+    ASSERT_EQ(pixmaps.size(), 1);
+    const QImage painted = paintStatusIcon(content, {.height = pixmaps[0].height});
+    ASSERT_EQ(pixmaps[0].bytes.size(), painted.sizeInBytes());
+    for (int i = 0; i < painted.width() * painted.height(); ++i) {
+        const QRgb pixel = painted.pixel(i % painted.width(), i / painted.width());
+        const auto byte = [&](int channel) {
+            return static_cast<unsigned char>(pixmaps[0].bytes[i * 4 + channel]);
+        };
+        ASSERT_EQ(qRgba(byte(1), byte(2), byte(3), byte(0)), pixel);
+    }
+}
+
+TEST_F(StatusItemTest, aPanelThatWritesTheLabelGetsItWithAnIconFile)
+{
+    char before[16] = {};
+    ::prctl(PR_GET_NAME, before);
+    ::prctl(PR_SET_NAME, "gnome-shell");  // The panel is this process.
+    FakePanel panel{bus};
+    const auto item = startItem(options());
+    ASSERT_TRUE(
+        runUntil([&] { return registered == 1 && !panel.property("IconName").toString().isEmpty(); }));
+    ::prctl(PR_SET_NAME, before);
+    EXPECT_EQ(panel.property("XAyatanaLabel").toString(), "120 →");
+    const QString first = panel.property("IconName").toString();
+    EXPECT_FALSE(QImage{first}.isNull());
+
+    panel.signalCounts.clear();
+    StatusItemContent low = sample("54");
+    low.look = StatusButtonLook::redFill;
+    advance(1s);
+    item->present(low);
+    ASSERT_TRUE(
+        runUntil([&] { return !QSet<QString>{"", first}.contains(panel.property("IconName").toString()); }));
+    EXPECT_EQ(panel.signalCounts["XAyatanaNewLabel"], 1);
+    advance(1s);
+    item->present(sample());
+    EXPECT_EQ(panel.property("IconName").toString(), first) << "the same picture is the same file";
+}
+
+TEST_F(StatusItemTest, theMenuIsReadAndChosenFromByAnyPanel)
+{
+    FakePanel panel{bus};
+    const auto item = startItem(options());
+    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+
+    const auto layoutAt = [&](int depth) {
+        const QDBusMessage reply = panel.menu("GetLayout", {0, depth, QStringList{}});
+        return qdbus_cast<DBusMenuLayout>(reply.arguments().value(1));
+    };
+    const DBusMenuLayout root = layoutAt(-1);
+    EXPECT_EQ(root.properties.value("children-display"), "submenu");
+    ASSERT_EQ(root.children.size(), 5);
+    EXPECT_EQ(layoutAt(2'000'000'000).children.size(), 5);
+    EXPECT_EQ(layoutAt(0).children.size(), 0);
+    EXPECT_EQ(root.children[0].properties.value("enabled"), false);
+    EXPECT_EQ(root.children[1].properties.value("type"), "separator");
+    EXPECT_EQ(root.children[2].properties.value("label"), "Refresh__now");
+
+    const auto click = [&](int index) {
+        return panel.menu("Event",
+                          {root.children[index].id, "clicked", QVariant::fromValue(QDBusVariant{0}), 0U});
+    };
+    for (int index = 0; index < 5; ++index)
+        EXPECT_EQ(click(index).type(), QDBusMessage::ReplyMessage);
+    EXPECT_TRUE(runUntil([&] { return commands.size() == 2; }));
+    EXPECT_EQ(commands, (std::vector{MenuCommand::refresh, MenuCommand::quit}))
+        << "a disabled line was chosen";
+    EXPECT_EQ(qvariant_cast<QDBusVariant>(
+                  panel.menu("GetProperty", {root.children[3].id, "enabled"}).arguments()[0])
+                  .variant()
+                  .toBool(),
+              false);
+    EXPECT_EQ(panel.menu("AboutToShow", {0}).arguments().value(0).toBool(), false);
+
+    // A text that changed is a property; a line that came is a layout. What stays keeps its id.
+    panel.signalCounts.clear();
+    StatusItemContent changed = sample();
+    changed.menu[0].title = "3 minutes ago";
+    advance(1s);
+    item->present(changed);
+    panel.settle();
+    EXPECT_EQ(panel.signalCounts, (std::map<QString, int>{{"ItemsPropertiesUpdated", 1}}));
+    changed.menu.insert(changed.menu.begin(), {MenuItem::Kind::text, "Server error"});
+    advance(1s);
+    item->present(changed);
+    const DBusMenuLayout later = layoutAt(-1);
+    EXPECT_EQ(panel.signalCounts["LayoutUpdated"], 1);
+    ASSERT_EQ(later.children.size(), 6);
+    EXPECT_EQ(later.children[5].id, root.children[4].id);
+    std::set<int> ids;
+    for (const DBusMenuLayout& child : later.children)
+        ids.insert(child.id);
+    EXPECT_EQ(ids.size(), 6U);
+}
+
+TEST_F(StatusItemTest, hostileCallsGetErrorsAndBoundedAnswers)
+{
+    FakePanel panel{bus};
+    const auto item = startItem(options());
+    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+    const QVariant nothing = QVariant::fromValue(QDBusVariant{0});
+    const int lowest = std::numeric_limits<int>::min();
+    for (const int id : {-1, 99, lowest, std::numeric_limits<int>::max()}) {
+        EXPECT_EQ(panel.menu("GetLayout", {id, -1, QStringList{}}).type(), QDBusMessage::ErrorMessage);
+        EXPECT_EQ(panel.menu("GetProperty", {id, "label"}).type(), QDBusMessage::ErrorMessage);
+        EXPECT_EQ(panel.menu("Event", {id, "clicked", nothing, 0U}).type(), QDBusMessage::ErrorMessage);
+        EXPECT_EQ(panel.menu("AboutToShow", {id}).type(), QDBusMessage::ErrorMessage);
+    }
+    EXPECT_EQ(panel.menu("GetLayout", {0, lowest, QStringList(5000, "label")}).type(),
+              QDBusMessage::ReplyMessage);
+    EXPECT_EQ(panel.menu("GetProperty", {1, "no such property"}).type(), QDBusMessage::ErrorMessage);
+    EXPECT_EQ(panel.menu("Event", {"not a number"}).type(), QDBusMessage::ErrorMessage);
+
+    QList<int> many;
+    QList<DBusMenuEvent> events;
+    for (int i = 0; i < 100'000; ++i) {
+        many.append(i % 7);
+        events.append({3, "clicked", QDBusVariant{0}, 0});
+    }
+    const auto properties = qdbus_cast<QList<DBusMenuItem>>(
+        panel.menu("GetGroupProperties", {QVariant::fromValue(many), QStringList{}}).arguments().value(0));
+    EXPECT_EQ(properties.size(), 6);
+    const QDBusMessage flood = panel.menu("EventGroup", {QVariant::fromValue(events)});
+    EXPECT_EQ(flood.type(), QDBusMessage::ReplyMessage);
+    EXPECT_TRUE(runUntil([&] { return !commands.empty(); }));
+    panel.settle();
+    EXPECT_EQ(commands.size(), 1U) << "one call, one command";
+
+    for (const int position : {lowest, 0, std::numeric_limits<int>::max()}) {
+        QDBusMessage call = panel.itemCall("org.kde.StatusNotifierItem", "Scroll");
+        call << position << QStringLiteral("sideways");
+        EXPECT_EQ(callAndWait(panel.connection, call).type(), QDBusMessage::ReplyMessage);
+    }
+}
+
+TEST_F(StatusItemTest, activationGoesToItsHandler)
+{
+    FakePanel panel{bus};
+    const auto item = startItem(options());
+    std::vector<QPoint> clicks;
+    item->onActivate([&](QPoint where) { clicks.push_back(where); });
+    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+    for (const char* method : {"Activate", "ContextMenu", "SecondaryActivate"}) {
+        QDBusMessage call = panel.itemCall("org.kde.StatusNotifierItem", method);
+        call << 1200 << 24;
+        EXPECT_EQ(callAndWait(panel.connection, call).type(), QDBusMessage::ReplyMessage);
+    }
+    EXPECT_TRUE(runUntil([&] { return clicks.size() == 2; }));
+    EXPECT_EQ(clicks[0], QPoint(1200, 24));
+}
+
+TEST_F(StatusItemTest, aBusThatHangsStopsNothingHere)
+{
+    const auto start = std::chrono::steady_clock::now();
+    {
+        FakePanel panel{bus};
+        const auto item = startItem(options());
+        ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+        bus.freeze();
+        for (int i = 0; i < 20; ++i) {
+            advance(1s);
+            item->present(sample(std::to_string(100 + i)));
+            QCoreApplication::processEvents();
+        }
+        const auto late = startItem(options());
+        QCoreApplication::processEvents();
+        bus.thaw();
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+}
+
+TEST_F(StatusItemTest, withoutABusItGoesOn)
+{
+    StatusItemOptions made = options();
+    made.busAddress = "unix:path=/nonexistent/bus";
+    const auto item = startItem(made);
+    for (int i = 0; i < 50; ++i)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
+    advance(1h);
+    item->present(sample("121"));
+    EXPECT_EQ(registered, 0);
+}
+
+TEST(StatusHost, everyKnownPanelGetsTheDrawingThatItShowsBest)
+{
+    EXPECT_EQ(statusHost("waybar").shape, StatusIconShape::wide);
+    for (const char* squares :
+         {"panel-3-systray", "swaybar", "lxqt-panel", "kded5", "plasmashell", "", "unheard-of"})
+        EXPECT_EQ(statusHost(squares).shape, StatusIconShape::stacked);
+    for (const char* labels : {"gnome-shell", "ayatana-indicat"})
+        EXPECT_TRUE(statusHost(labels).iconFile);
+    EXPECT_EQ(statusHost("kded6").lineBreak, "<br/>");
+    EXPECT_FALSE(withShape(statusHost("gnome-shell"), StatusIconShape::wide).iconFile);
+}
+
+}  // namespace
+}  // namespace tidewell
+
+#include "StatusItemTest.moc"

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QString>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace tidewell {
+
+/// A folder that goes with the object.
+class TemporaryFolder final {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+/// A child process that ends with the object, and with this process at the latest.
+class ChildProcess final {
+public:
+    /// Starts it with `input` on its standard input; its standard output is kept. Aborts the test when it
+    /// cannot.
+    explicit ChildProcess(const std::vector<std::string>& command, const std::string& input = {});
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+
+    /// Waits for one line of output.
+    [[nodiscard]] std::string readLine();
+    void signal(int number) const;
+
+private:
+    int pid_ = -1;
+    int output_ = -1;
+};
+
+/// A message bus of the test's own, on which nothing is started by itself.
+class TestBus final {
+public:
+    TestBus();
+    ~TestBus();
+
+    [[nodiscard]] QString address() const { return address_; }
+    /// A connection that is closed with the bus at the latest.
+    [[nodiscard]] QDBusConnection connect();
+    /// Stops the bus as a hung one: connections stay, nothing is answered.
+    void freeze() const { daemon_->signal(19); }
+    void thaw() const { daemon_->signal(18); }
+
+private:
+    TemporaryFolder folder_{};
+    std::unique_ptr<ChildProcess> daemon_{};
+    QString address_{};
+    std::vector<QString> connections_{};
+};
+
+/// Runs the event loop until the condition holds. False when that took unreasonably long.
+[[nodiscard]] bool runUntil(const std::function<bool()>& condition);
+
+/// Sends a call and runs the event loop until its answer is there.
+[[nodiscard]] QDBusMessage callAndWait(QDBusConnection& bus, const QDBusMessage& message);
+
+}  // namespace tidewell
