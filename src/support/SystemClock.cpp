@@ -45,19 +45,13 @@ Date SystemClock::now() const { return Date{std::chrono::system_clock::now().tim
 
 asio::awaitable<void> SystemClock::sleepFor(std::chrono::milliseconds delay)
 {
-    if (delay <= 0ms) {
-        co_await asio::post(asio::use_awaitable);
-        const auto cancellation = co_await asio::this_coro::cancellation_state;
-        if (cancellation.cancelled() != asio::cancellation_type::none)
-            throw boost::system::system_error{asio::error::operation_aborted};
-        co_return;
-    }
-    const auto bounded = std::min(delay, longestDelay);
-    if (const int timer = makeTimer(bounded); timer >= 0) {
+    const auto bounded = std::clamp(delay, 0ms, longestDelay);
+    if (const int timer = bounded > 0ms ? makeTimer(bounded) : -1; timer >= 0) {
         asio::posix::stream_descriptor descriptor{reactor_, timer};
         co_await descriptor.async_wait(asio::posix::descriptor_base::wait_read, asio::use_awaitable);
     } else {
-        // Too many open files: a clock that stands still while the machine sleeps beats none at all.
+        // Nothing to wait for, or too many open files: a clock that stands still while the machine sleeps
+        // beats none at all.
         asio::steady_timer fallback{reactor_, bounded};
         co_await fallback.async_wait(asio::use_awaitable);
     }
