@@ -370,7 +370,7 @@ struct DexcomAPI::Impl {
         co_return SecretText{id};
     }
 
-    /// Sends one step's request. The answer's body for a status from 200 to 299; 401 and 403 end the session.
+    /// Sends one step's request. The answer's body for a status from 200 to 299.
     asio::awaitable<Answer> post(Step step, SecretText body, std::string shownBody)
     {
         HttpRequest request{.method = HttpMethod::post,
@@ -378,20 +378,25 @@ struct DexcomAPI::Impl {
                             .headers = {{"Content-Type", "application/json"}, {"Accept", "application/json"}},
                             .body = std::move(body)};
         debug(fmt::format("{} request: POST {} body={}", step.label, request.url, shownBody));
-        auto response = co_await http.send(std::move(request));
+        co_return judged(step, co_await http.send(std::move(request)));
+    }
+
+    /// What came of a step's request; 401 and 403 end the session.
+    Answer judged(const Step& step, std::expected<HttpResponse, HttpError> response)
+    {
         if (!response) {
             if (response.error().kind == HttpError::Kind::badAnswer)
                 warn(fmt::format("{} failed: non-HTTP response", step.name));
-            co_return std::unexpected{transportError(step, response.error())};
+            return std::unexpected{transportError(step, response.error())};
         }
         debug(fmt::format("{} status={} bytes={}", step.name, response->status, response->body.size()));
         if (response->status >= 200 && response->status <= 299)
-            co_return std::move(response->body);
+            return std::move(response->body);
         DexcomError error = statusError(step, *response);
         wipe(response->body.data(), response->body.size());  // Error texts name accounts and sessions.
         if (error.kind == Kind::sessionExpired)
             session.reset();
-        co_return std::unexpected{std::move(error)};
+        return std::unexpected{std::move(error)};
     }
 
     /// Logs the failure and hands it through.

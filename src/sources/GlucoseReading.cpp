@@ -96,7 +96,8 @@ std::string storedDate(Date date)
     const double clamped = std::clamp(unixSeconds(date), firstStorableSecond, lastStorableSecond);
     const auto total = static_cast<std::int64_t>(std::llround(clamped * 1000));
     const std::int64_t milliseconds = ((total % 1000) + 1000) % 1000;
-    std::string text = isoText(dateFromUnix(static_cast<double>((total - milliseconds) / 1000)));
+    const std::int64_t seconds = (total - milliseconds) / 1000;
+    std::string text = isoText(dateFromUnix(static_cast<double>(seconds)));
     text.pop_back();  // The "Z".
     return fmt::format("{}.{:03}Z", text, milliseconds);
 }
