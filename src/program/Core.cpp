@@ -1,5 +1,7 @@
 #include "program/Core.h"
 
+#include <future>
+
 #include "sources/DexcomAPI.h"
 #include "support/Log.h"
 
@@ -11,7 +13,9 @@ const Log coreLog{"Core"};
 
 /// Long enough for a blocked transfer to notice that it is given up, short enough to leave within two
 /// seconds.
-constexpr std::chrono::milliseconds workersGrace{1300};
+constexpr std::chrono::milliseconds workersGrace{1000};
+/// A turn of the engine is short; one that is not must not hold up the end.
+constexpr std::chrono::milliseconds engineGrace{300};
 /// An atomic write is several events; one reload is enough for them.
 constexpr std::chrono::milliseconds reloadDelay{200};
 
@@ -150,7 +154,12 @@ bool Core::shutDown()
         delegate_->applicationWillTerminate();
     reloadTimer_.stop();
     defaults_->setChangeHandler({});
-    const bool ended = engine_.stop(workersGrace);
+    // What was just cancelled lets go of its worker before the loop ends under it.
+    const auto cancelled = std::make_shared<std::promise<void>>();
+    const auto delivered = cancelled->get_future();
+    asio::post(engine_.executor(), [cancelled] { cancelled->set_value(); });
+    const bool busy = delivered.wait_for(engineGrace) != std::future_status::ready;
+    const bool ended = engine_.stop(workersGrace) && !busy;
     if (const auto error = defaults_->save())
         coreLog.error("The bookkeeping was not saved: " + error.message());
     return ended;
