@@ -16,8 +16,20 @@ const Log coreLog{"Core"};
 constexpr std::chrono::milliseconds workersGrace{1000};
 /// A turn of the engine is short; one that is not must not hold up the end.
 constexpr std::chrono::milliseconds engineGrace{300};
+/// A cancelled coroutine leaves its callers one by one, each in a turn of its own.
+constexpr int unwindingTurns = 32;
 /// An atomic write is several events; one reload is enough for them.
 constexpr std::chrono::milliseconds reloadDelay{200};
+
+void afterTurns(asio::any_io_executor executor, int turns, std::function<void()> work)
+{
+    asio::post(executor, [executor, turns, work = std::move(work)]() mutable {
+        if (turns > 1)
+            afterTurns(std::move(executor), turns - 1, std::move(work));
+        else
+            work();
+    });
+}
 
 }  // namespace
 
@@ -157,7 +169,7 @@ bool Core::shutDown()
     // What was just cancelled lets go of its worker before the loop ends under it.
     const auto cancelled = std::make_shared<std::promise<void>>();
     const auto delivered = cancelled->get_future();
-    asio::post(engine_.executor(), [cancelled] { cancelled->set_value(); });
+    afterTurns(engine_.executor(), unwindingTurns, [cancelled] { cancelled->set_value(); });
     const bool busy = delivered.wait_for(engineGrace) != std::future_status::ready;
     const bool ended = engine_.stop(workersGrace) && !busy;
     if (const auto error = defaults_->save())
