@@ -4,14 +4,30 @@
 
 #include <mutex>
 #include <optional>
+#include <string_view>
 #include <thread>
 #include <utility>
+
+#include "platform/linux/GObject.h"
 
 namespace tidewell {
 namespace {
 
 /// Routes come and go several times while a network is set up.
 constexpr guint settleMilliseconds = 500;
+
+/// A monitor that asks NetworkManager or a portal holds a shared bus connection, and the library ends the
+/// whole process when such a one breaks, unless it is told not to.
+void surviveBusFailure(GNetworkMonitor* monitor)
+{
+    if (std::string_view{G_OBJECT_TYPE_NAME(monitor)} == "GNetworkMonitorNetlink")
+        return;
+    for (const GBusType type : {G_BUS_TYPE_SYSTEM, G_BUS_TYPE_SESSION}) {
+        GErrorSlot error;
+        if (const GObjectPtr<GDBusConnection> bus{g_bus_get_sync(type, nullptr, error.fill())})
+            g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    }
+}
 
 /// The thread that GLib's network monitor lives on. The library makes one monitor for the process, bound to
 /// the context in which it was first asked for, so this thread stays for as long as the process does.
@@ -22,7 +38,7 @@ GMainContext* sharedContext()
         GMainContext* made = g_main_context_new();
         std::thread{[made] {
             g_main_context_push_thread_default(made);
-            g_network_monitor_get_default();
+            surviveBusFailure(g_network_monitor_get_default());
             GMainLoop* loop = g_main_loop_new(made, FALSE);
             g_main_loop_run(loop);
         }}.detach();

@@ -28,8 +28,8 @@ const Log log{"KeychainItemStore"};
 
 /// Larger contents are none of ours.
 constexpr std::size_t largestContent = 1024 * 1024;
-/// A dialog that was closed faster than this was never seen: there is nobody to show it.
-constexpr std::chrono::milliseconds fastestPerson{400};
+/// For the answer to a goodbye.
+constexpr int closeMilliseconds = 500;
 
 const SecretSchema& schema()
 {
@@ -106,13 +106,17 @@ public:
     Session& operator=(Session&&) = delete;
     ~Session()
     {
-        if (!service_)
+        const char* path = service_ ? secret_service_get_session_dbus_path(service_.get()) : nullptr;
+        if (path == nullptr)
             return;
-        const char* path = secret_service_get_session_dbus_path(service_.get());
-        if (path != nullptr)
-            g_dbus_connection_call(g_dbus_proxy_get_connection(proxy()), g_dbus_proxy_get_name(proxy()), path,
-                                   "org.freedesktop.Secret.Session", "Close", nullptr, nullptr,
-                                   G_DBUS_CALL_FLAGS_NO_AUTO_START, 1000, nullptr, nullptr, nullptr);
+        // Waits, since the connection may go with this object, and with it what was not sent yet.
+        GErrorSlot ignored;
+        GVariant* answer = g_dbus_connection_call_sync(
+            g_dbus_proxy_get_connection(proxy()), g_dbus_proxy_get_name(proxy()), path,
+            "org.freedesktop.Secret.Session", "Close", nullptr, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START,
+            closeMilliseconds, nullptr, ignored.fill());
+        if (answer != nullptr)
+            g_variant_unref(answer);
     }
 
     [[nodiscard]] SecretService* get() const { return service_.get(); }
@@ -285,8 +289,8 @@ struct KeychainItemStore::Operations {
         if (error)
             return statusOf(error.get());
         if (opened == 0)
-            return Moment::now() - start < fastestPerson ? keychainStatus::interactionNotAllowed
-                                                         : keychainStatus::userCanceled;
+            return Moment::now() - start < worker.deadlines.seen ? keychainStatus::interactionNotAllowed
+                                                                 : keychainStatus::userCanceled;
         return abandoned ? keychainStatus::interactionNotAllowed : keychainStatus::success;
     }
 

@@ -19,6 +19,8 @@ public:
     struct Deadlines {
         std::chrono::milliseconds answer{10'000};  ///< Of a call that needs nobody.
         std::chrono::milliseconds prompt{60'000};  ///< Of an unlock dialog, from its opening on.
+        /// A dialog that is closed sooner was shown to nobody: the store counts as locked, not as refused.
+        std::chrono::milliseconds seen{400};
     };
 
     KeychainItemStore();
