@@ -111,6 +111,9 @@ private:
     std::string shown_;
 };
 
+/// Before a read is repeated: the service is asked for data once a second at most.
+constexpr std::chrono::milliseconds readSpacing{1000};
+
 bool isServerTrouble(int status) { return status == 429 || (status >= 500 && status <= 599); }
 
 DexcomError transportError(const Step& step, const HttpError& error)
@@ -217,7 +220,7 @@ GlucoseAPIError glucoseAPIError(const DexcomError& error)
 struct DexcomAPI::Impl {
     using Answer = std::expected<std::string, DexcomError>;
 
-    Impl(const asio::any_io_executor& executor, HttpClient& client, const Clock& time,
+    Impl(const asio::any_io_executor& executor, HttpClient& client, Clock& time,
          const ServiceEndpoints& endpoints, const GlucoseAccountConfiguration& account)
         : turns{executor},
           http{client},
@@ -266,6 +269,7 @@ struct DexcomAPI::Impl {
             const auto signedIn = co_await signIn();
             if (!signedIn)
                 co_return std::unexpected{signedIn.error()};
+            co_await clock.sleepFor(readSpacing);
             body = co_await read();
         }
         if (!body)
@@ -412,7 +416,7 @@ struct DexcomAPI::Impl {
 
     Turns turns;  ///< A call begins with one.
     HttpClient& http;
-    const Clock& clock;
+    Clock& clock;
     std::string username;
     SecretText password;
     std::string region;
@@ -421,7 +425,7 @@ struct DexcomAPI::Impl {
     Log log{"DexcomAPI"};
 };
 
-DexcomAPI::DexcomAPI(asio::any_io_executor executor, HttpClient& http, const Clock& clock,
+DexcomAPI::DexcomAPI(asio::any_io_executor executor, HttpClient& http, Clock& clock,
                      const ServiceEndpoints& endpoints, const GlucoseAccountConfiguration& account)
     : impl_{std::make_shared<Impl>(executor, http, clock, endpoints, account)}
 {

@@ -41,11 +41,12 @@ struct DexcomError {
 [[nodiscard]] GlucoseAPIError glucoseAPIError(const DexcomError& error);
 
 /// Reads the latest values of a Dexcom Share publisher account. Keeps its session in memory between calls.
-/// Lives on `executor`; `http` and `clock` outlive it and its running calls. A dropped client's running call
-/// goes on to its end. A call that is cancelled leaves with operation_aborted and lets the next one in.
+/// Asks for data once a second at most. Lives on `executor`; `http` and `clock` outlive it and its running
+/// calls. A dropped client's running call goes on to its end. A call that is cancelled leaves with
+/// operation_aborted and lets the next one in.
 class DexcomAPI final : public GlucoseAPIProtocol {
 public:
-    DexcomAPI(asio::any_io_executor executor, HttpClient& http, const Clock& clock,
+    DexcomAPI(asio::any_io_executor executor, HttpClient& http, Clock& clock,
               const ServiceEndpoints& endpoints, const GlucoseAccountConfiguration& account);
     ~DexcomAPI() override;
 

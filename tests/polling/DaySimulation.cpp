@@ -24,7 +24,7 @@ namespace {
 
 constexpr Date dawn = dateFromUnix(1'772'409'600);
 constexpr Seconds dayLength{86'400};
-constexpr Seconds latency{0.4};
+constexpr Seconds latency{0.1};
 /// The longest regular backoff with its jitter, a poll that runs into time-outs on its way, and a little.
 constexpr Seconds usualRecovery{1080 + 60 + 20};
 /// After a session that could not be renewed.

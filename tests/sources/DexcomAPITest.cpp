@@ -73,6 +73,8 @@ protected:
     {
         const auto running = startFetch(api);
         clock_.runReady();
+        if (!running.ended())
+            clock_.advance(1s);  // The pause before a read is repeated.
         EXPECT_TRUE(running.ended());
         return running.result();
     }
@@ -268,9 +270,13 @@ TEST_F(DexcomAPITest, aReadAnswered500IsRepeatedOnceWithANewSession)
     http_.answer(200, idBody(accountId));
     http_.answer(200, idBody("11111111-2222-4333-8444-555555555555"));
     http_.answer(200, std::string{oneReading});
-    EXPECT_TRUE(fetch(*api));
+    const auto running = startFetch(*api);
+    clock_.advance(999ms);
+    EXPECT_EQ(takeSteps(), "alral") << "one read a second at most";
+    clock_.advance(1ms);
+    EXPECT_TRUE(running.ended() && running.result());
     EXPECT_TRUE(http_.requests().back().body.reveal().contains("11111111-2222-4333-8444-555555555555"));
-    EXPECT_EQ(takeSteps(), "alralr");
+    EXPECT_EQ(takeSteps(), "r");
     EXPECT_TRUE(logged(
         "ReadPublisherLatestGlucoseValues received HTTP 500; invalidated session and retrying auth flow"));
 
