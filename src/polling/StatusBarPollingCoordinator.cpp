@@ -83,12 +83,11 @@ asio::awaitable<std::expected<T, GlucoseAPIError>> guarded(
 /// Waits for a task, however that ends. A caller that is itself cancelled leaves with operation_aborted.
 asio::awaitable<bool> endedWell(Task<void> task)
 {
-    bool well = false;
+    bool well = true;
     try {
         co_await task.wait();
-        well = true;
     } catch (const std::exception&) {
-        // Cancelled with its run, or broken; the caller looks which.
+        well = false;  // Cancelled with its run, or broken; the caller looks which.
     }
     const asio::cancellation_state cancellation = co_await asio::this_coro::cancellation_state;
     if (cancellation.cancelled() != asio::cancellation_type::none)

@@ -145,8 +145,9 @@ protected:
     std::shared_ptr<MemoryKeychainItemStore> keychain = std::make_shared<MemoryKeychainItemStore>();
     std::unique_ptr<ConfigurationManager> manager;
     UserDefaults defaults;
-    StatusBarViewModel viewModel{io.get_executor(), clock, random,
-                                 [this] { return manager ? std::optional{manager->settings()} : std::nullopt; }};
+    StatusBarViewModel viewModel{io.get_executor(), clock, random, [this] {
+                                     return manager ? std::optional{manager->settings()} : std::nullopt;
+                                 }};
     FakeNetworkPath path;
     NetworkMonitor network{clock, random, path.monitoring()};
     StatusBarPollingCoordinator coordinator{{.engine = io.get_executor(),
