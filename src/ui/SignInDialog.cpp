@@ -23,6 +23,8 @@ struct Choice {
     const char* title;
 };
 
+constexpr int textWidth = 400;  // Pixels; about sixty characters to a line.
+
 constexpr std::array dexcomRegions{
     Choice{"us", QT_TRANSLATE_NOOP("SignInDialog", "United States")},
     Choice{"ous", QT_TRANSLATE_NOOP("SignInDialog", "Outside the United States")},
@@ -185,7 +187,8 @@ SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_u
     cancel->setAutoDefault(false);
 
     auto* layout = new QVBoxLayout{this};
-    layout->setSizeConstraint(QLayout::SetMinimumSize);
+    layout->setSizeConstraint(QLayout::SetFixedSize);  // Grows and shrinks with what is shown.
+    intro->setMinimumWidth(textWidth);
     layout->addWidget(intro);
     layout->addLayout(form);
     layout->addWidget(my.problem);
@@ -193,7 +196,6 @@ SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_u
     layout->addWidget(my.progress);
     layout->addStretch();
     layout->addWidget(buttons);
-    setMinimumWidth(420);
     setTabOrder(my.showPassword, my.signIn);
 
     connect(my.showPassword, &QCheckBox::toggled, this,
@@ -258,7 +260,6 @@ void SignInDialog::showError(const QString& title, const QString& detail, const 
     impl_->problem->setAccessibleName(title);
     impl_->problem->setAccessibleDescription(detail + u' ' + hint);
     impl_->problem->show();
-    adjustSize();
     impl_->password->setFocus();
     impl_->password->selectAll();
 }
