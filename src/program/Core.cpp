@@ -18,6 +18,8 @@ constexpr std::chrono::milliseconds workersGrace{1000};
 constexpr std::chrono::milliseconds engineGrace{300};
 /// A cancelled coroutine leaves its callers one by one, each in a turn of its own.
 constexpr int unwindingTurns = 32;
+/// How often the two loops may have to wait for each other on the way.
+constexpr int unwindingRounds = 4;
 /// An atomic write is several events; one reload is enough for them.
 constexpr std::chrono::milliseconds reloadDelay{200};
 
@@ -162,19 +164,33 @@ void Core::saveDefaultsLater()
 bool Core::shutDown()
 {
     ended_ = true;
-    if (delegate_)
-        delegate_->applicationWillTerminate();
     reloadTimer_.stop();
     defaults_->setChangeHandler({});
-    // What was just cancelled lets go of its worker before the loop ends under it.
-    const auto cancelled = std::make_shared<std::promise<void>>();
-    const auto delivered = cancelled->get_future();
-    afterTurns(engine_.executor(), unwindingTurns, [cancelled] { cancelled->set_value(); });
-    const bool busy = delivered.wait_for(engineGrace) != std::future_status::ready;
+    if (delegate_)
+        delegate_->applicationWillTerminate();
+    delegate_.reset();
+    coordinator_.reset();
+    viewModel_.reset();
+    workspace_.reset();
+    // What was just cancelled leaves before the loops end under it: each loop may have to tell the other.
+    bool busy = false;
+    for (int round = 0; round < unwindingRounds && !busy; ++round) {
+        mainLoop_.loop().runPending();
+        busy = !engineTookTurns();
+    }
     const bool ended = engine_.stop(workersGrace) && !busy;
     if (const auto error = defaults_->save())
         coreLog.error("The bookkeeping was not saved: " + error.message());
+    environment_.temporary.reset();
     return ended;
+}
+
+bool Core::engineTookTurns()
+{
+    const auto taken = std::make_shared<std::promise<void>>();
+    const auto future = taken->get_future();
+    afterTurns(engine_.executor(), unwindingTurns, [taken] { taken->set_value(); });
+    return future.wait_for(engineGrace) == std::future_status::ready;
 }
 
 }  // namespace tidewell

@@ -52,14 +52,17 @@ public:
     /// Resumes when the launch sequence has ended.
     [[nodiscard]] asio::awaitable<void> launched();
 
-    /// Ends polling and saves what is pending, within about a second. True when every thread has ended; when
-    /// false, something still blocks one and the process should leave by _exit.
+    /// Ends polling and saves what is pending, within about a second; the last call but the destructor. True
+    /// when every thread has ended; when false, something still blocks one and the process should leave by
+    /// _exit.
     [[nodiscard]] bool shutDown();
 
 private:
     Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock);
     void watchConfiguration();
     void saveDefaultsLater();
+    /// Lets the engine do what waits for it; false when it is too busy.
+    bool engineTookTurns();
     asio::awaitable<void> prepareDemo();
 
     std::unique_ptr<Engine> engineOwner_;
