@@ -1,6 +1,7 @@
 // What one poll of a full day costs, from the service's bytes to what the status item shows.
 
 #include <benchmark/benchmark.h>
+#include <fmt/format.h>
 
 #include "polling/ReadingMerge.h"
 #include "simulator/SimulatedServices.h"
@@ -38,13 +39,13 @@ std::string dayOfReadings()
     std::string body = "[";
     for (int index = 0; index < 288; ++index) {
         const auto milliseconds = static_cast<std::int64_t>(unixSeconds(now) - 60 - 300.0 * index) * 1000;
-        body += fmt::format(
-            R"({}{{"WT":"Date({})","ST":"Date({})","DT":"Date({}+0100)","Value":{},"Trend":"Flat"
+        if (index > 0)
+            body += ',';
+        body += fmt::format("{{\"WT\":\"Date({0})\",\"ST\":\"Date({0})\",\"DT\":\"Date({0}+0100)\",",
+                            milliseconds);
+        body += fmt::format("\"Value\":{},\"Trend\":\"Flat\"}}", 100 + index % 80);
     }
-})",
-            index ? "," : "", milliseconds, milliseconds, milliseconds, 100 + index % 80);
-}
-return body + "]";
+    return body + "]";
 }
 
 /// The parts of one poll, on one thread.

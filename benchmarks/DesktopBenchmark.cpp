@@ -184,9 +184,9 @@ public:
         program.setStandardErrorFile(folder_.filePath("errors"));
         QElapsedTimer timer;
         timer.start();
-        program.start(TIDEWELL_PROGRAM, QStringList{});
+        program.start(TIDEWELL_PROGRAM, {"--verbose"});
         if (!waitFor([&registered] { return registered; }, 10'000))
-            fail("the item was not registered within 10 s");
+            fail("the item was not registered within 10 s: " + errors());
         return static_cast<double>(timer.nsecsElapsed()) / 1e6;
     }
 
@@ -200,9 +200,8 @@ public:
         return static_cast<double>(timer.nsecsElapsed()) / 1e6;
     }
 
-    /// Milliseconds of the wall and of the processor that `watch --once` takes: start, sign-in, one poll,
-    /// end.
-    std::pair<double, double> watchOnce()
+    /// The milliseconds that `watch --once` takes: start, sign-in, one poll, end.
+    double watchOnce()
     {
         QProcess program;
         program.setProcessEnvironment(environment_);
@@ -215,6 +214,13 @@ public:
     }
 
 private:
+    /// What the program wrote to standard error.
+    [[nodiscard]] QString errors() const
+    {
+        QFile file{folder_.filePath("errors")};
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString{};
+    }
+
     void write(const QString& name, const QByteArray& content)
     {
         QFile file{folder_.filePath(name)};

@@ -111,8 +111,15 @@ void AppDelegate::configurationDidUpdate()
         followAccount();
 }
 
+void AppDelegate::storedStateDidReload()
+{
+    if (!following_ && services_.configurationManager.account())
+        configurationDidUpdate();
+}
+
 void AppDelegate::followAccount()
 {
+    following_ = true;
     if (passwordTask_.running())
         passwordTask_.cancel();
     const auto& account = services_.configurationManager.account();

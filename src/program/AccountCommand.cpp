@@ -145,7 +145,9 @@ ExitCode runAccountSet(const AccountSetOptions& options)
         !saved)
         return report(commandError(saved.error()));
     (*session)->defaults().set(onboardingCompletedKey, true);
-    if (const auto error = (*session)->defaults().save())
+    const auto error = (*session)->defaults().save();
+    (*session)->announceChange();
+    if (error)
         return report({ExitCode::failure, "The account is stored, but " +
                                               (*session)->environment().defaults().string() +
                                               " cannot be written: " + error.message()});
@@ -201,6 +203,7 @@ ExitCode runAccountClear()
     }
     if (const auto saved = (*session)->run((*session)->configuration().saveAccount(std::nullopt)); !saved)
         return report(commandError(saved.error()));
+    (*session)->announceChange();
     fmt::print("The account and its password are removed. The settings stay.\n");
     return ExitCode::good;
 }

@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <csignal>
 
+#include "platform/linux/BusConnection.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/StatusItem.h"
 #include "platform/linux/UnixSignals.h"
@@ -15,6 +16,9 @@ namespace tidewell {
 namespace {
 
 const Log applicationLog{"Application"};
+
+/// A bus that lives greets within a millisecond; at the start of a session, machines are busy.
+constexpr std::chrono::milliseconds busGreetingWait{1000};
 
 /// The status item and the windows, over the core. Main thread.
 class Face {
@@ -74,10 +78,17 @@ private:
 
 ExitCode runApplication(const ApplicationOptions& options)
 {
-    if (!displayAnswers())
+    const DisplayProbe display;
+    if (!display.answers())
         return report(
             {ExitCode::failure,
              "There is no display to show the status item on. Use \"tidewell watch\" in a terminal."});
+    // The toolkit's accessibility asks the session bus as the event loop begins, and waits as long as it
+    // takes. A bus that hangs must not hold up the value; this address makes the toolkit leave the bus alone.
+    if (const auto bus = sessionBusAddress(); !bus.isEmpty() && !busGreets(bus, busGreetingWait)) {
+        applicationLog.warning("The session bus does not answer; screen readers are not served in this run.");
+        qputenv("AT_SPI_BUS_ADDRESS", "unix:path=/nonexistent");
+    }
     // The end of the desktop session is announced by a signal; its manager must not wait for us either.
     QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
     QApplication application{processArguments().count, processArguments().values};
@@ -103,9 +114,11 @@ ExitCode runApplication(const ApplicationOptions& options)
     {
         Face face{**core};
         if (instance)
-            (*instance)->onWord([&face](InstanceWord word) {
-                if (word == InstanceWord::activate)
-                    face.reopen();
+            (*instance)->onWord([&face, &core](InstanceWord word) {
+                switch (word) {
+                case InstanceWord::activate: face.reopen(); break;
+                case InstanceWord::configurationChanged: (*core)->reloadConfiguration(); break;
+                }
             });
         face.launch();
         QApplication::exec();

@@ -1,6 +1,6 @@
 #include "program/CommandSession.h"
 
-#include "program/Process.h"
+#include "platform/linux/SingleInstance.h"
 #include "sources/DexcomAPI.h"
 
 namespace tidewell {
@@ -30,6 +30,11 @@ CommandSession::CommandSession(Environment environment)
 }
 
 CommandSession::~CommandSession() { (void)engine_.stop(std::chrono::milliseconds{500}); }
+
+void CommandSession::announceChange()
+{
+    (void)SingleInstance::send(environment_.folders.runtime, InstanceWord::configurationChanged);
+}
 
 std::shared_ptr<GlucoseAPIProtocol> CommandSession::makeAPIClient(const GlucoseAccountConfiguration& account)
 {

@@ -30,6 +30,10 @@ public:
     [[nodiscard]] std::shared_ptr<GlucoseAPIProtocol> makeAPIClient(
         const GlucoseAccountConfiguration& account);
 
+    /// Tells the running application, if there is one, that the stored configuration changed. It notices by
+    /// itself too, but not on every file system.
+    void announceChange();
+
     /// Runs a coroutine on this thread to its end and returns its result.
     template <class T>
     [[nodiscard]] T run(asio::awaitable<T> work)

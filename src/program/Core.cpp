@@ -4,6 +4,7 @@
 
 #include "sources/DexcomAPI.h"
 #include "support/Log.h"
+#include "support/Workers.h"
 
 namespace tidewell {
 
@@ -54,7 +55,8 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
       environment_{std::move(environment)},
       http_{engine_.workers(), "Tidewell/" TIDEWELL_VERSION},
       defaults_{environment_.demo ? std::make_shared<UserDefaults>()
-                                  : std::make_shared<UserDefaults>(environment_.defaults())}
+                                  : std::make_shared<UserDefaults>(environment_.defaults())},
+      defaultsFile_{asio::make_strand(engine_.workers())}
 {
     if (const auto error = defaults_->load())
         coreLog.warning("The bookkeeping in " + environment_.defaults().string() +
@@ -145,7 +147,7 @@ void Core::watchConfiguration()
     reloadTimer_.setSingleShot(true);
     reloadTimer_.setInterval(reloadDelay);
     QObject::connect(&reloadTimer_, &QTimer::timeout,
-                     [this] { asio::co_spawn(main(), configuration_->load(), asio::detached); });
+                     [this] { asio::co_spawn(main(), reload(), asio::detached); });
     // The folder, since each atomic write replaces the file.
     const auto folder = QString::fromStdString(environment_.folders.configuration.string());
     QObject::connect(&fileWatcher_, &QFileSystemWatcher::directoryChanged, [this] { reloadTimer_.start(); });
@@ -153,9 +155,22 @@ void Core::watchConfiguration()
         coreLog.info("Changes of the configuration by other processes are not noticed.");
 }
 
+asio::awaitable<void> Core::reload()
+{
+    const auto readDefaults = [defaults = defaults_] {
+        // What is not saved yet would be forgotten by a load.
+        if (!defaults->save())
+            (void)defaults->load();
+    };
+    co_await runOnWorker(asio::any_io_executor{defaultsFile_}, readDefaults);
+    (void)co_await configuration_->load();
+    if (delegate_)
+        delegate_->storedStateDidReload();
+}
+
 void Core::saveDefaultsLater()
 {
-    asio::post(engine_.workers(), [defaults = defaults_] {
+    asio::post(defaultsFile_, [defaults = defaults_] {
         if (const auto error = defaults->save())
             coreLog.error("The bookkeeping was not saved: " + error.message());
     });

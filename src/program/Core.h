@@ -2,6 +2,7 @@
 
 #include <QFileSystemWatcher>
 #include <QTimer>
+#include <boost/asio/strand.hpp>
 #include <memory>
 
 #include "app/AppDelegate.h"
@@ -49,6 +50,8 @@ public:
     /// Begins the launch sequence. `ensureStatusItem` and `onboarding` may be empty for a run without
     /// windows.
     void launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding);
+    /// Reads the stored configuration again: another process says that it changed it.
+    void reloadConfiguration() { reloadTimer_.start(); }
     /// Resumes when the launch sequence has ended.
     [[nodiscard]] asio::awaitable<void> launched();
 
@@ -63,6 +66,7 @@ private:
     void saveDefaultsLater();
     /// Lets the engine do what waits for it; false when it is too busy.
     bool engineTookTurns();
+    asio::awaitable<void> reload();
     asio::awaitable<void> prepareDemo();
 
     std::unique_ptr<Engine> engineOwner_;
@@ -74,6 +78,7 @@ private:
     SystemRandom random_;
     CurlHttpClient http_;
     std::shared_ptr<UserDefaults> defaults_;
+    asio::strand<asio::any_io_executor> defaultsFile_;  ///< One access to its file at a time.
     std::unique_ptr<ConfigurationManager> configuration_;
     std::unique_ptr<StatusBarViewModel> viewModel_;
     std::unique_ptr<NetworkMonitor> network_;

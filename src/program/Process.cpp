@@ -18,23 +18,22 @@ namespace tidewell {
 
 namespace {
 
-/// Whether something listens on that Unix socket; a leading '@' stands for the abstract name space.
-bool listens(std::string_view path)
+/// A connection to that Unix socket, if something listens; a leading '@' stands for the abstract name space.
+UniqueFd connectTo(std::string_view path)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.empty() || path.size() >= sizeof address.sun_path)
-        return false;
+        return {};
     std::memcpy(address.sun_path, path.data(), path.size());
     if (path.front() == '@')
         address.sun_path[0] = '\0';
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (socket < 0)
-        return false;
+    UniqueFd socket{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size());
-    const bool connected = ::connect(socket, reinterpret_cast<const sockaddr*>(&address), size) == 0;
-    ::close(socket);
-    return connected;
+    const void* where = &address;
+    if (!socket || ::connect(socket.get(), static_cast<const sockaddr*>(where), size) != 0)
+        return {};
+    return socket;
 }
 
 }  // namespace
@@ -62,24 +61,29 @@ void endProcessUnless(bool everyThreadEnded, ExitCode code)
     ::_exit(static_cast<int>(code));
 }
 
-bool displayAnswers()
+DisplayProbe::DisplayProbe()
 {
     const auto variable = [](const char* name) {
         const char* value = std::getenv(name);
         return std::string{value ? value : ""};
     };
-    if (const auto wayland = variable("WAYLAND_DISPLAY"); !wayland.empty()) {
-        if (listens(wayland.starts_with('/') ? wayland : variable("XDG_RUNTIME_DIR") + "/" + wayland))
-            return true;
-    }
+    const auto wayland = variable("WAYLAND_DISPLAY");
+    if (!wayland.empty())
+        connection_ =
+            connectTo(wayland.starts_with('/') ? wayland : variable("XDG_RUNTIME_DIR") + "/" + wayland);
     const auto display = variable("DISPLAY");
-    if (display.empty())
-        return false;
-    if (!display.starts_with(':') && !display.starts_with("unix:"))
-        return true;  // Over the network: only the toolkit can tell.
-    const auto colon = display.rfind(':');
-    const auto number = display.substr(colon + 1, display.find('.', colon) - colon - 1);
-    return listens("@/tmp/.X11-unix/X" + number) || listens("/tmp/.X11-unix/X" + number);
+    if (!connection_ && !display.empty()) {
+        if (!display.starts_with(':') && !display.starts_with("unix:")) {
+            answers_ = true;  // Over the network.
+            return;
+        }
+        const auto colon = display.rfind(':');
+        const auto number = display.substr(colon + 1, display.find('.', colon) - colon - 1);
+        connection_ = connectTo("@/tmp/.X11-unix/X" + number);
+        if (!connection_)
+            connection_ = connectTo("/tmp/.X11-unix/X" + number);
+    }
+    answers_ = static_cast<bool>(connection_);
 }
 
 }  // namespace tidewell

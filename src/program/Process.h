@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/UniqueFd.h"
 #include "program/ExitCode.h"
 
 namespace tidewell {
@@ -18,7 +19,19 @@ void hardenProcess();
 /// library must not hold up the end, nor may what it uses be taken down below it.
 void endProcessUnless(bool everyThreadEnded, ExitCode code);
 
-/// Whether a display server answers where the environment says that there is one.
-[[nodiscard]] bool displayAnswers();
+/// A connection to the display server that the environment names.
+///
+/// Held while the toolkit makes its own: a server may start over when its last client leaves.
+class DisplayProbe {
+public:
+    DisplayProbe();
+
+    /// Whether a server answers, or only the toolkit can tell (a display over the network).
+    [[nodiscard]] bool answers() const { return answers_; }
+
+private:
+    UniqueFd connection_{};
+    bool answers_ = false;
+};
 
 }  // namespace tidewell

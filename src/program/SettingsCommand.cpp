@@ -61,6 +61,7 @@ ExitCode runSettingsSet(const std::string& key, const std::string& value)
         return report({ExitCode::usage, changed.error()});
     if (const auto saved = (*session)->run(configuration.saveSettings(std::move(*changed))); !saved)
         return report({ExitCode::failure, saved.error().message});
+    (*session)->announceChange();
     fmt::print("{} = {}\n", key, settingText(configuration.settings(), key).value_or(""));
     return ExitCode::good;
 }

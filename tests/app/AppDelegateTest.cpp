@@ -219,6 +219,22 @@ TEST_F(AppDelegateTest, withoutAnAccountTheItemAsksForASignInAndThenFollowsIt)
     EXPECT_EQ(api->fetches, fetches);
 }
 
+TEST_F(AppDelegateTest, anAccountFromAnotherProcessEndsTheFirstRunSteps)
+{
+    launch();
+    asio::co_spawn(io, manager->saveAccount(account()), asio::detached);
+    clock.advance(1h);
+    EXPECT_EQ(api->fetches, 0);
+
+    defaults.set(onboardingCompletedKey, true);
+    delegate->storedStateDidReload();
+    clock.advance(6s);
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+    delegate->storedStateDidReload();
+    clock.advance(6s);
+    EXPECT_EQ(clientsMadeFor.size(), 1U) << "an account that is followed already is left alone";
+}
+
 TEST_F(AppDelegateTest, aDamagedDocumentSaysSoAndIsLeftAlone)
 {
     ASSERT_FALSE(writeFileAtomically(folder / "configuration.json", "{\"app\":"));

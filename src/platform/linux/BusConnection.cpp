@@ -18,7 +18,7 @@ namespace tidewell {
 namespace {
 
 /// A bus that does not greet for so long counts as absent.
-constexpr int greetingTimeoutMs = 60'000;
+constexpr std::chrono::minutes greetingTimeout{1};
 
 /// The socket that a D-Bus address names, in the kernel's form; empty for other transports.
 std::optional<std::pair<sockaddr_un, socklen_t>> socketOf(const QString& address)
@@ -45,9 +45,11 @@ std::optional<std::pair<sockaddr_un, socklen_t>> socketOf(const QString& address
     return std::nullopt;
 }
 
-/// Whether a bus answers the first line of the D-Bus handshake. The bus library would wait for it on the one
-/// thread that all connections of the process share, and the end of the process would wait for that thread.
-bool busGreets(const QString& address)
+}  // namespace
+
+// The bus library would wait for the greeting on the one thread that all connections of the process share,
+// and the end of the process would wait for that thread.
+bool busGreets(const QString& address, std::chrono::milliseconds timeout)
 {
     const auto name = socketOf(address);
     if (!name)
@@ -69,13 +71,11 @@ bool busGreets(const QString& address)
         pollfd wait{.fd = fd, .events = POLLIN, .revents = 0};
         greeted =
             ::send(fd, hello.data(), hello.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(hello.size()) &&
-            ::poll(&wait, 1, greetingTimeoutMs) == 1 && (wait.revents & POLLIN) != 0;
+            ::poll(&wait, 1, static_cast<int>(timeout.count())) == 1 && (wait.revents & POLLIN) != 0;
     }
     ::close(fd);
     return greeted;
 }
-
-}  // namespace
 
 QString sessionBusAddress()
 {
@@ -104,7 +104,7 @@ std::shared_ptr<void> connectToBus(const QString& address,
     const auto connected = std::make_shared<std::atomic<bool>>(false);
     return runInBackground(
         [address, name, connected] {
-            if (address.isEmpty() || !busGreets(address))
+            if (address.isEmpty() || !busGreets(address, greetingTimeout))
                 return;
             const QDBusConnection connection = QDBusConnection::connectToBus(address, name);
             *connected = connection.isConnected();
