@@ -132,14 +132,16 @@ asio::awaitable<void> Core::prepareDemo()
     if (const auto saved = co_await configuration_->saveAccount(std::move(account)); !saved)
         coreLog.error("The demonstration's account was not stored: " + saved.error().message);
     defaults_->set(onboardingCompletedKey, true);
-    delegate_->applicationDidFinishLaunching();
+    if (delegate_)  // Else the end came first.
+        delegate_->applicationDidFinishLaunching();
 }
 
 asio::awaitable<void> Core::launched()
 {
     if (demoTask_)
         co_await demoTask_.wait();
-    co_await delegate_->launched();
+    if (delegate_)
+        co_await delegate_->launched();
 }
 
 void Core::watchConfiguration()

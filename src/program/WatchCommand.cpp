@@ -35,12 +35,24 @@ public:
         writer_.write(std::move(line.text));
     }
 
-    /// Of --once: the first state that holds a reading or a problem has been printed.
-    asio::awaitable<void> finishOnce()
+    /// Of --once: ends with the first state that holds a reading or a problem. Whoever is told to stop in the
+    /// meantime takes the watcher down first.
+    static asio::awaitable<void> finishOnce(std::weak_ptr<Watcher> weak, Core& core)
     {
-        co_await core_.launched();
+        co_await core.launched();
+        if (weak.expired())
+            co_return;
         // Who asks once waits for the answer, not for the schedule.
-        co_await core_.coordinator().refreshNow();
+        co_await core.coordinator().refreshNow();
+        if (const auto watcher = weak.lock())
+            watcher->endWhenSettled();
+    }
+
+    [[nodiscard]] ExitCode exitCode() const { return exitCode_; }
+
+private:
+    void endWhenSettled()
+    {
         if (watchIsSettled(core_.viewModel().state()))
             end();
         else
@@ -50,9 +62,6 @@ public:
             });
     }
 
-    [[nodiscard]] ExitCode exitCode() const { return exitCode_; }
-
-private:
     void end()
     {
         const auto& problem = core_.configuration().problem();
@@ -82,13 +91,13 @@ ExitCode runWatch(const WatchOptions& options)
     const UnixSignals signals{{SIGTERM, SIGINT, SIGHUP}, [](int) { QCoreApplication::quit(); }};
     ExitCode code = ExitCode::good;
     {
-        Watcher watcher{**core, options};
-        watcher.print();
+        const auto watcher = std::make_shared<Watcher>(**core, options);
+        watcher->print();
         (*core)->launch({}, nullptr);
         if (options.once)
-            asio::co_spawn((*core)->main(), watcher.finishOnce(), asio::detached);
+            asio::co_spawn((*core)->main(), Watcher::finishOnce(watcher, **core), asio::detached);
         QCoreApplication::exec();
-        code = watcher.exitCode();
+        code = watcher->exitCode();
     }
     endProcessUnless((*core)->shutDown(), code);
     return code;

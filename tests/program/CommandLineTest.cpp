@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/asio/ip/tcp.hpp>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -133,6 +134,21 @@ protected:
     std::unique_ptr<DemoService> service;
 };
 
+/// A service that takes connections and never answers.
+class SilentServer {
+public:
+    [[nodiscard]] std::string endpointsDocument(const std::string& region) const
+    {
+        const auto port = acceptor_.local_endpoint().port();
+        return R"({"dexcom": {")" + region + R"(": {"base": "http://127.0.0.1:)" + std::to_string(port) +
+               R"(/ShareWebServices/Services"}}})";
+    }
+
+private:
+    asio::io_context io_{1};
+    asio::ip::tcp::acceptor acceptor_{io_, {asio::ip::address_v4::loopback(), 0}};
+};
+
 TEST_F(CommandLineTest, helpAndVersionNeedNothingAndMistakesGetOneLineAndCodeTwo)
 {
     EXPECT_EQ(run({"--version"}).code, 0);
@@ -249,16 +265,33 @@ TEST_F(CommandLineTest, withoutAKeyringNothingIsStoredAndTheCodeIsSix)
 
 TEST_F(CommandLineTest, watchPrintsAtOnceAndEndsWithCodeZeroOnATerminationSignal)
 {
-    std::array<int, 2> pipe{};
-    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
-    const pid_t child = start({"watch", "--format", "json"}, {}, pipe[1]);
-    char byte = 0;
-    ASSERT_EQ(::read(pipe[0], &byte, 1), 1);
-    EXPECT_EQ(byte, '{');
-    ::kill(child, SIGTERM);
-    EXPECT_EQ(finish(child).code, 0);
-    ::close(pipe[0]);
-    ::close(pipe[1]);
+    ASSERT_NO_FATAL_FAILURE(startService());
+    ASSERT_EQ(signIn(service->account().password).code, 0);
+    const SilentServer silent;
+    std::ofstream{home / "endpoints.json"} << silent.endpointsDocument(service->account().region);
+    struct Case {
+        std::vector<std::string> arguments;
+        std::string_view until;  ///< The signal comes after this was printed.
+    };
+    for (const Case& each :
+         {Case{{"watch", "--format", "json"}, "{"}, Case{{"watch", "--format", "json", "--once"}, "{"},
+          Case{{"watch", "--format", "json", "--once"}, "\"refreshing\""},
+          Case{{"watch", "--format", "json", "--demo"}, "{"}}) {
+        SCOPED_TRACE(testing::PrintToString(each.arguments) + std::string{each.until});
+        std::array<int, 2> pipe{};
+        ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+        const pid_t child = start(each.arguments, {}, pipe[1]);
+        ::close(pipe[1]);
+        std::string printed;
+        char byte = 0;
+        while (!printed.contains(each.until) && ::read(pipe[0], &byte, 1) == 1)
+            printed += byte;
+        EXPECT_EQ(printed.substr(0, 1), "{");
+        ::kill(child, SIGTERM);
+        const auto ended = finish(child);
+        EXPECT_EQ(ended.code, 0) << ended.errors;
+        ::close(pipe[0]);
+    }
 }
 
 TEST_F(CommandLineTest, watchEndsQuietlyWhenItsReaderHasGone)
