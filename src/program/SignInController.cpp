@@ -56,7 +56,12 @@ asio::awaitable<void> SignInController::check(GlucoseAccountConfiguration accoun
                            tr("This version of Tidewell reads Dexcom Share accounts only."), {});
         co_return;
     }
+    const auto cancellation = co_await asio::this_coro::cancellation_state;
+    // A step that had just ended well does not notice that the person gave up; the window may be gone then.
+    const auto gaveUp = [&] { return cancellation.cancelled() != asio::cancellation_type::none; };
     const auto check = co_await checkAccount(core_.engine(), client);
+    if (gaveUp())
+        co_return;
     if (check.result != AccountCheck::Result::good) {
         const bool refused = check.result == AccountCheck::Result::refused;
         dialog_->showError(
@@ -70,7 +75,10 @@ asio::awaitable<void> SignInController::check(GlucoseAccountConfiguration accoun
     }
     const bool unchanged = core_.configuration().account() == account;
     core_.defaults().set(onboardingCompletedKey, true);
-    if (const auto saved = co_await core_.configuration().saveAccount(std::move(account)); !saved) {
+    const auto saved = co_await core_.configuration().saveAccount(std::move(account));
+    if (gaveUp())
+        co_return;
+    if (!saved) {
         signInLog.error("The account was not stored: " + saved.error().message);
         dialog_->showError(tr("Could not save the account"), text(saved.error().message),
                            tr("Nothing was changed. Try again."));
