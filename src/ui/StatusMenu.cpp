@@ -28,6 +28,21 @@ bool sameLines(const std::vector<MenuItem>& left, const std::vector<MenuItem>& r
 
 bool isWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
+/// The lines that say what is wrong cannot be chosen, but must be read: styles grey them out too far.
+void makeDisabledTextReadable(QMenu& menu)
+{
+    constexpr double share = 0.72;  // Of the text's colour; the contrast stays above 4.5 to 1.
+    QPalette palette = menu.palette();
+    const QColor text = palette.color(QPalette::Active, QPalette::WindowText);
+    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
+    const auto mixed = [](int a, int b) { return qRound(share * a + (1 - share) * b); };
+    const QColor readable{mixed(text.red(), ground.red()), mixed(text.green(), ground.green()),
+                          mixed(text.blue(), ground.blue())};
+    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, readable);
+    menu.setPalette(palette);
+}
+
 /// The menu as a window, for Wayland. Its fixed size makes tiling compositors let it float.
 class MenuWindow final : public QWidget {
 public:
@@ -161,6 +176,7 @@ struct StatusMenu::Impl {
 StatusMenu::StatusMenu(std::function<void(MenuCommand)> command)
     : impl_{std::make_unique<Impl>(std::move(command))}
 {
+    makeDisabledTextReadable(impl_->menu);
     impl_->menu.setAccessibleName(QStringLiteral("Tidewell"));
 }
 
