@@ -108,7 +108,7 @@ PollFailureVerdict pollFailureVerdict(const GlucoseAPIError& error, const PollFa
     if (error.kind == rateLimited)
         return {.action = PollFailureVerdict::Action::waitForService,
                 .outcome = {.kind = StatusBarPollOutcome::Kind::httpError, .httpStatus = 429},
-                .wait = std::max(error.retryAfter.value_or(shortestRateLimitWait), shortestRateLimitWait),
+                .wait = std::max(shortestRateLimitWait, error.retryAfter.value_or(shortestRateLimitWait)),
                 .status = {.title = sharingApp(context.provider) + " busy",
                            .message = error.text,
                            .remediation = "Tidewell will wait before trying again."}};

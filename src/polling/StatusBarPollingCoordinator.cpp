@@ -57,10 +57,8 @@ constexpr Seconds furthestTarget{300 + 300 + 30};
 
 using Fetched = std::expected<std::vector<GlucoseReading>, GlucoseAPIError>;
 
-std::int64_t millisecondsUntil(Date target, Date now)
-{
-    return std::chrono::ceil<Milliseconds>(std::clamp(target - now, Seconds{-1e9}, Seconds{1e9})).count();
-}
+/// Within thirty years, so that its milliseconds can be counted whatever a service named.
+Seconds timeUntil(Date target, Date now) { return std::clamp(target - now, Seconds{-1e9}, Seconds{1e9}); }
 
 /// What a service call returns. One that throws although nobody cancelled it is broken: that must look like
 /// any other failure, or polling would end without a word.
@@ -262,11 +260,11 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
 
         std::int64_t delay = pollingSchedule.delayForNextPoll(now);
         if (retryNotBefore)
-            delay = std::max(delay, millisecondsUntil(*retryNotBefore, now));
+            delay = std::max(delay, std::chrono::ceil<Milliseconds>(timeUntil(*retryNotBefore, now)).count());
         const std::string prefix = "⏱️ [Scheduler] " + isoText(now);
         if (!target)
             return {delay, fmt::format("{}: no target; using adaptive backoff = {}ms", prefix, delay)};
-        const auto ahead = static_cast<std::int64_t>((*target - now).count() * 1000);
+        const auto ahead = static_cast<std::int64_t>(timeUntil(*target, now).count() * 1000);
         if (ahead > 4999)
             return {delay, fmt::format("{}: nextPoll scheduled in {}ms", prefix, delay)};
         return {delay, fmt::format("{}: target in past or too soon ({}ms); using adaptive backoff = {}ms",

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace tidewell {
 namespace {
 
@@ -91,6 +93,10 @@ const std::vector<Case> cases{
      {Kind::rateLimited, "Slow down", Seconds{300}},
      {.provider = libre},
      limited(Seconds{300}, {"LibreLinkUp busy", "Slow down", "Tidewell will wait before trying again."})},
+    {"rate limit with what is no number",
+     {Kind::rateLimited, "Slow down", Seconds{std::numeric_limits<double>::quiet_NaN()}},
+     {},
+     limited(Seconds{60}, {"Dexcom Share busy", "Slow down", "Tidewell will wait before trying again."})},
     {"rate limit without a time",
      {Kind::rateLimited, "Slow down"},
      {},

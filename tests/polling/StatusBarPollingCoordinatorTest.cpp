@@ -311,6 +311,18 @@ TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEn
     clock.advance(Seconds{0.004});
     EXPECT_EQ(service->fetches.size(), 3U);
     EXPECT_EQ(errorTitle(), "");
+
+    std::string line;
+    const LogSink earlier = setLogSink([&](LogLevel, std::string_view, std::string_view text) {
+        if (text.contains("[Scheduler]"))
+            line = text;
+    });
+    service->onFetch = [] {
+        return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{1e300}}};
+    };
+    untilNextFetch();
+    setLogSink(earlier);
+    EXPECT_TRUE(line.contains(": nextPoll scheduled in 1000000000000ms")) << line;
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, expiredSessionIsRenewedOnceWithItsTwoWaits)
