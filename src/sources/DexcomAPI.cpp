@@ -308,12 +308,12 @@ struct DexcomAPI::Impl {
     /// Requires that there is no session. Afterwards there is one, or a reason why not.
     asio::awaitable<std::expected<void, DexcomError>> signIn()
     {
+        info(fmt::format("No active session; authenticating (region={})", region));
         if (!endpoint) {
             const DexcomError error{.kind = Kind::invalidRegion, .signingIn = true};
             warn(description(error));
             co_return std::unexpected{error};
         }
-        info(fmt::format("No active session; authenticating (region={})", region));
         for (const auto& [missing, text] : {std::pair{username.empty(), "Username is required"},
                                             std::pair{password.empty(), "Password is required"}}) {
             if (!missing)

@@ -194,6 +194,7 @@ TEST_F(DexcomAPITest, anAccountThatCannotSignInSendsNothing)
 {
     account_.region = "uk";
     expectError(fetch(*client()), ErrorKind::accountActionRequired, "Invalid region");
+    EXPECT_TRUE(logged("No active session; authenticating (region=uk)"));
     EXPECT_EQ(signInAgain(*client()).error().kind, ErrorKind::accountActionRequired);
     account_.region = "us";
     account_.password = SecretText{};
