@@ -2,6 +2,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <QByteArrayView>
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -15,6 +16,16 @@ namespace tidewell {
 namespace {
 
 constexpr std::size_t longestPassword = 4096;
+/// An e-mail address has 254 bytes at most; this is what may be meant as a user name at all.
+constexpr std::size_t longestUsername = 512;
+
+/// Text as a person types it: UTF-8 without control characters. What is not was meant otherwise, and would
+/// be refused by the service, or worse, by a terminal.
+bool isTyped(std::string_view text)
+{
+    return QByteArrayView{text.data(), static_cast<qsizetype>(text.size())}.isValidUtf8() &&
+           std::ranges::none_of(text, [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; });
+}
 
 /// Switches the terminal's echo off while a password is typed.
 class SilentTerminal {
@@ -72,6 +83,9 @@ std::expected<SecretText, CommandError> readPassword()
         return std::unexpected(CommandError{ExitCode::usage, "There is no password on standard input."});
     if (end > longestPassword)
         return std::unexpected(CommandError{ExitCode::usage, "The password is longer than 4096 bytes."});
+    if (!isTyped(password.reveal()))
+        return std::unexpected(
+            CommandError{ExitCode::usage, "The password holds control characters, or is not text in UTF-8."});
     return password;
 }
 
@@ -114,6 +128,12 @@ ExitCode runAccountSet(const AccountSetOptions& options)
     const auto first = options.username.find_first_not_of(" \t\r\n");
     if (first == std::string::npos)
         return report({ExitCode::usage, "The user name is empty."});
+    const auto username =
+        options.username.substr(first, options.username.find_last_not_of(" \t\r\n") - first + 1);
+    if (username.size() > longestUsername)
+        return report({ExitCode::usage, "The user name is longer than 512 bytes."});
+    if (!isTyped(username))
+        return report({ExitCode::usage, "The user name holds control characters, or is not text in UTF-8."});
 
     // Before the password is asked for: whatever can be refused without it.
     auto session = CommandSession::make();
@@ -131,20 +151,23 @@ ExitCode runAccountSet(const AccountSetOptions& options)
 
     GlucoseAccountConfiguration account{
         .provider = *provider,
-        .username = options.username.substr(first, options.username.find_last_not_of(" \t\r\n") - first + 1),
+        .username = username,
         .password = std::move(*password),
         .region = options.region,
     };
     const auto check =
         (*session)->run(checkAccount((*session)->engine().executor(), (*session)->makeAPIClient(account)));
     if (check.result == AccountCheck::Result::refused)
-        return report({ExitCode::signInNeeded, sentence(check.error->text) + " Nothing was stored."});
+        return report({ExitCode::signInNeeded,
+                       "The sign-in was refused: " + sentence(check.error->text) +
+                           " Check the user name, the password and the region. Nothing was stored."});
 
     (void)(*session)->run((*session)->configuration().load());
     if (const auto saved = (*session)->run((*session)->configuration().saveAccount(std::move(account)));
         !saved)
         return report(commandError(saved.error()));
     (*session)->defaults().set(onboardingCompletedKey, true);
+    (*session)->defaults().set(accountConfirmedAtKey, (*session)->clock().now());
     const auto error = (*session)->defaults().save();
     (*session)->announceChange();
     if (error)

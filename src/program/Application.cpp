@@ -78,6 +78,7 @@ private:
 
 ExitCode runApplication(const ApplicationOptions& options)
 {
+    endAtOnceOn(endingSignals);
     const DisplayProbe display;
     if (!display.answers())
         return report(
@@ -97,6 +98,8 @@ ExitCode runApplication(const ApplicationOptions& options)
     QApplication::setDesktopFileName("org.tidewell.Tidewell");
     QApplication::setQuitOnLastWindowClosed(false);
 
+    // They wait for the event loop from here on, so that what was made goes again.
+    const UnixSignals signals{endingSignals, [](int) { QCoreApplication::quit(); }};
     auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario});
     if (!core)
         return report(core.error());
@@ -110,7 +113,6 @@ ExitCode runApplication(const ApplicationOptions& options)
             return report({ExitCode::failure, "Tidewell is running already, but does not answer."});
         return ExitCode::good;
     }
-    const UnixSignals signals{{SIGTERM, SIGINT, SIGHUP}, [](int) { QCoreApplication::quit(); }};
     {
         Face face{**core};
         if (instance)

@@ -24,6 +24,7 @@ public:
     CommandSession& operator=(const CommandSession&) = delete;
 
     [[nodiscard]] Engine& engine() { return engine_; }
+    [[nodiscard]] Clock& clock() { return clock_; }
     [[nodiscard]] ConfigurationManager& configuration() { return *configuration_; }
     [[nodiscard]] const Environment& environment() const { return environment_; }
     [[nodiscard]] UserDefaults& defaults() { return defaults_; }

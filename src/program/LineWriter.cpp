@@ -29,13 +29,17 @@ bool readerLeft(int descriptor)
 
 }  // namespace
 
-LineWriter::LineWriter(int descriptor, std::function<void()> readerGone)
-    : descriptor_{descriptor}, readerGone_{std::move(readerGone)}, thread_{[this] { run(); }}
+LineWriter::LineWriter(int descriptor, std::function<void()> ended)
+    : descriptor_{descriptor}, ended_{std::move(ended)}, thread_{[this] { run(); }}
 {
 }
 
-LineWriter::~LineWriter()
+LineWriter::~LineWriter() { (void)finish(); }
+
+std::error_code LineWriter::finish()
 {
+    if (!thread_.joinable())
+        return failure_;
     {
         const std::lock_guard lock{mutex_};
         ending_ = true;
@@ -43,6 +47,7 @@ LineWriter::~LineWriter()
     }
     changed_.notify_one();
     thread_.join();
+    return failure_;
 }
 
 void LineWriter::write(std::string line)
@@ -67,7 +72,7 @@ void LineWriter::run()
                 if (changed_.wait_for(lock, readerCheck) == std::cv_status::timeout &&
                     readerLeft(descriptor_)) {
                     lock.unlock();
-                    readerGone_();
+                    ended_();
                     return;
                 }
             }
@@ -78,7 +83,7 @@ void LineWriter::run()
         }
         if (!writeAll(line)) {
             if (!expired())
-                readerGone_();
+                ended_();
             return;
         }
     }
@@ -102,8 +107,13 @@ bool LineWriter::writeAll(const std::string& line)
         // A pipe that is ready takes at least PIPE_BUF bytes without blocking, and no more is offered.
         const auto count = ::write(descriptor_, line.data() + written,
                                    std::min<std::size_t>(line.size() - written, PIPE_BUF));
-        if (count < 0 && errno != EINTR && errno != EAGAIN)
+        if (count < 0 && errno != EINTR && errno != EAGAIN) {
+            if (errno != EPIPE) {
+                const std::lock_guard lock{mutex_};
+                failure_ = {errno, std::generic_category()};
+            }
             return false;
+        }
         if (count > 0)
             written += static_cast<std::size_t>(count);
     }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <system_error>
 #include <thread>
 
 namespace tidewell {
@@ -16,15 +17,18 @@ namespace tidewell {
 /// out.
 class LineWriter {
 public:
-    /// `readerGone` is called once, on the writer's thread, when nobody can read any more.
-    LineWriter(int descriptor, std::function<void()> readerGone);
-    /// Gives the lines that wait half a second to be written.
+    /// `ended` is called once, on the writer's thread, when nothing can be written any more.
+    LineWriter(int descriptor, std::function<void()> ended);
     ~LineWriter();
     LineWriter(const LineWriter&) = delete;
     LineWriter& operator=(const LineWriter&) = delete;
 
     /// Adds the end of the line. Any thread.
     void write(std::string line);
+
+    /// Gives the lines that wait half a second to be written; the last call. Why nothing could be written; a
+    /// reader that went away, or does not read, is no error.
+    std::error_code finish();
 
 private:
     void run();
@@ -33,10 +37,11 @@ private:
     [[nodiscard]] bool expired();
 
     const int descriptor_;
-    const std::function<void()> readerGone_;
+    const std::function<void()> ended_;
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<std::string> lines_;
+    std::error_code failure_;
     bool ending_ = false;
     std::chrono::steady_clock::time_point deadline_{};
     std::thread thread_;

@@ -1,11 +1,13 @@
 #include "program/Process.h"
 
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
@@ -13,6 +15,9 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <system_error>
+
+#include "program/Commands.h"
 
 namespace tidewell {
 
@@ -51,6 +56,26 @@ void hardenProcess()
     // A handler that collects dumps through a pipe is not bound by the limit, but by this.
     (void)::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
     std::signal(SIGPIPE, SIG_IGN);
+    // The lowest free number is the closed one. Opened for reading, it refuses what is written to it.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(stream, F_GETFD) < 0)
+            (void)::open("/dev/null", stream == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+}
+
+void endAtOnceOn(std::span<const int> signals)
+{
+    for (const int signal : signals)
+        if (std::signal(signal, [](int) { ::_exit(static_cast<int>(ExitCode::good)); }) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+}
+
+ExitCode afterOutput(ExitCode code)
+{
+    errno = 0;
+    if ((std::fflush(stdout) == 0 && std::ferror(stdout) == 0) || errno == EPIPE)
+        return code;
+    return report({ExitCode::failure, "The output cannot be written: " +
+                                          std::generic_category().message(errno != 0 ? errno : EIO) + "."});
 }
 
 void endProcessUnless(bool everyThreadEnded, ExitCode code)

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <csignal>
+#include <span>
+#include <vector>
+
 #include "platform/linux/UniqueFd.h"
 #include "program/ExitCode.h"
 
@@ -12,8 +16,20 @@ struct ProcessArguments {
 };
 [[nodiscard]] ProcessArguments& processArguments();
 
-/// What every run does first: no core dump may hold a password, and a reader that goes away is no signal.
+/// The signals that ask a program to end.
+inline const std::vector<int> endingSignals{SIGTERM, SIGINT, SIGHUP};
+
+/// What every run does first: no core dump may hold a password, a reader that goes away is no signal, and no
+/// file that is opened later takes the place of a standard stream that was closed.
 void hardenProcess();
+
+/// Ends the process with code 0 at once on any of these signals, unless it ignores them: for the time before
+/// the event loop takes them over, when nothing has been begun.
+void endAtOnceOn(std::span<const int> signals);
+
+/// The code to end with once what was printed has left the process: a standard output that cannot be written,
+/// say on a full disk, is a failure of its own. A reader that went away is none.
+[[nodiscard]] ExitCode afterOutput(ExitCode code);
 
 /// Ends the process at once with that code unless every thread has ended by itself: a call that hangs in a
 /// library must not hold up the end, nor may what it uses be taken down below it.

@@ -48,7 +48,13 @@ public:
             watcher->endWhenSettled();
     }
 
-    [[nodiscard]] ExitCode exitCode() const { return exitCode_; }
+    /// After the last line has been written, or could not be.
+    [[nodiscard]] ExitCode finish()
+    {
+        if (const auto error = writer_.finish())
+            return report({ExitCode::failure, "The output cannot be written: " + error.message() + "."});
+        return exitCode_;
+    }
 
 private:
     void endWhenSettled()
@@ -84,11 +90,12 @@ private:
 
 ExitCode runWatch(const WatchOptions& options)
 {
+    endAtOnceOn(endingSignals);
     QCoreApplication application{processArguments().count, processArguments().values};
+    const UnixSignals signals{endingSignals, [](int) { QCoreApplication::quit(); }};
     auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario});
     if (!core)
         return report(core.error());
-    const UnixSignals signals{{SIGTERM, SIGINT, SIGHUP}, [](int) { QCoreApplication::quit(); }};
     ExitCode code = ExitCode::good;
     {
         const auto watcher = std::make_shared<Watcher>(**core, options);
@@ -97,7 +104,7 @@ ExitCode runWatch(const WatchOptions& options)
         if (options.once)
             asio::co_spawn((*core)->main(), Watcher::finishOnce(watcher, **core), asio::detached);
         QCoreApplication::exec();
-        code = watcher->exitCode();
+        code = watcher->finish();
     }
     endProcessUnless((*core)->shutDown(), code);
     return code;

@@ -104,8 +104,11 @@ std::string sentence(const ErrorInfo& error)
     std::string text = error.title;
     if (!error.message.empty())
         text += (text.empty() || text.ends_with('.') ? " " : ": ") + error.message;
-    if (!error.remediation.empty())
+    if (!error.remediation.empty()) {
+        if (!text.empty() && !text.ends_with('.'))
+            text += '.';
         text += " " + error.remediation;
+    }
     return text;
 }
 

@@ -32,14 +32,14 @@ void addDemo(CLI::App& command, bool& demo, std::string& scenario)
         ->option_text("[=SCENARIO]");
 }
 
-int run(int count, char** values)
+ExitCode run(int count, char** values)
 {
     CLI::App app{"Shows the current glucose reading of a continuous glucose monitor in the status area.",
                  "tidewell"};
     app.footer(notice);
     app.set_version_flag("--version", std::string{"tidewell "} + TIDEWELL_VERSION);
     bool verbose = false;
-    app.add_flag("--verbose", verbose, "Write what happens to standard error");
+    app.add_flag("--verbose", verbose, "Write what happens to standard error")->disable_flag_override();
 
     ApplicationOptions application;
     addDemo(app, application.demo, application.demoScenario);
@@ -50,7 +50,8 @@ int run(int count, char** values)
     watchCommand->add_option("--format", format, "text or json")
         ->check(CLI::IsMember({"text", "json"}))
         ->capture_default_str();
-    watchCommand->add_flag("--once", watch.once, "End with the first reading or problem");
+    watchCommand->add_flag("--once", watch.once, "End with the first reading or problem")
+        ->disable_flag_override();
     addDemo(*watchCommand, watch.demo, watch.demoScenario);
 
     auto* account = app.add_subcommand("account", "The account that is followed");
@@ -86,32 +87,34 @@ int run(int count, char** values)
         app.parse(count, values);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
-            return app.exit(error);
-        return static_cast<int>(
-            report({ExitCode::usage, std::string{error.what()} + ". See \"tidewell --help\"."}));
+            return static_cast<ExitCode>(app.exit(error));
+        return report({ExitCode::usage, std::string{error.what()} + ". See \"tidewell --help\"."});
+    }
+    if (application.demo && !app.get_subcommands().empty()) {
+        if (!*watchCommand)
+            return report({ExitCode::usage, "--demo goes with the application and with \"tidewell watch\"."});
+        if (!std::exchange(watch.demo, true))
+            watch.demoScenario = application.demoScenario;
     }
     setLogSink(systemLogSink(verbose ? LogLevel::debug : LogLevel::warning));
 
-    const auto code = [&] {
-        if (*watchCommand) {
-            watch.format = watchFormat(format).value_or(WatchFormat::text);
-            return runWatch(watch);
-        }
-        if (*accountSet)
-            return runAccountSet(set);
-        if (*accountShow)
-            return runAccountShow();
-        if (*accountConnections)
-            return runAccountConnections();
-        if (*accountClear)
-            return runAccountClear();
-        if (*settingsSet)
-            return runSettingsSet(setKey, setValue);
-        if (*settings || *settingsGet)
-            return runSettingsGet(getKey);
-        return runApplication(application);
-    }();
-    return static_cast<int>(code);
+    if (*watchCommand) {
+        watch.format = watchFormat(format).value_or(WatchFormat::text);
+        return runWatch(watch);
+    }
+    if (*accountSet)
+        return runAccountSet(set);
+    if (*accountShow)
+        return runAccountShow();
+    if (*accountConnections)
+        return runAccountConnections();
+    if (*accountClear)
+        return runAccountClear();
+    if (*settingsSet)
+        return runSettingsSet(setKey, setValue);
+    if (*settings || *settingsGet)
+        return runSettingsGet(getKey);
+    return runApplication(application);
 }
 
 }  // namespace
@@ -132,5 +135,5 @@ int main(int count, char** values)
 {
     tidewell::hardenProcess();
     tidewell::processArguments() = {count, values};
-    return tidewell::run(count, values);
+    return static_cast<int>(tidewell::afterOutput(tidewell::run(count, values)));
 }

@@ -254,6 +254,65 @@ TEST_F(CommandLineTest, badSurroundingsGetOneClearLine)
     EXPECT_NE(ended.errors.find("tidewell watch"), std::string::npos) << ended.errors;
 }
 
+TEST_F(CommandLineTest, whatNobodyTypesIsNoAccount)
+{
+    ASSERT_NO_FATAL_FAILURE(startService());
+    const auto [username, password, region] = service->account();
+    const std::string longText(4097, 'x');
+    const std::vector<std::pair<std::string, std::string>> mistakes{
+        {username, ""},
+        {username, "\n"},
+        {username, longText},
+        {username, std::string(1'000'000, 'x')},
+        {username, std::string{"hun\0ter\n", 8}},
+        {username, "\xFF\xFE\n"},
+        {username, "\x1B[31m\n"},
+        {" ", password},
+        {longText, password},
+        {"ada\nbyron", password},
+        {"ada\x1B[31m", password},
+        {"\xFF\xFE", password},
+    };
+    for (const auto& [name, secret] : mistakes) {
+        SCOPED_TRACE(testing::PrintToString(name.substr(0, 20)) +
+                     testing::PrintToString(secret.substr(0, 20)));
+        const auto ended = run({"account", "set", "--provider", "dexcom", "--username", name, "--region",
+                                region, "--password-stdin"},
+                               secret);
+        EXPECT_EQ(ended.code, 2) << ended.errors;
+        EXPECT_FALSE(std::filesystem::exists(home / ".config/tidewell/configuration.json"));
+    }
+    EXPECT_EQ(signIn(password + "\r").code, 0);
+}
+
+TEST_F(CommandLineTest, outputThatCannotBeWrittenIsAFailureThatIsSaid)
+{
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"settings"}, {"--help"}, {"watch"}, {"watch", "--once"}}) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+        ASSERT_GE(full, 0);
+        const pid_t child = start(arguments, {}, full);
+        ::close(full);
+        const auto ended = finish(child);
+        EXPECT_EQ(ended.code, 1);
+        EXPECT_NE(ended.errors.find("cannot be written"), std::string::npos) << ended.errors;
+    }
+}
+
+TEST_F(CommandLineTest, theDemonstrationIsAskedForBeforeOrAfterWatchAndNowhereElse)
+{
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--demo=no-readings", "watch", "--once"},
+          {"watch", "--once", "--demo=no-readings"}}) {
+        const auto ended = run(arguments);
+        EXPECT_EQ(ended.code, 4) << ended.errors;
+        // Each part of a problem's text is a sentence of its own.
+        EXPECT_NE(ended.output.find("available from Dexcom. Ensure"), std::string::npos) << ended.output;
+    }
+    EXPECT_EQ(run({"--demo", "settings"}).code, 2);
+}
+
 TEST_F(CommandLineTest, withoutAKeyringNothingIsStoredAndTheCodeIsSix)
 {
     ASSERT_NO_FATAL_FAILURE(startService());
