@@ -113,13 +113,21 @@ void AppDelegate::configurationDidUpdate()
 
 void AppDelegate::storedStateDidReload()
 {
-    if (!following_ && services_.configurationManager.account())
+    if (terminating_ || !services_.configurationManager.account())
+        return;
+    if (!following_) {
         configurationDidUpdate();
+        return;
+    }
+    const auto confirmed = services_.defaults.date(accountConfirmedAtKey);
+    if (std::exchange(accountConfirmedAt_, confirmed) != confirmed)
+        services_.pollingCoordinator.reconnect();
 }
 
 void AppDelegate::followAccount()
 {
     following_ = true;
+    accountConfirmedAt_ = services_.defaults.date(accountConfirmedAtKey);
     if (passwordTask_.running())
         passwordTask_.cancel();
     const auto& account = services_.configurationManager.account();

@@ -81,7 +81,7 @@ public:
     /// Resumes when the launch sequence has ended; it has been begun.
     [[nodiscard]] asio::awaitable<void> launched() const { return startupTask_.wait(); }
     /// Configuration and defaults were read again. Follows an account that another process has signed in to
-    /// since the first-run steps were begun here.
+    /// since the first-run steps were begun here, and tries again when it has signed in to the same one.
     void storedStateDidReload();
     /// The last call before the end of the process: no result reaches the status item any more.
     void applicationWillTerminate();
@@ -102,6 +102,7 @@ private:
     Task<void> passwordTask_;  ///< Tries again to read a password that the secret store did not give.
     std::unique_ptr<AppWorkspaceObservers> workspaceObservers_;
     std::vector<std::shared_ptr<void>> observers_;
+    std::optional<Date> accountConfirmedAt_;  ///< As far as it has been acted upon.
     bool following_ = false;  ///< The first-run steps are over, and the account is followed or missed.
     bool terminating_ = false;
 };

@@ -68,6 +68,8 @@ private:
 [[nodiscard]] std::expected<json::object, JsonError> parseUserDefaults(std::string_view text);
 
 inline constexpr std::string_view onboardingCompletedKey = "TidewellOnboardingCompleted";
+/// When a person last signed in from another process; with the same account, nothing else tells of it.
+inline constexpr std::string_view accountConfirmedAtKey = "TidewellAccountConfirmedAt";
 inline constexpr std::string_view alertsSnoozedUntilKey = "TidewellAlertsSnoozedUntil";
 
 }  // namespace tidewell

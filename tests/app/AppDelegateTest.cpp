@@ -23,6 +23,8 @@ public:
         override
     {
         ++fetches;
+        if (refused)
+            co_return std::unexpected{GlucoseAPIError{.kind = GlucoseAPIError::Kind::credentialsRefused}};
         co_return std::vector{
             makeReading(120, "Flat", clock_.now() - Seconds{60}, Seconds{300}, GlucoseProvider::dexcom)};
     }
@@ -31,6 +33,7 @@ public:
         co_return std::expected<void, GlucoseAPIError>{};
     }
     int fetches = 0;
+    bool refused = false;
 
 private:
     Clock& clock_;
@@ -233,6 +236,30 @@ TEST_F(AppDelegateTest, anAccountFromAnotherProcessEndsTheFirstRunSteps)
     delegate->storedStateDidReload();
     clock.advance(6s);
     EXPECT_EQ(clientsMadeFor.size(), 1U) << "an account that is followed already is left alone";
+}
+
+TEST_F(AppDelegateTest, signingInElsewhereToTheSameAccountIsAnotherTry)
+{
+    storeAccount();
+    defaults.set(onboardingCompletedKey, true);
+    api->refused = true;
+    launch();
+    clock.advance(1h);
+    ASSERT_EQ(viewModel.state().currentError->title, "Authentication failed");
+    const int fetches = api->fetches;
+    delegate->storedStateDidReload();
+    clock.advance(1h);
+    EXPECT_EQ(api->fetches, fetches) << "nobody signed in";
+
+    api->refused = false;
+    defaults.set(accountConfirmedAtKey, clock.now());
+    delegate->storedStateDidReload();
+    clock.advance(1s);
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+    EXPECT_FALSE(viewModel.state().currentError);
+    delegate->storedStateDidReload();
+    clock.advance(1s);
+    EXPECT_EQ(api->fetches, fetches + 1);
 }
 
 TEST_F(AppDelegateTest, aDamagedDocumentSaysSoAndIsLeftAlone)
