@@ -46,12 +46,18 @@ Date SystemClock::now() const { return Date{std::chrono::system_clock::now().tim
 asio::awaitable<void> SystemClock::sleepFor(std::chrono::milliseconds delay)
 {
     const auto bounded = std::clamp(delay, 0ms, longestDelay);
+    asio::posix::stream_descriptor descriptor{reactor_};
     if (const int timer = bounded > 0ms ? makeTimer(bounded) : -1; timer >= 0) {
-        asio::posix::stream_descriptor descriptor{reactor_, timer};
+        boost::system::error_code refused;
+        descriptor.assign(timer, refused);
+        if (refused)
+            close(timer);
+    }
+    if (descriptor.is_open()) {
         co_await descriptor.async_wait(asio::posix::descriptor_base::wait_read, asio::use_awaitable);
     } else {
-        // Nothing to wait for, or too many open files: a clock that stands still while the machine sleeps
-        // beats none at all.
+        // Nothing to wait for, or too many open files or watches: a clock that stands still while the machine
+        // sleeps beats none at all.
         asio::steady_timer fallback{reactor_, bounded};
         co_await fallback.async_wait(asio::use_awaitable);
     }
