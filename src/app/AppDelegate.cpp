@@ -172,7 +172,8 @@ asio::awaitable<void> AppDelegate::retryPassword()
         co_await services_.clock.sleepFor(
             passwordRetryWaits[std::min(attempt, passwordRetryWaits.size() - 1)]);
         const auto& problem = services_.configurationManager.problem();
-        // Who closed the unlock dialog, or has no password stored, is not asked again and again.
+        // Who closed the unlock dialog is not asked again and again; and without a problem the stored
+        // password is an empty one.
         if (!problem || problem->error.status == keychainStatus::userCanceled)
             co_return;
         // A password that has come is announced as a change, which follows the account and ends this task.
