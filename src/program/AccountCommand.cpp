@@ -196,7 +196,7 @@ ExitCode runAccountShow()
                account.region);
     if (account.patientID)
         fmt::print("patient   {}\n", account.patientName.value_or(*account.patientID));
-    fmt::print("password  {}\n", account.password.empty() ? "not available" : "stored in the keyring");
+    fmt::print("password  {}\n", account.password.empty() ? "not available" : "stored");
     if (account.password.empty())
         return report({ExitCode::keyring, configuration.problem()
                                               ? configuration.problem()->message

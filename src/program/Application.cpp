@@ -31,14 +31,12 @@ public:
         settings_ = core_.configuration().observe([this](ConfigurationChange) { present(); });
     }
 
+    /// The item is there at once: the configuration may wait for a keyring, and that for the person.
     void launch()
     {
-        core_.launch(
-            [this] {
-                present();
-                item_.start();
-            },
-            &signIn_);
+        present();
+        item_.start();
+        core_.launch([this] { present(); }, &signIn_);
     }
 
     /// The person started the program a second time.

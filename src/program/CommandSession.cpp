@@ -2,8 +2,15 @@
 
 #include "platform/linux/SingleInstance.h"
 #include "sources/DexcomAPI.h"
+#include "support/Log.h"
 
 namespace tidewell {
+
+namespace {
+
+const Log sessionLog{"CommandSession"};
+
+}  // namespace
 
 std::expected<std::unique_ptr<CommandSession>, CommandError> CommandSession::make()
 {
@@ -12,8 +19,7 @@ std::expected<std::unique_ptr<CommandSession>, CommandError> CommandSession::mak
         return std::unexpected(environment.error());
     std::unique_ptr<CommandSession> session{new CommandSession(std::move(*environment))};
     if (const auto error = session->defaults_.load())
-        return std::unexpected(CommandError{ExitCode::failure, session->environment_.defaults().string() +
-                                                                   " cannot be read: " + error.message()});
+        sessionLog.warning(bookkeepingProblem(session->environment_.defaults(), error));
     return session;
 }
 

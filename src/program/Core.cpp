@@ -58,9 +58,10 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
                                   : std::make_shared<UserDefaults>(environment_.defaults())},
       defaultsFile_{asio::make_strand(engine_.workers())}
 {
-    if (const auto error = defaults_->load())
-        coreLog.warning("The bookkeeping in " + environment_.defaults().string() +
-                        " cannot be read and counts as empty: " + error.message());
+    if (const auto error = defaults_->load()) {
+        bookkeepingLost_ = true;
+        coreLog.warning(bookkeepingProblem(environment_.defaults(), error));
+    }
     defaults_->setChangeHandler([this] { saveDefaultsLater(); });
     configuration_ = std::make_unique<ConfigurationManager>(
         main(), engine_.workers(),
@@ -114,11 +115,22 @@ void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating
         .onboardingCoordinator = onboarding,
     });
     if (environment_.demo) {
-        demoTask_ = startTask(main(), prepareDemo());
-    } else {
-        watchConfiguration();
-        delegate_->applicationDidFinishLaunching();
+        preparation_ = startTask(main(), prepareDemo());
+        return;
     }
+    watchConfiguration();
+    if (bookkeepingLost_)
+        preparation_ = startTask(main(), concludeFromAccount());
+    else
+        delegate_->applicationDidFinishLaunching();
+}
+
+asio::awaitable<void> Core::concludeFromAccount()
+{
+    (void)co_await configuration_->load();
+    if (configuration_->account())
+        defaults_->set(onboardingCompletedKey, true);
+    delegate_->applicationDidFinishLaunching();
 }
 
 asio::awaitable<void> Core::prepareDemo()
@@ -138,8 +150,8 @@ asio::awaitable<void> Core::prepareDemo()
 
 asio::awaitable<void> Core::launched()
 {
-    if (demoTask_)
-        co_await demoTask_.wait();
+    if (preparation_)
+        co_await preparation_.wait();
     if (delegate_)
         co_await delegate_->launched();
 }

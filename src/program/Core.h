@@ -68,6 +68,8 @@ private:
     bool engineTookTurns();
     asio::awaitable<void> reload();
     asio::awaitable<void> prepareDemo();
+    /// Of a run whose bookkeeping cannot be read: who has an account has been through the first-run steps.
+    asio::awaitable<void> concludeFromAccount();
 
     std::unique_ptr<Engine> engineOwner_;
     Engine& engine_;
@@ -87,7 +89,8 @@ private:
     std::unique_ptr<AppDelegate> delegate_;
     QFileSystemWatcher fileWatcher_;
     QTimer reloadTimer_;  ///< Lets a burst of file events pass before one reload.
-    Task<void> demoTask_;
+    bool bookkeepingLost_ = false;
+    Task<void> preparation_;  ///< Of a launch that has to be prepared.
     bool ended_ = false;
 };
 

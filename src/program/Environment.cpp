@@ -58,6 +58,13 @@ TemporaryFolder::~TemporaryFolder()
     std::filesystem::remove_all(path_, ignored);
 }
 
+std::string bookkeepingProblem(const std::filesystem::path& file, std::error_code error)
+{
+    const bool damaged = error == std::errc::bad_message;
+    return "The bookkeeping in " + file.string() + " cannot be read and counts as empty: " +
+           (damaged ? "it is damaged, and is set aside when it is written next" : error.message()) + ".";
+}
+
 std::expected<Environment, CommandError> standardEnvironment()
 {
     const auto folders = standardFolders();

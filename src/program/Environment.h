@@ -44,6 +44,9 @@ struct Environment {
     [[nodiscard]] std::filesystem::path defaults() const { return folders.state / "defaults.json"; }
 };
 
+/// One sentence about a file of user defaults that could not be read: the program goes on without it.
+[[nodiscard]] std::string bookkeepingProblem(const std::filesystem::path& file, std::error_code error);
+
 /// Reads the environment's variables and files. Folders that cannot be made are no error here: reading goes
 /// on without them, and a save says what is wrong.
 [[nodiscard]] std::expected<Environment, CommandError> standardEnvironment();

@@ -216,6 +216,14 @@ TEST_F(CommandLineTest, signsInShowsTheValueAndSignsOutAgain)
     EXPECT_GT(document.at("readingCount").to_number<int>(), 100);
     EXPECT_TRUE(document.at("currentError").is_null());
 
+    // Without its bookkeeping it still knows whom it follows, and keeps what it could not read.
+    const auto bookkeeping = home / ".local/state/tidewell/defaults.json";
+    std::ofstream{bookkeeping} << "[";
+    EXPECT_EQ(run({"account", "show"}).code, 0);
+    EXPECT_EQ(run({"watch", "--once"}).code, 0);
+    EXPECT_NE(contents(bookkeeping), "[");
+    EXPECT_EQ(contents(bookkeeping.string() + ".unreadable"), "[");
+
     EXPECT_EQ(run({"account", "clear"}).code, 0);
     EXPECT_EQ(run({"watch", "--once"}).code, 5);
 }
