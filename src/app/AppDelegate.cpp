@@ -60,12 +60,13 @@ bool AppDelegate::applicationShouldHandleReopen()
 
 asio::awaitable<void> AppDelegate::launch()
 {
+    // First, since the load may wait for a keyring, and a keyring for a person.
+    if (services_.ensureStatusItem)
+        services_.ensureStatusItem();
     if (!services_.configurationManager.loaded()) {
         if (const auto loaded = co_await services_.configurationManager.load(); !loaded)
             appLog.error("Configuration not loaded: " + loaded.error().message);
     }
-    if (services_.ensureStatusItem)
-        services_.ensureStatusItem();
     if (!services_.defaults.boolean(onboardingCompletedKey)) {
         services_.pollingCoordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
         if (services_.feedbackPromptController)
@@ -171,10 +172,8 @@ asio::awaitable<void> AppDelegate::retryPassword()
     for (std::size_t attempt = 0;; ++attempt) {
         co_await services_.clock.sleepFor(
             passwordRetryWaits[std::min(attempt, passwordRetryWaits.size() - 1)]);
-        const auto& problem = services_.configurationManager.problem();
-        // Who closed the unlock dialog is not asked again and again; and without a problem the stored
-        // password is an empty one.
-        if (!problem || problem->error.status == keychainStatus::userCanceled)
+        // Without a problem the stored password is an empty one, and only a sign-in helps.
+        if (!services_.configurationManager.problem())
             co_return;
         // A password that has come is announced as a change, which follows the account and ends this task.
         (void)co_await services_.configurationManager.load();

@@ -18,8 +18,9 @@ inline constexpr std::int32_t decode = -26275;        ///< The stored content is
 inline constexpr std::int32_t invalidStore = -25295;  ///< Its file is not ours, or open to other users.
 inline constexpr std::int32_t notAvailable = -25291;  ///< No secret store, or it does not answer.
 inline constexpr std::int32_t interactionNotAllowed = -25308;  ///< Locked, and nobody can unlock it now.
-inline constexpr std::int32_t userCanceled = -128;             ///< The person closed the unlock dialog.
-inline constexpr std::int32_t io = -36;                        ///< A file could not be read or written.
+inline constexpr std::int32_t userCanceled =
+    -128;                                ///< The person closed the unlock dialog; reads no longer open one.
+inline constexpr std::int32_t io = -36;  ///< A file could not be read or written.
 }  // namespace keychainStatus
 
 /// What a status other than success means, as the rest of a sentence: "the secret store is locked".

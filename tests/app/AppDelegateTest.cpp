@@ -302,6 +302,7 @@ TEST_F(AppDelegateTest, aPasswordThatComesLateIsFoundWithoutARestart)
 {
     storeAccount();
     const auto late = std::make_shared<LateKeychain>(keychain);
+    late->status = keychainStatus::userCanceled;
     manager = std::make_unique<ConfigurationManager>(
         io.get_executor(), io.get_executor(),
         ConfigurationManager::Places{.document = folder / "configuration.json", .keychain = late});
@@ -317,21 +318,6 @@ TEST_F(AppDelegateTest, aPasswordThatComesLateIsFoundWithoutARestart)
     clock.advance(5min + 6s);
     EXPECT_EQ(viewModel.state().statusTitle, "120 →");
     EXPECT_FALSE(viewModel.state().currentError);
-}
-
-TEST_F(AppDelegateTest, whoClosedTheUnlockDialogIsNotAskedAgain)
-{
-    storeAccount();
-    const auto late = std::make_shared<LateKeychain>(keychain);
-    late->status = keychainStatus::userCanceled;
-    manager = std::make_unique<ConfigurationManager>(
-        io.get_executor(), io.get_executor(),
-        ConfigurationManager::Places{.document = folder / "configuration.json", .keychain = late});
-    defaults.set(onboardingCompletedKey, true);
-    launch();
-    clock.advance(24h);
-    EXPECT_EQ(late->reads, 1);
-    EXPECT_EQ(viewModel.state().currentError->title, "Password not available");
 }
 
 TEST_F(AppDelegateTest, sleepWakeAndTheEndReachWhoCares)

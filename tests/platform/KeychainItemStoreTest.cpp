@@ -205,6 +205,14 @@ TEST_F(KeychainItemStoreTest, aDialogThatIsClosedAndContentOfOthersHaveTheirStat
             std::thread person = closeDialog();
             EXPECT_EQ(store.read("s", "a"), KeychainLookup{KeychainFailure{status}});
             person.join();
+            if (status != keychainStatus::userCanceled)
+                continue;
+            const int asked = fake.counts().prompts;
+            EXPECT_EQ(store.read("s", "a"), KeychainLookup{KeychainFailure{status}});
+            EXPECT_EQ(fake.counts().prompts, asked) << "who closed the dialog is not asked again";
+            std::thread again = closeDialog();
+            EXPECT_EQ(store.write("s", "a", SecretText{"new"}), status) << "but by what they want to store";
+            again.join();
         }
     }
     for (const char* content : {"plain text", "Y29udGVudA", "Y29u dGVudA=="}) {

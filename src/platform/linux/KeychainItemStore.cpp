@@ -48,7 +48,8 @@ const SecretSchema& schema()
 struct Call {
     std::function<std::int32_t(Call&)> work;
     GObjectPtr<GCancellable> cancellable{g_cancellable_new()};
-    SecretText found{};  ///< Of a read; the caller takes it once `status` is there.
+    SecretText found{};       ///< Of a read; the caller takes it once `status` is there.
+    bool mayAskAgain = true;  ///< Opens a dialog even though the person closed the last one.
 
     // Under the worker's lock.
     std::optional<std::int32_t> status{};
@@ -178,6 +179,7 @@ struct KeychainItemStore::Worker : std::enable_shared_from_this<Worker> {
     std::deque<std::shared_ptr<Call>> queue{};  ///< Under lock.
     std::shared_ptr<Call> current{};            ///< Under lock.
     bool running = false;                       ///< Under lock.
+    bool dialogClosed = false;     ///< Under lock: the person closed the last unlock dialog unanswered.
     Moment::time_point begunAt{};  ///< Under lock: when the current call began, or its dialog closed.
 
     std::int32_t carryOut(const std::shared_ptr<Call>& call)
@@ -272,6 +274,8 @@ struct KeychainItemStore::Operations {
             const std::lock_guard guard{worker.lock};
             if (call.abandoned)
                 return keychainStatus::notAvailable;
+            if (worker.dialogClosed && !call.mayAskAgain)
+                return keychainStatus::userCanceled;
             call.prompting = start;
             worker.changed.notify_all();
         }
@@ -288,9 +292,13 @@ struct KeychainItemStore::Operations {
         }
         if (error)
             return statusOf(error.get());
+        const bool closed = opened == 0 && Moment::now() - start >= worker.deadlines.seen;
+        {
+            const std::lock_guard guard{worker.lock};
+            worker.dialogClosed = closed;
+        }
         if (opened == 0)
-            return Moment::now() - start < worker.deadlines.seen ? keychainStatus::interactionNotAllowed
-                                                                 : keychainStatus::userCanceled;
+            return closed ? keychainStatus::userCanceled : keychainStatus::interactionNotAllowed;
         return abandoned ? keychainStatus::interactionNotAllowed : keychainStatus::success;
     }
 
@@ -438,6 +446,7 @@ KeychainItemStore::~KeychainItemStore() = default;
 KeychainLookup KeychainItemStore::read(std::string_view service, std::string_view account)
 {
     const auto call = std::make_shared<Call>();
+    call->mayAskAgain = false;
     call->work = [worker = worker_, name = Name{std::string{service}, std::string{account}}](Call& self) {
         return Operations{*worker, self}.read(name);
     };

@@ -13,7 +13,9 @@ namespace tidewell {
 /// Content is kept as base64 text, since some providers damage bytes over 0x7F. Calls go one after the other
 /// to a thread of their own that holds the bus connection, so a deadline ends a call whatever the service
 /// does. An unlock dialog that is open stays open: calls wait for its answer, or fail once it has stood for
-/// `promptDeadline`; none is cancelled and asked again. Needs no event loop.
+/// `promptDeadline`; none is cancelled and asked again. Once the person has closed a dialog, reads look
+/// without asking, and find what was unlocked meanwhile; a write, which the person wants, asks again. Needs
+/// no event loop.
 class KeychainItemStore final : public KeychainItemStoring {
 public:
     struct Deadlines {

@@ -31,7 +31,8 @@ const Log log{"StatusItem"};
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString menuPath = QStringLiteral("/MenuBar");
 
-/// Between two attempts to register with a service that refuses; doubled each time up to the last.
+/// Between two attempts to reach the bus, or to register with a service that refuses; doubled each time up to
+/// the last.
 constexpr std::chrono::milliseconds firstRetry{10'000};
 constexpr std::chrono::milliseconds lastRetry{300'000};
 
@@ -111,6 +112,8 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     std::unique_ptr<StatusWatcher> watcher{};
     std::optional<StatusHost> host{};  ///< While a panel is there.
     std::chrono::milliseconds retryDelay = firstRetry;
+    std::chrono::milliseconds busRetryDelay = firstRetry;
+    bool busMissed = false;  ///< And said so.
     unsigned panelGeneration = 0;  ///< Distinguishes what was begun before the panel came or went.
 
     std::unique_ptr<StatusMenu> ownMenu{};
@@ -123,11 +126,20 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     ~Impl()
     {
         legacyTray.reset();  // Before the menu that it shows.
-        if (bus) {
-            bus->unregisterObject(itemPath);
-            bus->unregisterObject(menuPath);
-            QDBusConnection::disconnectFromBus(bus->name());
-        }
+        leaveBus();
+    }
+
+    void leaveBus()
+    {
+        if (!bus)
+            return;
+        watcher.reset();
+        bus->unregisterObject(itemPath);
+        bus->unregisterObject(menuPath);
+        item.reset();
+        busMenu.reset();
+        QDBusConnection::disconnectFromBus(bus->name());
+        bus.reset();
     }
 
     /// Later, from the event loop, as long as this lives.
@@ -172,17 +184,35 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         return *ownMenu;
     }
 
-    void start()
+    void connect()
     {
         const QString address = options.busAddress.isEmpty() ? sessionBusAddress() : options.busAddress;
         connecting = connectToBus(address, [this](std::optional<QDBusConnection> connection) {
             if (connection) {
+                busRetryDelay = firstRetry;
+                busMissed = false;
                 useBus(*connection);
                 return;
             }
-            log.warning("There is no session bus, so no panel can be asked to show the status item");
+            if (!std::exchange(busMissed, true))
+                log.warning("There is no session bus, so no panel can be asked to show the status item");
             useLegacyTray();
+            connectLater();
         });
+    }
+
+    void connectLater()
+    {
+        after(busRetryDelay, [](Impl& self) { self.connect(); });
+        busRetryDelay = std::min(busRetryDelay * 2, lastRetry);
+    }
+
+    void busLost()
+    {
+        log.warning("The session bus has gone; looking for it again");
+        panelVanished();
+        leaveBus();
+        connectLater();
     }
 
     void useBus(const QDBusConnection& connection)
@@ -207,7 +237,8 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
                               if (registered)
                                   registered();
                           },
-                      .refused = [this] { registrationRefused(); }});
+                      .refused = [this] { registrationRefused(); },
+                      .disconnected = [this] { soon([this] { busLost(); }); }});
         watcher->start();
     }
 
@@ -383,7 +414,7 @@ void StatusItem::onActivate(std::function<void(QPoint)> handler) { impl_->activa
 
 void StatusItem::onRegistered(std::function<void()> handler) { impl_->registered = std::move(handler); }
 
-void StatusItem::start() { impl_->start(); }
+void StatusItem::start() { impl_->connect(); }
 
 void StatusItem::present(const StatusItemContent& content) { impl_->present(content); }
 

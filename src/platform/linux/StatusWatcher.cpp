@@ -51,6 +51,9 @@ void StatusWatcher::start()
     // waits.
     connection_.connect({}, busPath, busName, QStringLiteral("NameOwnerChanged"), {watcherName}, {}, this,
                         SLOT(nameOwnerChanged(QString, QString, QString)));
+    connection_.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
+                        QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                        SLOT(busDisconnected()));
     send(connection_, busCall(QStringLiteral("GetNameOwner"), watcherName), this,
          [this](const QDBusPendingCall& call) {
              const QDBusPendingReply<QString> reply{call};
@@ -63,6 +66,8 @@ void StatusWatcher::nameOwnerChanged(const QString& name, const QString& /*befor
     if (name == watcherName)
         setOwner(now);
 }
+
+void StatusWatcher::busDisconnected() { handlers_.disconnected(); }
 
 void StatusWatcher::setOwner(const QString& owner)
 {

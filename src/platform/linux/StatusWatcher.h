@@ -20,6 +20,8 @@ public:
         std::function<void()> vanished;  ///< Also told once at the start when it does not run.
         std::function<void()> registered;
         std::function<void()> refused;  ///< It answered the registration with an error or not at all.
+        /// The bus closed the connection: nothing more comes of this object.
+        std::function<void()> disconnected;
     };
 
     StatusWatcher(QDBusConnection connection, Handlers handlers);
@@ -31,6 +33,7 @@ public:
 
 private:
     Q_SLOT void nameOwnerChanged(const QString& name, const QString& before, const QString& now);
+    Q_SLOT void busDisconnected();
     void setOwner(const QString& owner);
     void askForProcess();
 
