@@ -589,11 +589,13 @@ void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<Gluco
         if (problem)
             viewModel.setCurrentError(problem);
     });
-    impl_->onEngine(run, [run, client = std::move(client), provider](Impl& impl) {
-        impl.resetRecoveryState();
-        impl.glucoseHistory.clear();
-        impl.lastFetchedHistoryCount = 0;
-        impl.begin(run, client, provider);
+    asio::post(impl_->parts.engine, [impl = impl_, run, client = std::move(client), provider] {
+        // Also when this run is over already: the next one must not find another account's readings.
+        impl->resetRecoveryState();
+        impl->glucoseHistory.clear();
+        impl->lastFetchedHistoryCount = 0;
+        if (impl->isCurrent(run))
+            impl->begin(run, client, provider);
     });
 }
 

@@ -1,7 +1,7 @@
 #include "program/CommandSession.h"
 
 #include "platform/linux/SingleInstance.h"
-#include "sources/DexcomAPI.h"
+#include "program/ServiceClient.h"
 #include "support/Log.h"
 
 namespace tidewell {
@@ -44,9 +44,9 @@ void CommandSession::announceChange()
 
 std::shared_ptr<GlucoseAPIProtocol> CommandSession::makeAPIClient(const GlucoseAccountConfiguration& account)
 {
-    if (account.provider != GlucoseProvider::dexcom)
-        return nullptr;
-    return std::make_shared<DexcomAPI>(engine_.executor(), http_, clock_, environment_.endpoints, account);
+    return makeServiceClient(
+        {.engine = engine_.executor(), .http = http_, .clock = clock_, .endpoints = environment_.endpoints},
+        account);
 }
 
 }  // namespace tidewell

@@ -2,7 +2,7 @@
 
 #include <future>
 
-#include "sources/DexcomAPI.h"
+#include "program/ServiceClient.h"
 #include "support/Log.h"
 #include "support/Workers.h"
 
@@ -91,12 +91,8 @@ Core::~Core()
 
 std::shared_ptr<GlucoseAPIProtocol> Core::makeAPIClient(const GlucoseAccountConfiguration& account)
 {
-    switch (account.provider) {
-    case GlucoseProvider::dexcom:
-        return std::make_shared<DexcomAPI>(engine(), http_, clock_, environment_.endpoints, account);
-    case GlucoseProvider::libreLinkUp: return nullptr;
-    }
-    std::unreachable();
+    return makeServiceClient(
+        {.engine = engine(), .http = http_, .clock = clock_, .endpoints = environment_.endpoints}, account);
 }
 
 void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding)

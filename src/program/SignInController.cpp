@@ -68,13 +68,10 @@ asio::awaitable<void> SignInController::check(GlucoseAccountConfiguration accoun
             refused ? tr("Authentication failed") : tr("Could not check the account"),
             text(check.error->text),
             refused ? tr("Check the user name, the password and the region. Use the account of the person "
-                         "who wears "
-                         "the sensor, not a follower's, and make sure that sharing is switched on.")
+                         "who wears the sensor, not a follower's, and make sure that sharing is switched on.")
                     : tr("Check your internet connection and try again."));
         co_return;
     }
-    const bool unchanged = core_.configuration().account() == account;
-    core_.defaults().set(onboardingCompletedKey, true);
     const auto saved = co_await core_.configuration().saveAccount(std::move(account));
     if (gaveUp())
         co_return;
@@ -84,9 +81,10 @@ asio::awaitable<void> SignInController::check(GlucoseAccountConfiguration accoun
                            tr("Nothing was changed. Try again."));
         co_return;
     }
-    // A changed account is announced and followed by itself; for the same one, the person wants another try.
-    if (unchanged)
-        core_.coordinator().reconnect();
+    // The first-run steps are over, and an account that was refused before is tried again.
+    core_.defaults().set(onboardingCompletedKey, true);
+    core_.defaults().set(accountConfirmedAtKey, core_.clock().now());
+    core_.delegate().storedStateDidReload();
     dialog_->finish();
 }
 
