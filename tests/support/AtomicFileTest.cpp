@@ -6,10 +6,10 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <fstream>
 
 #include "support/Time.h"
+#include "testing/TemporaryFolder.h"
 
 namespace tidewell {
 namespace {
@@ -18,17 +18,6 @@ namespace fs = std::filesystem;
 
 class AtomicFileTest : public testing::Test {
 protected:
-    AtomicFileTest()
-    {
-        std::string name = (fs::temp_directory_path() / "tidewell-test-XXXXXX").string();
-        folder = mkdtemp(name.data());
-    }
-    ~AtomicFileTest() override
-    {
-        fs::permissions(folder, fs::perms::owner_all);
-        fs::remove_all(folder);
-    }
-
     [[nodiscard]] std::string content(const fs::path& file) const
     {
         return readFile(file).value().value_or("absent");
@@ -39,7 +28,8 @@ protected:
         return static_cast<std::size_t>(std::distance(fs::directory_iterator{folder}, {}));
     }
 
-    fs::path folder;
+    TemporaryFolder temporary;
+    const fs::path& folder = temporary.path();
 };
 
 TEST_F(AtomicFileTest, replacesTheWholeFileForItsOwnerAlone)

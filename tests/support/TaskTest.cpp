@@ -187,37 +187,5 @@ TEST(IsCancellation, tellsCancellationFromFailure)
     EXPECT_FALSE(isCancellation(nullptr));
 }
 
-TEST_F(TaskTest, theFakeClockGoesFromDeadlineToDeadline)
-{
-    std::vector<double> wakes;
-    const auto loop = [](FakeClock* time, std::vector<double>* seen) -> asio::awaitable<void> {
-        for (;;) {
-            co_await time->sleepFor(100ms);
-            seen->push_back(unixSeconds(time->now()) - 1'700'000'000);
-        }
-    };
-    Task<void> task = startTask(io.get_executor(), loop(&clock, &wakes));
-    clock.advance(0.3s);
-    EXPECT_EQ(wakes.size(), 3U);
-    clock.setWallClock(dateFromUnix(1'600'000'000));
-    clock.advance(0.1s);
-    ASSERT_EQ(wakes.size(), 4U);
-    EXPECT_NEAR(wakes[2], 0.3, 1e-6);
-    EXPECT_NEAR(wakes[3], -99'999'999.9, 1e-6);
-    EXPECT_EQ(clock.sleepers(), 1U);
-    task.cancel();
-    clock.runReady();
-    EXPECT_EQ(clock.sleepers(), 0U);
-
-    bool yielded = false;
-    const auto zero = [](FakeClock* time, bool* flag) -> asio::awaitable<void> {
-        co_await time->sleepFor(0ms);
-        *flag = true;
-    };
-    const auto zeroTask = startTask(io.get_executor(), zero(&clock, &yielded));
-    clock.runReady();
-    EXPECT_TRUE(yielded);
-}
-
 }  // namespace
 }  // namespace tidewell

@@ -1,14 +1,14 @@
 #include <cstdlib>
-#include <fstream>
 #include <limits>
 #include <set>
-#include <thread>
 
+#include "support/Base64.h"
 #include "support/Log.h"
 #include "support/Random.h"
 #include "support/SecretText.h"
 #include "support/Sha256.h"
 #include "support/TimeText.h"
+#include "testing/Texts.h"
 
 namespace tidewell {
 namespace {
@@ -97,30 +97,13 @@ TEST(TimeText, readsIsoDatesAndRefusesEverythingElse)
         ASSERT_TRUE(date) << text;
         EXPECT_DOUBLE_EQ(unixSeconds(*date), expected) << text;
     }
-    for (const std::string_view bad : {"",
-                                       "2026",
-                                       "2026-03-02",
-                                       "2026-03-02T08:15:42",
-                                       "2026-03-02 08:15:42Z",
-                                       "2026-02-29T00:00:00Z",
-                                       "2026-13-01T00:00:00Z",
-                                       "2026-00-01T00:00:00Z",
-                                       "2026-03-02T24:00:00Z",
-                                       "2026-03-02T08:60:42Z",
-                                       "2026-03-02T08:15:61Z",
-                                       "2026-03-02T08:15:42.Z",
-                                       "2026-03-02T08:15:42Z ",
-                                       " 2026-03-02T08:15:42Z",
-                                       "2026-03-02T08:15:42+24:00",
-                                       "2026-03-02T08:15:42+02:60",
-                                       "2026-03-02T08:15:42+02:0",
-                                       "2026-03-02T08:15:42+2",
-                                       "+026-03-02T08:15:42Z",
-                                       "2026-3-02T08:15:42Z",
-                                       "2026-03-02T08:15:42ZZ",
-                                       "2026-03-02T08:15:42+02:",
-                                       "20260302T081542Z",
-                                       "2026-03-02T08:15:-2Z"})
+    for (const std::string& bad :
+         parts("|2026|2026-03-02|2026-03-02T08:15:42|2026-03-02 08:15:42Z|2026-02-29T00:00:00Z|"
+               "2026-13-01T00:00:00Z|2026-00-01T00:00:00Z|2026-03-02T24:00:00Z|2026-03-02T08:60:42Z|"
+               "2026-03-02T08:15:61Z|2026-03-02T08:15:42.Z|2026-03-02T08:15:42Z | 2026-03-02T08:15:42Z|"
+               "2026-03-02T08:15:42+24:00|2026-03-02T08:15:42+02:60|2026-03-02T08:15:42+02:0|"
+               "2026-03-02T08:15:42+2|+026-03-02T08:15:42Z|2026-3-02T08:15:42Z|2026-03-02T08:15:42ZZ|"
+               "2026-03-02T08:15:42+02:|20260302T081542Z|2026-03-02T08:15:-2Z"))
         EXPECT_FALSE(dateFromIso(bad)) << bad;
 }
 
@@ -223,6 +206,27 @@ TEST(Log, theSystemSinkWritesFromItsLevelUpToStandardError)
     const std::string written = testing::internal::GetCapturedStderr();
     EXPECT_EQ(written.find("quiet"), std::string::npos);
     EXPECT_NE(written.find("warning [Poller] loud {} %s enough\n"), std::string::npos) << written;
+}
+
+TEST(Base64, isTheStandardAlphabetAndStrict)
+{
+    // RFC 4648 section 10
+    const std::pair<std::string_view, std::string_view> vectors[] = {{"", ""},
+                                                                     {"f", "Zg=="},
+                                                                     {"fo", "Zm8="},
+                                                                     {"foo", "Zm9v"},
+                                                                     {"foob", "Zm9vYg=="},
+                                                                     {"fooba", "Zm9vYmE="},
+                                                                     {"foobar", "Zm9vYmFy"},
+                                                                     {"\xfb\xff", "+/8="}};
+    for (const auto& [bytes, text] : vectors) {
+        EXPECT_EQ(base64(bytes), text);
+        EXPECT_EQ(bytesFromBase64(text), std::string{bytes});
+    }
+    EXPECT_EQ(bytesFromBase64(base64(everyByte())), everyByte());
+    for (const std::string_view bad :
+         {"Zg", "Zg=", "Zg===", "====", "=", "Zm9v\n", " Zm9v", "Zh==", "Zm9=", "Zg==Zg==", "Z-_v", "Zm9vé"})
+        EXPECT_EQ(bytesFromBase64(bad), std::nullopt) << bad;
 }
 
 TEST(Sha256, agreesWithPublishedVectors)

@@ -56,72 +56,73 @@ TEST_F(WorkersTest, whatTheWorkThrowsReachesTheCaller)
     EXPECT_FALSE(task.running());
 }
 
-/// Counts how often its last owner went.
-struct Owned {
-    std::atomic<int>* destroyed;
-    ~Owned() { ++*destroyed; }
-};
+/// Work that holds its worker until it is released, and what became of its result.
+struct Held {
+    std::shared_ptr<std::latch> begun = std::make_shared<std::latch>(1);
+    std::shared_ptr<std::latch> release = std::make_shared<std::latch>(1);
+    std::atomic<int> destroyed = 0;
 
-asio::awaitable<void> heldWork(asio::any_io_executor workers, std::shared_ptr<std::latch> begun,
-                               std::shared_ptr<std::latch> release, std::shared_ptr<Owned> owned)
-{
-    auto work = [begun, release, owned = std::move(owned)] {
-        begun->count_down();
-        release->wait();
-        return owned;
+    struct Owned {
+        std::atomic<int>* destroyed;
+        ~Owned() { ++*destroyed; }
     };
-    co_await runOnWorker(std::move(workers), std::move(work));
-}
+    static asio::awaitable<void> work(asio::any_io_executor workers, std::shared_ptr<std::latch> begun,
+                                      std::shared_ptr<std::latch> release, std::shared_ptr<Owned> owned)
+    {
+        auto held = [begun, release, owned = std::move(owned)] {
+            begun->count_down();
+            release->wait();
+            return owned;
+        };
+        co_await runOnWorker(std::move(workers), std::move(held));
+    }
+    Task<void> start(asio::io_context& io, asio::thread_pool& pool)
+    {
+        return startTask(io.get_executor(),
+                         work(pool.get_executor(), begun, release, std::make_shared<Owned>(&destroyed)));
+    }
+};
 
 TEST_F(WorkersTest, aCancelledCallerLeavesAtOnceAndTheResultIsDropped)
 {
-    std::atomic<int> destroyed = 0;
-    const auto begun = std::make_shared<std::latch>(1);
-    const auto release = std::make_shared<std::latch>(1);
-    Task<void> task = startTask(io.get_executor(), heldWork(pool.get_executor(), begun, release,
-                                                            std::make_shared<Owned>(&destroyed)));
+    Held held;
+    Task<void> task = held.start(io, pool);
     io.poll();
-    begun->wait();
+    held.begun->wait();
     task.cancel();
     runUntil([&] { return !task.running(); });  // While the worker still blocks.
-    EXPECT_EQ(destroyed, 0);
-    release->count_down();
+    EXPECT_EQ(held.destroyed, 0);
+    held.release->count_down();
     pool.join();
-    EXPECT_EQ(destroyed, 1);
+    EXPECT_EQ(held.destroyed, 1);
 }
 
 TEST_F(WorkersTest, workWhoseCallerLeftBeforeItsTurnIsNotDone)
 {
     asio::thread_pool single{1};
-    const auto release = std::make_shared<std::latch>(1);
-    asio::post(single, [release] { release->wait(); });
-    std::atomic<int> destroyed = 0;
-    const auto begun = std::make_shared<std::latch>(1);
-    Task<void> task = startTask(io.get_executor(), heldWork(single.get_executor(), begun, release,
-                                                            std::make_shared<Owned>(&destroyed)));
+    Held held;
+    asio::post(single, [release = held.release] { release->wait(); });
+    Task<void> task = held.start(io, single);
     io.poll();
     task.cancel();
     runUntil([&] { return !task.running(); });
-    release->count_down();
+    held.release->count_down();
     single.join();
-    EXPECT_FALSE(begun->try_wait());
-    EXPECT_EQ(destroyed, 1);
+    EXPECT_FALSE(held.begun->try_wait());
+    EXPECT_EQ(held.destroyed, 1);
 }
 
 TEST_F(WorkersTest, cancelledAsItEndsGoesWellEitherWay)
 {
     for (int round = 0; round < 200; ++round) {
-        std::atomic<int> destroyed = 0;
-        const auto begun = std::make_shared<std::latch>(1);
-        const auto release = std::make_shared<std::latch>(1);
+        Held held;
         {
-            Task<void> task = startTask(io.get_executor(), heldWork(pool.get_executor(), begun, release,
-                                                                    std::make_shared<Owned>(&destroyed)));
+            Task<void> task = held.start(io, pool);
             io.restart();
             io.poll();
-            release->count_down();
+            held.release->count_down();
             if (round % 2 == 0)
-                begun->wait();
+                held.begun->wait();
             task.cancel();
             runUntil([&] { return !task.running(); });
         }
@@ -130,26 +131,22 @@ TEST_F(WorkersTest, cancelledAsItEndsGoesWellEitherWay)
         for (int i = 0; i < 2; ++i)
             asio::post(pool, [flush] { flush->arrive_and_wait(); });
         flush->wait();
-        ASSERT_EQ(destroyed, 1) << round;
+        ASSERT_EQ(held.destroyed, 1) << round;
     }
 }
 
 TEST_F(WorkersTest, theCallersContextMayGoWhileTheWorkBlocks)
 {
-    std::atomic<int> destroyed = 0;
-    const auto begun = std::make_shared<std::latch>(1);
-    const auto release = std::make_shared<std::latch>(1);
+    Held held;
     {
         asio::io_context shortLived;
-        const Task<void> task =
-            startTask(shortLived.get_executor(),
-                      heldWork(pool.get_executor(), begun, release, std::make_shared<Owned>(&destroyed)));
+        const Task<void> task = held.start(shortLived, pool);
         shortLived.poll();
-        begun->wait();
+        held.begun->wait();
     }
-    release->count_down();
+    held.release->count_down();
     pool.join();
-    EXPECT_EQ(destroyed, 1);
+    EXPECT_EQ(held.destroyed, 1);
 }
 
 }  // namespace
