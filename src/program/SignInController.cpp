@@ -86,6 +86,8 @@ asio::awaitable<void> SignInController::check(GlucoseAccountConfiguration accoun
     core_.defaults().set(accountConfirmedAtKey, core_.clock().now());
     core_.delegate().storedStateDidReload();
     dialog_->finish();
+    // Who has just signed in waits for the value, not for the schedule.
+    asio::co_spawn(core_.main(), core_.coordinator().refreshNow(), asio::detached);
 }
 
 }  // namespace tidewell
