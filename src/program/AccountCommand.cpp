@@ -227,6 +227,10 @@ ExitCode runAccountClear()
     if (const auto saved = (*session)->run((*session)->configuration().saveAccount(std::nullopt)); !saved)
         return report(commandError(saved.error()));
     (*session)->announceChange();
+    if (const auto& problem = (*session)->configuration().problem()) {
+        fmt::print("The account is removed. The settings stay.\n");
+        return report(commandError(*problem));
+    }
     fmt::print("The account and its password are removed. The settings stay.\n");
     return ExitCode::good;
 }

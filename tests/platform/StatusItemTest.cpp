@@ -409,6 +409,26 @@ TEST_F(StatusItemTest, aBusThatHangsStopsNothingHere)
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
 }
 
+TEST_F(StatusItemTest, comesBackWithItsBusAndWhenTheBusIsLate)
+{
+    bus.end();
+    const auto item = startItem(options());
+    ASSERT_TRUE(runUntil([&] { return !waiting.empty(); })) << "it gave up looking for a bus";
+    for (int start = 1; start <= 3; ++start) {
+        bus.begin();
+        FakePanel panel{bus};
+        advance(10s);
+        ASSERT_TRUE(runUntil([&] { return registered == start; }));
+        item->present(sample(std::to_string(120 + start)));
+        advance(1s);
+        EXPECT_EQ(panel.property("Title").toString(),
+                  QString("Tidewell: Current glucose: %1").arg(120 + start));
+        waiting.clear();
+        bus.end();
+        ASSERT_TRUE(runUntil([&] { return !waiting.empty(); })) << "it did not notice that the bus went";
+    }
+}
+
 TEST_F(StatusItemTest, withoutABusItGoesOn)
 {
     StatusItemOptions made = options();

@@ -82,14 +82,26 @@ void ChildProcess::signal(int number) const { ::kill(pid_, number); }
 
 TestBus::TestBus()
 {
-    const std::filesystem::path config = folder_.path() / "bus.conf";
-    std::ofstream{config}
-        << "<busconfig><type>session</type><listen>unix:dir=" << folder_.path().string()
+    std::ofstream{folder_.path() / "bus.conf"}
+        << "<busconfig><type>session</type><listen>unix:path=" << (folder_.path() / "bus").string()
         << "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
            "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>";
-    daemon_ = std::make_unique<ChildProcess>(std::vector<std::string>{
-        "dbus-daemon", "--nofork", "--nosyslog", "--print-address=1", "--config-file=" + config.string()});
-    address_ = QString::fromStdString(daemon_->readLine());
+    begin();
+}
+
+void TestBus::end()
+{
+    daemon_.reset();
+    std::filesystem::remove(folder_.path() / "bus");
+}
+
+void TestBus::begin()
+{
+    daemon_ = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"dbus-daemon", "--nofork", "--nosyslog", "--print-address=1",
+                                 "--config-file=" + (folder_.path() / "bus.conf").string()});
+    // Without the identifier that follows, which is another at each start.
+    address_ = QString::fromStdString(daemon_->readLine()).section(u',', 0, 0);
     if (address_.isEmpty())
         throw std::runtime_error{"dbus-daemon did not start"};
 }

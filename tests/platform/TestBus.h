@@ -52,6 +52,9 @@ public:
     /// Stops the bus as a hung one: connections stay, nothing is answered.
     void freeze() const { daemon_->signal(19); }
     void thaw() const { daemon_->signal(18); }
+    /// Ends the bus, and starts another one at the same address.
+    void end();
+    void begin();
 
 private:
     TemporaryFolder folder_{};

@@ -113,7 +113,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     std::optional<StatusHost> host{};  ///< While a panel is there.
     std::chrono::milliseconds retryDelay = firstRetry;
     std::chrono::milliseconds busRetryDelay = firstRetry;
-    bool busMissed = false;  ///< And said so.
+    bool busMissed = false;        ///< And said so.
     unsigned panelGeneration = 0;  ///< Distinguishes what was begun before the panel came or went.
 
     std::unique_ptr<StatusMenu> ownMenu{};

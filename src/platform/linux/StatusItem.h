@@ -40,8 +40,9 @@ struct StatusItemOptions {
 /// The item in the desktop's status area, with tooltip and menu.
 ///
 /// Speaks StatusNotifierItem and dbusmenu on the session bus; appears when a panel comes late and again when
-/// the panel restarts, or the bus. Where no such panel runs, it falls back to the older X11 tray. Without a bus
-/// or panel it does nothing but keep the content and look for them. Main thread; nothing here waits for the bus.
+/// the panel restarts, or the bus. Where no such panel runs, it falls back to the older X11 tray. Without a
+/// bus or panel it does nothing but keep the content and look for them. Main thread; nothing here waits for
+/// the bus.
 class StatusItem final : public QObject {
     Q_OBJECT
 public:
