@@ -1,7 +1,5 @@
 #include "polling/PollFailure.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 
 namespace tidewell {

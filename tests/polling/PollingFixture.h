@@ -106,7 +106,7 @@ struct PollingFixture {
     PollingFixture()
     {
         path.report(true);
-        service->onFetch = [this] { return readings(); };
+        succeed();
     }
 
     [[nodiscard]] const StatusBarState& state() const { return viewModel.state(); }
@@ -129,9 +129,20 @@ struct PollingFixture {
     {
         return std::unexpected{GlucoseAPIError{.kind = kind, .text = std::move(text)}};
     }
-    void failWith(Kind kind)
+    void failWith(Kind kind, std::optional<Seconds> retryAfter = {})
     {
-        service->onFetch = [kind] { return failure(kind); };
+        service->onFetch = [=] { return Fetched{std::unexpect, GlucoseAPIError{kind, "Text", retryAfter}}; };
+    }
+    void succeed()
+    {
+        service->onFetch = [this] { return readings(); };
+    }
+    void signInCures()
+    {
+        service->onSignIn = [this] {
+            succeed();
+            return ScriptedGlucoseAPI::SignedIn{};
+        };
     }
 
     void run() { coordinator->start(service, GlucoseProvider::dexcom); }

@@ -1,7 +1,5 @@
 #include "polling/ReadingMerge.h"
 
-#include <gtest/gtest.h>
-
 namespace tidewell {
 namespace {
 

@@ -1,14 +1,12 @@
 #include "polling/StatusBarPollingCoordinator.h"
 
-#include <gtest/gtest.h>
-
 #include <boost/asio/executor_work_guard.hpp>
 #include <future>
 #include <thread>
 
 #include "polling/PollingFixture.h"
-#include "support/Log.h"
 #include "support/TimeText.h"
+#include "testing/LogCatcher.h"
 #include "testing/Running.h"
 
 namespace tidewell {
@@ -36,29 +34,31 @@ struct StatusBarPollingCoordinatorTest : testing::Test, PollingFixture {
         return refresh;
     }
 
-    void expectWithin(Seconds value, double low, double high, const char* what)
+    void expectHealthy() { EXPECT_EQ(errorTitle() + state().statusTitle, "120 →"); }
+    /// The next fetch comes neither earlier nor later, and alone.
+    void expectFetchIn(double seconds)
     {
-        EXPECT_GE(value.count(), low) << what;
-        EXPECT_LE(value.count(), high) << what;
+        clock.runReady();
+        const std::size_t before = service->fetches.size();
+        EXPECT_NEAR(untilNextFetch().count(), seconds, 1e-5);
+        EXPECT_EQ(service->fetches.size(), before + 1);
+    }
+    void expectFetchWithin(double low, double high, const char* what)
+    {
+        const double value = untilNextFetch().count();
+        EXPECT_TRUE(value >= low && value <= high) << what << ": " << value;
     }
 };
 
 TEST_F(StatusBarPollingCoordinatorTest, pollsAfterFiveSecondsAndThenBehindEachReading)
 {
-    std::vector<std::string> lines;
-    const LogSink earlier = setLogSink([&](LogLevel, std::string_view category, std::string_view line) {
-        if (category == "StatusBarPollingCoordinator" && line.contains("[Scheduler]"))
-            lines.emplace_back(line);
-    });
+    const LogCatcher log{"StatusBarPollingCoordinator"};
     defaults.set(alertsSnoozedUntilKey, start + Seconds{600});
     run();
     clock.runReady();
     EXPECT_EQ(state().activity, StatusBarActivity::loading);
     EXPECT_EQ(state().alertsSnoozedUntil, start + Seconds{600});
-    clock.advance(Seconds{4.999});
-    EXPECT_TRUE(service->fetches.empty());
-    clock.advance(Seconds{0.001});
-    EXPECT_EQ(service->fetches.size(), 1U);
+    expectFetchIn(5);
     EXPECT_FALSE(state().activity);
     EXPECT_EQ(state().statusTitle, "120 →");
     EXPECT_EQ(state().glucoseHistory.size(), 2U);
@@ -69,7 +69,8 @@ TEST_F(StatusBarPollingCoordinatorTest, pollsAfterFiveSecondsAndThenBehindEachRe
     EXPECT_EQ(state().presentedReading->date, newest + Seconds{300});
     EXPECT_EQ(state().glucoseHistory.size(), 3U);
 
-    setLogSink(earlier);
+    std::vector<std::string> lines = log.lines();
+    std::erase_if(lines, [](const std::string& line) { return !line.contains("[Scheduler]"); });
     const std::string prefix = "⏱️ [Scheduler] ";
     const auto delay =
         std::chrono::round<std::chrono::milliseconds>(newest + Seconds{330} - start - Seconds{5});
@@ -90,8 +91,8 @@ TEST_F(StatusBarPollingCoordinatorTest, chasesAReadingThatIsLateAndKeepsTheOldOn
     const Date newest = frozen->front().date;
     service->onFetch = [frozen] { return frozen; };
     untilNextFetch();
-    expectWithin(untilNextFetch(), 60, 90, "fresh reading");
-    expectWithin(untilNextFetch(), 60, 90, "fresh reading");
+    expectFetchWithin(60, 90, "fresh reading");
+    expectFetchWithin(60, 90, "fresh reading");
     EXPECT_EQ(state().statusTitle, "120 →");
     clock.advance(newest + Seconds{900.01} - clock.now());
     EXPECT_EQ(state().statusTitle, "120 ?");
@@ -126,10 +127,8 @@ TEST_F(StatusBarPollingCoordinatorTest, refreshesThatMeetShareOneFetchAndOneResu
     // Nobody gets a data request within a second of the last one, however often they ask.
     service->duration = Seconds{0};
     const Refresh third = refresh();
-    EXPECT_EQ(service->fetches.size(), 2U);
-    clock.advance(Seconds{1});
+    expectFetchIn(1);
     EXPECT_TRUE(*third.ended);
-    EXPECT_EQ(service->fetches.size(), 3U);
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, callerThatGivesUpLeavesTheRefreshToTheOthers)
@@ -217,7 +216,7 @@ TEST_F(StatusBarPollingCoordinatorTest, everyFailureShowsItsTextAtOnceNeverSpins
             EXPECT_EQ(day.service->fetches.size(), before)
                 << "no request until the person has done something";
             EXPECT_LE(day.service->signIns.size(), 1U);
-            day.service->onFetch = [&day] { return day.readings(); };
+            day.succeed();
             day.coordinator->reconnect();
             day.clock.runReady();
         } else {
@@ -232,7 +231,7 @@ TEST_F(StatusBarPollingCoordinatorTest, everyFailureShowsItsTextAtOnceNeverSpins
                 EXPECT_TRUE(state.currentError || state.activity == StatusBarActivity::authenticating)
                     << "an unseen poll made the problem flicker";
             }
-            day.service->onFetch = [&day] { return day.readings(); };
+            day.succeed();
             day.untilNextFetch();
         }
         EXPECT_EQ(day.errorTitle(), "");
@@ -273,7 +272,7 @@ TEST_F(StatusBarPollingCoordinatorTest, refusedCredentialsGetTwoSignInsInAllAlso
     clock.runReady();
     EXPECT_EQ(errorTitle(), "");
     EXPECT_EQ(state().activity, StatusBarActivity::loading);
-    service->onFetch = [this] { return readings(); };
+    succeed();
     clock.advance(Seconds{5});
     EXPECT_EQ(state().statusTitle, "120 →");
 }
@@ -281,24 +280,18 @@ TEST_F(StatusBarPollingCoordinatorTest, refusedCredentialsGetTwoSignInsInAllAlso
 TEST_F(StatusBarPollingCoordinatorTest, refusalsThatWereCuredAreForgotten)
 {
     for (int day = 0; day < 3; ++day) {
-        service->onSignIn = [this] {
-            service->onFetch = [this] { return readings(); };
-            return ScriptedGlucoseAPI::SignedIn{};
-        };
+        signInCures();
         failWith(Kind::credentialsRefused);
         day == 0 ? run() : void(untilNextFetch());
         clock.advance(Seconds{10});
-        EXPECT_EQ(errorTitle(), "");
-        EXPECT_EQ(state().statusTitle, "120 →");
+        expectHealthy();
     }
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEnd)
 {
     runToFirstReading();
-    service->onFetch = [] {
-        return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{700.0004}}};
-    };
+    failWith(Kind::rateLimited, Seconds{700.0004});
     untilNextFetch();
     const Date until = clock.now() + Seconds{700.0004};  // Not a whole millisecond.
     EXPECT_NEAR(unixSeconds(*state().nextRetryAt), unixSeconds(until), 0.002);
@@ -307,32 +300,22 @@ TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEn
     coordinator->refreshAfterWake();
     clock.advance(Seconds{699.998});
     EXPECT_EQ(service->fetches.size(), 2U);
-    service->onFetch = [this] { return readings(); };
+    succeed();
     clock.advance(Seconds{0.004});
     EXPECT_EQ(service->fetches.size(), 3U);
     EXPECT_EQ(errorTitle(), "");
 
-    std::string line;
-    const LogSink earlier = setLogSink([&](LogLevel, std::string_view, std::string_view text) {
-        if (text.contains("[Scheduler]"))
-            line = text;
-    });
-    service->onFetch = [] {
-        return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{1e300}}};
-    };
+    const LogCatcher log;
+    failWith(Kind::rateLimited, Seconds{1e300});
     untilNextFetch();
-    setLogSink(earlier);
-    EXPECT_TRUE(line.contains(": nextPoll scheduled in 1000000000000ms")) << line;
+    EXPECT_TRUE(log.text().contains(": nextPoll scheduled in 1000000000000ms")) << log.text();
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, expiredSessionIsRenewedOnceWithItsTwoWaits)
 {
     runToFirstReading();
     failWith(Kind::sessionExpired);
-    service->onSignIn = [this] {
-        service->onFetch = [this] { return readings(); };
-        return ScriptedGlucoseAPI::SignedIn{};
-    };
+    signInCures();
     service->duration = Seconds{2};
     path.report(false);
     untilNextFetch();
@@ -345,14 +328,11 @@ TEST_F(StatusBarPollingCoordinatorTest, expiredSessionIsRenewedOnceWithItsTwoWai
     clock.runReady();
     ASSERT_EQ(service->signIns.size(), 1U);
     EXPECT_EQ(service->signIns[0], failed + Seconds{4});
-    clock.advance(Seconds{2.249});
-    EXPECT_EQ(service->fetches.size(), 2U);
-    clock.advance(Seconds{0.001});
+    expectFetchIn(2.25);
     EXPECT_EQ(service->fetches.size(), 3U);
     clock.advance(Seconds{2});
-    EXPECT_EQ(errorTitle(), "");
     EXPECT_FALSE(state().activity);
-    EXPECT_EQ(state().statusTitle, "120 →");
+    expectHealthy();
 
     // Without a network it tries all the same, after the time-out.
     failWith(Kind::sessionExpired);
@@ -370,9 +350,9 @@ TEST_F(StatusBarPollingCoordinatorTest, noDataIsToldAtOnceWithoutAReadingAndAtTh
     run();
     clock.advance(Seconds{5});
     EXPECT_EQ(errorTitle(), "No data available");
-    expectWithin(untilNextFetch(), 720, 1080, "as for an expired reading");
+    expectFetchWithin(720, 1080, "as for an expired reading");
 
-    service->onFetch = [this] { return readings(); };
+    succeed();
     untilNextFetch();
     EXPECT_EQ(errorTitle(), "");
     failWith(Kind::noReadings);
@@ -401,7 +381,7 @@ TEST_F(StatusBarPollingCoordinatorTest, pollThatFoundNothingWaitsForTheNetworkAn
 
     untilNextFetch();
     clock.advance(Seconds{3});
-    service->onFetch = [this] { return readings(); };
+    succeed();
     path.report(true);
     clock.advance(Seconds{0.399});
     EXPECT_EQ(service->fetches.size(), 2U);
@@ -418,15 +398,11 @@ TEST_F(StatusBarPollingCoordinatorTest, networkThatReturnsEndsALongBackoffAndOne
     for (int failures = 0; failures < 7; ++failures)
         untilNextFetch();
     clock.advance(Seconds{60});
-    const std::size_t before = service->fetches.size();
     path.report(true);
-    clock.advance(Seconds{0.399});
-    EXPECT_EQ(service->fetches.size(), before);
-    clock.advance(Seconds{0.001});
-    EXPECT_EQ(service->fetches.size(), before + 1);
+    expectFetchIn(0.4);
 
     // The new network needs a moment: the backoff begins anew with it.
-    service->onFetch = [this] { return readings(); };
+    succeed();
     clock.advance(Seconds{37});
     EXPECT_EQ(errorTitle(), "");
 
@@ -444,10 +420,9 @@ TEST_F(StatusBarPollingCoordinatorTest, networkThatReturnsEndsALongBackoffAndOne
     service->duration = Seconds{0};
     // A return that comes too early for the next try counts all the same.
     path.report(true);
-    service->onFetch = [this] { return readings(); };
+    succeed();
     clock.advance(Seconds{45});
-    EXPECT_EQ(errorTitle(), "");
-    EXPECT_EQ(state().statusTitle, "120 →");
+    expectHealthy();
 
     // The path went and came while polls failed although it was said to be there.
     failWith(Kind::transport);
@@ -455,7 +430,7 @@ TEST_F(StatusBarPollingCoordinatorTest, networkThatReturnsEndsALongBackoffAndOne
         untilNextFetch();
     path.report(false);
     clock.advance(Seconds{25});
-    service->onFetch = [this] { return readings(); };
+    succeed();
     path.report(true);
     clock.advance(Seconds{11});
     EXPECT_EQ(errorTitle(), "");
@@ -470,9 +445,7 @@ TEST_F(StatusBarPollingCoordinatorTest, wakesRefreshAfterTheSettleDelayAndAreDeb
     runToFirstReading();
     clock.advance(Seconds{60});
     coordinator->refreshAfterWake();
-    clock.advance(Seconds{0.799});
-    EXPECT_EQ(service->fetches.size(), 1U);
-    clock.advance(Seconds{0.001});
+    expectFetchIn(0.8);
     EXPECT_EQ(service->fetches.size(), 2U);
     EXPECT_FALSE(state().activity);
     clock.advance(Seconds{2.2});
@@ -494,10 +467,7 @@ TEST_F(StatusBarPollingCoordinatorTest, wakesRefreshAfterTheSettleDelayAndAreDeb
     clock.advance(Seconds{30});
     path.report(false);
     coordinator->refreshAfterWake();
-    clock.advance(Seconds{9.999});
-    EXPECT_EQ(service->fetches.size(), 4U);
-    clock.advance(Seconds{0.001});
-    EXPECT_EQ(service->fetches.size(), 5U) << "the path is a hint: without it the wake tries all the same";
+    expectFetchIn(10);  // The path is a hint: without it the wake tries all the same.
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, nightAsleepAgesTheValueAtOnceAndCountsAsAWake)
@@ -536,9 +506,7 @@ TEST_F(StatusBarPollingCoordinatorTest, wallClockThatIsSetDoesNotHoldUpPolling)
     clock.setWallClock(clock.now() - Seconds{3 * 3600.0});
     EXPECT_LE(untilNextFetch().count(), 240);
     EXPECT_LE(untilNextFetch().count(), 640);
-    service->onFetch = [] {
-        return Fetched{std::unexpect, GlucoseAPIError{Kind::rateLimited, "Slow down", Seconds{600}}};
-    };
+    failWith(Kind::rateLimited, Seconds{600});
     untilNextFetch();
     clock.advance(Seconds{100});
     clock.setWallClock(clock.now() - Seconds{3 * 3600.0});
@@ -604,7 +572,7 @@ TEST_F(StatusBarPollingCoordinatorTest, serviceThatThrowsIsAFailureLikeAnyOther)
     run();
     clock.advance(Seconds{5});
     EXPECT_EQ(errorTitle(), "An unexpected error occurred.");
-    expectWithin(untilNextFetch(), 24, 36, "the usual backoff");
+    expectFetchWithin(24, 36, "the usual backoff");
 }
 
 /// One run through every wait that there is: settle, reachability, spacing, re-sign-in, backoff, wake.

@@ -1,9 +1,6 @@
 #include "polling/StatusBarPollingSchedule.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <source_location>
 
 namespace tidewell {
 namespace {

@@ -1,9 +1,5 @@
 #include "sources/DexcomAnswers.h"
 
-#include <gtest/gtest.h>
-
-#include <fmt/format.h>
-
 #include "support/Random.h"
 
 namespace tidewell {
@@ -104,11 +100,10 @@ TEST(DexcomAnswers, valuesAndTimesAtTheEdgeOfWhatCanBeAreKept)
 
 TEST(DexcomAnswers, whatIsNoArrayIsRefusedInOneSentence)
 {
-    for (const std::string& body :
-         {std::string{}, std::string{"{}"}, std::string{"null"}, std::string{"\"[]\""}, std::string{"["},
-          std::string{"[{\"Value\":11"}, std::string{"<html><body>Error</body></html>"}, std::string{"[]x"},
-          std::string(100'000, '['), "[\"" + std::string(2'000'000, 'x') + "\"]", std::string{"\xff\xfe[]"},
-          std::string{"[\"\xc3\x28\"]"}})
+    for (const std::string& body : std::vector<std::string>{
+             "", "{}", "null", "\"[]\"", "[", "[{\"Value\":11", "<html><body>Error</body></html>", "[]x",
+             std::string(100'000, '['), "[\"" + std::string(2'000'000, 'x') + "\"]", "\xff\xfe[]",
+             "[\"\xc3\x28\"]"})
         expectFault(body, "Unable to process server response: Expected an array of glucose readings");
     expectFault("[]", "No glucose readings available");
 }

@@ -1,7 +1,5 @@
 #include "simulator/DexcomShareSimulator.h"
 
-#include <gtest/gtest.h>
-
 #include "simulator/SimulatedHttpClient.h"
 #include "sources/DexcomAPI.h"
 #include "testing/FakeClock.h"
@@ -107,55 +105,6 @@ TEST_F(DexcomSimulatorTest, understandsEveryFormOfAnswer)
     nothing.readings.empty = true;
     setUp(nothing);
     EXPECT_EQ(failureKind(), ErrorKind::noReadings);
-}
-
-TEST_F(DexcomSimulatorTest, knowsARefusedSignInInEveryForm)
-{
-    for (const RefusalForm form : {RefusalForm::current, RefusalForm::singleSignOn, RefusalForm::legacy}) {
-        for (const bool xml : {false, true}) {
-            DexcomShareOptions options;
-            options.refusal = form;
-            options.xmlSubCode = xml;
-            options.refusePasswords = true;
-            options.lockAfter = 0;
-            setUp(options);
-            EXPECT_EQ(failureKind(), ErrorKind::credentialsRefused);
-        }
-    }
-    DexcomShareOptions locking;
-    locking.refusePasswords = true;
-    locking.lockAfter = 1;
-    setUp(locking);
-    EXPECT_EQ(failureKind(), ErrorKind::credentialsRefused);
-    EXPECT_EQ(failureKind(), ErrorKind::accountLocked);
-}
-
-TEST_F(DexcomSimulatorTest, recoversByItselfWhenAFaultEnds)
-{
-    using Fault = DexcomFault::Kind;
-    for (const Fault kind :
-         {Fault::error, Fault::emptyBody, Fault::html, Fault::status, Fault::garbage, Fault::nullId}) {
-        for (DexcomFault DexcomShareOptions::* step :
-             {&DexcomShareOptions::authenticate, &DexcomShareOptions::login, &DexcomShareOptions::read}) {
-            SCOPED_TRACE(static_cast<int>(kind));
-            DexcomShareOptions options;
-            options.*step = {.kind = kind, .code = "SomethingNew", .status = 503};
-            setUp(options);
-            for (int i = 0; i < 8; ++i)
-                EXPECT_FALSE(fetch());
-            service_.setOptions({}, clock_.now());
-            EXPECT_TRUE(fetch());
-        }
-    }
-    http_.setFailure(HttpError::Kind::cannotResolve);
-    EXPECT_EQ(failureKind(), ErrorKind::transport);
-    http_.setFailure({});
-    DexcomShareOptions options;
-    options.read = {.kind = Fault::transport, .transport = TransportFault::hang};
-    setUp(options);
-    EXPECT_EQ(failureKind(), ErrorKind::transport);
-    service_.setOptions({}, clock_.now());
-    EXPECT_TRUE(fetch());
 }
 
 }  // namespace

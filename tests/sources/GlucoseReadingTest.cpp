@@ -1,7 +1,5 @@
 #include "sources/GlucoseReading.h"
 
-#include <gtest/gtest.h>
-
 #include <boost/json/serialize.hpp>
 
 #include "support/Random.h"
@@ -20,39 +18,30 @@ json::value parsed(std::string_view text)
 
 TEST(GlucoseReading, knowsTheArrowAndThePhraseOfEachTrendWordInAnyCase)
 {
-    const struct {
-        const char* word;
-        const char* arrow;
-        const char* phrase;
-    } cases[]{
-        {"DoubleUp", "↑↑", "rising quickly"},
-        {"SINGLEUP", "↑", "rising"},
-        {"fortyFiveUp", "↗", "rising slightly"},
-        {"Flat", "→", "steady"},
-        {"FortyFiveDown", "↘", "falling slightly"},
-        {"singledown", "↓", "falling"},
-        {"DoubleDown", "↓↓", "falling quickly"},
-        {"NotComputable", "?", "unknown trend"},
-        {"RateOutOfRange", "?", "unknown trend"},
-        {"None", "?", "unknown trend"},
-        {"", "?", "unknown trend"},
-        {"Flat ", "?", "unknown trend"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(trendArrow(c.word), c.arrow) << c.word;
-        EXPECT_EQ(trendPhrase(c.word), c.phrase) << c.word;
-        const GlucoseReading reading = makeReading(100, c.word, {}, Seconds{300}, GlucoseProvider::dexcom);
-        EXPECT_EQ(reading.trendString, c.word);
-        EXPECT_EQ(reading.trendArrow, c.arrow);
+    const std::array<const char*, 3> cases[]{{"DoubleUp", "↑↑", "rising quickly"},
+                                             {"SINGLEUP", "↑", "rising"},
+                                             {"fortyFiveUp", "↗", "rising slightly"},
+                                             {"Flat", "→", "steady"},
+                                             {"FortyFiveDown", "↘", "falling slightly"},
+                                             {"singledown", "↓", "falling"},
+                                             {"DoubleDown", "↓↓", "falling quickly"},
+                                             {"NotComputable", "?", "unknown trend"},
+                                             {"RateOutOfRange", "?", "unknown trend"},
+                                             {"None", "?", "unknown trend"},
+                                             {"", "?", "unknown trend"},
+                                             {"Flat ", "?", "unknown trend"}};
+    for (const auto& [word, arrow, phrase] : cases) {
+        EXPECT_EQ(trendArrow(word), arrow) << word;
+        EXPECT_EQ(trendPhrase(word), phrase) << word;
+        const GlucoseReading reading = makeReading(100, word, {}, Seconds{300}, GlucoseProvider::dexcom);
+        EXPECT_EQ(reading.trendString, word);
+        EXPECT_EQ(reading.trendArrow, arrow);
     }
 }
 
 TEST(GlucoseReading, takesTheTimeOfADexcomObjectFromTheFirstFieldThatHasOne)
 {
-    const struct {
-        const char* times;
-        double seconds;
-    } cases[]{
+    const std::pair<std::string, double> cases[]{
         {R"json("ST":"/Date(1700000000000)/","WT":"Date(1699999999000-0500)")json", 1700000000},
         {R"json("ST":"yesterday","WT":"Date(1700000000000+0100)")json", 1700000000},
         {R"json("ST":1700000000000,"WT":null,"DT":"Date(1700000000123+0100)")json", 1700000000.123},
@@ -64,11 +53,10 @@ TEST(GlucoseReading, takesTheTimeOfADexcomObjectFromTheFirstFieldThatHasOne)
         {R"json("ST":"Date(1000)//","WT":"//Date(1000)","DT":"Date(2000)/")json", 2},
         {R"json("ST":"Date(1e3)","WT":"Date(1000.0)","DT":"Date(2000+0)")json", 2},
     };
-    for (const auto& c : cases) {
-        const auto reading =
-            readingFromDexcom(parsed(std::string{R"({"Value":118,"Trend":"Flat",)"} + c.times + "}"));
-        ASSERT_TRUE(reading) << c.times;
-        EXPECT_EQ(unixSeconds(reading->date), c.seconds) << c.times;
+    for (const auto& [times, seconds] : cases) {
+        const auto reading = readingFromDexcom(parsed(R"({"Value":118,"Trend":"Flat",)" + times + "}"));
+        ASSERT_TRUE(reading) << times;
+        EXPECT_EQ(unixSeconds(reading->date), seconds) << times;
         EXPECT_EQ(reading->mgdL, 118);
         EXPECT_EQ(reading->sampleDuration, Seconds{300});
         EXPECT_EQ(reading->source, GlucoseProvider::dexcom);
@@ -77,10 +65,7 @@ TEST(GlucoseReading, takesTheTimeOfADexcomObjectFromTheFirstFieldThatHasOne)
 
 TEST(GlucoseReading, saysWhatADexcomObjectLacks)
 {
-    const struct {
-        const char* object;
-        GlucoseReadingError expected;
-    } cases[]{
+    const std::pair<const char*, GlucoseReadingError> cases[]{
         {R"([])", invalidFormat},
         {R"("Flat")", invalidFormat},
         {R"({})", missingValue},
@@ -93,8 +78,8 @@ TEST(GlucoseReading, saysWhatADexcomObjectLacks)
         {R"json({"Value":118,"Trend":"Flat","ST":"","WT":"2026-01-01","DT":"Date(x)"})json",
          invalidTimestamp},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(readingFromDexcom(parsed(c.object)), std::unexpected{c.expected}) << c.object;
+    for (const auto& [object, expected] : cases)
+        EXPECT_EQ(readingFromDexcom(parsed(object)), std::unexpected{expected}) << object;
     EXPECT_EQ(description(invalidFormat), "Invalid glucose reading format");
     EXPECT_EQ(description(missingValue), "Missing glucose value");
     EXPECT_EQ(description(missingTrend), "Missing trend information");
@@ -131,29 +116,22 @@ TEST(GlucoseReading, comesBackFromStorageExactly)
 
 TEST(GlucoseReading, storedDurationsAreMendedAndAbsentOnesAreFiveMinutes)
 {
-    const struct {
-        const char* member;
-        double seconds;
-    } cases[]{{"", 300},
-              {R"(,"sampleDuration":null)", 300},
-              {R"(,"sampleDuration":1200)", 900},
-              {R"(,"sampleDuration":900.5)", 900},
-              {R"(,"sampleDuration":899.5)", 899.5},
-              {R"(,"sampleDuration":0.25)", 0.25},
-              {R"(,"sampleDuration":0)", 60},
-              {R"(,"sampleDuration":-5)", 60}};
-    for (const auto& c : cases) {
-        const auto reading = decodeReading(parsed(
-            std::string{R"({"mgdL":5.5,"trendString":"x","date":"2026-03-02T07:55:13Z")"} + c.member + "}"));
-        ASSERT_TRUE(reading) << c.member;
-        EXPECT_EQ(reading->sampleDuration, Seconds{c.seconds}) << c.member;
+    const std::pair<std::string, double> cases[]{{"", 300},
+                                                 {R"(,"sampleDuration":null)", 300},
+                                                 {R"(,"sampleDuration":1200)", 900},
+                                                 {R"(,"sampleDuration":900.5)", 900},
+                                                 {R"(,"sampleDuration":899.5)", 899.5},
+                                                 {R"(,"sampleDuration":0.25)", 0.25},
+                                                 {R"(,"sampleDuration":0)", 60},
+                                                 {R"(,"sampleDuration":-5)", 60}};
+    for (const auto& [member, seconds] : cases) {
+        const auto reading = decodeReading(
+            parsed(R"({"mgdL":5.5,"trendString":"x","date":"2026-03-02T07:55:13Z")" + member + "}"));
+        ASSERT_TRUE(reading) << member;
+        EXPECT_EQ(reading->sampleDuration, Seconds{seconds}) << member;
         EXPECT_EQ(reading->source, GlucoseProvider::dexcom);
         EXPECT_EQ(reading->trendArrow, "?");
     }
-}
-
-TEST(GlucoseReading, storedTimesAreTakenToTheMillisecond)
-{
     const auto reading =
         decodeReading(parsed(R"({"mgdL":118,"trendString":"Flat","date":"2026-03-02T08:55:13.4816+01:00"})"));
     ASSERT_TRUE(reading);
@@ -162,10 +140,7 @@ TEST(GlucoseReading, storedTimesAreTakenToTheMillisecond)
 
 TEST(GlucoseReading, damagedStoredReadingsAreRefused)
 {
-    const struct {
-        const char* object;
-        GlucoseReadingError expected;
-    } cases[]{
+    const std::pair<const char*, GlucoseReadingError> cases[]{
         {R"(7)", invalidFormat},
         {R"({"trendString":"Flat","date":"2026-03-02T07:55:13Z"})", missingValue},
         {R"({"mgdL":"118","trendString":"Flat","date":"2026-03-02T07:55:13Z"})", missingValue},
@@ -180,8 +155,8 @@ TEST(GlucoseReading, damagedStoredReadingsAreRefused)
          invalidFormat},
         {R"({"mgdL":118,"trendString":"Flat","date":"2026-03-02T07:55:13Z","source":1})", invalidFormat},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(decodeReading(parsed(c.object)), std::unexpected{c.expected}) << c.object;
+    for (const auto& [object, expected] : cases)
+        EXPECT_EQ(decodeReading(parsed(object)), std::unexpected{expected}) << object;
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "sources/GlucoseUnits.h"
 
-#include <gtest/gtest.h>
-
 #include <clocale>
 #include <locale>
 
@@ -12,19 +10,15 @@ using enum GlucoseUnits;
 
 TEST(GlucoseUnits, formatsWithHalvesAwayFromZeroAndWithoutNegativeZero)
 {
-    const struct {
-        double value;
-        const char* whole;
-        const char* tenths;
-    } cases[]{
+    const std::tuple<double, const char*, const char*> cases[]{
         {99, "99", "5.5"},      {100, "100", "5.6"},     {39, "39", "2.2"},    {401, "401", "22.3"},
         {0, "0", "0.0"},        {0.4, "0", "0.0"},       {-0.4, "0", "0.0"},   {99.5, "100", "5.5"},
         {100.5, "101", "5.6"},  {0.9, "1", "0.1"},       {18, "18", "1.0"},    {179.99, "180", "10.0"},
         {1000, "1000", "55.6"}, {-99.5, "-100", "-5.5"}, {99.9, "100", "5.6"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(formatGlucose(c.value, mgdL), c.whole) << c.value;
-        EXPECT_EQ(formatGlucose(c.value, mmolL), c.tenths) << c.value;
+    for (const auto& [value, whole, tenths] : cases) {
+        EXPECT_EQ(formatGlucose(value, mgdL), whole) << value;
+        EXPECT_EQ(formatGlucose(value, mmolL), tenths) << value;
     }
 }
 

@@ -1,11 +1,7 @@
 #include "sources/NetworkMonitor.h"
 
-#include <gtest/gtest.h>
-
 #include <boost/asio/strand.hpp>
-#include <boost/asio/thread_pool.hpp>
 
-#include <atomic>
 #include <limits>
 #include <thread>
 

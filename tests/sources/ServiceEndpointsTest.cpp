@@ -1,7 +1,7 @@
 #include "sources/ServiceEndpoints.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
+#include "testing/TemporaryFolder.h"
+#include "testing/Texts.h"
 
 #include <fstream>
 
@@ -57,47 +57,19 @@ TEST(ServiceEndpoints, addressesMustBeHttpsOrThisMachine)
           "http://127.0.0.1", "http://127.255.0.3:1/x", "http://[::1]", "http://[::1]:65535/",
           "http://localhost:80", "http://LOCALHOST/x"})
         EXPECT_TRUE(accepted(good)) << good;
-    for (const char* bad : {"",
-                            "a",
-                            "https://",
-                            "https:///x",
-                            "ftp://a",
-                            "file:///etc/passwd",
-                            "//a",
-                            "https:a",
-                            "http://example.org",
-                            "http://127.0.0.1.example.org",
-                            "http://127.evil",
-                            "http://10.0.0.1",
-                            "http://0.0.0.0",
-                            "http://[::2]",
-                            "http://localhost.example.org",
-                            "http://localhost@example.org",
-                            "https://user:secret@a",
-                            "https://a:0",
-                            "https://a:65536",
-                            "https://a:",
-                            "https://a:8x",
-                            "https://a?b",
-                            "https://a#b",
-                            "https://a b",
-                            "https://a\\u0000b",
-                            "https://a\\nb",
-                            "https://a\\\\b",
-                            "https://ä",
-                            "http://[::1",
-                            "http://[::1%]:9",
-                            "https://a%20b"})
+    for (const std::string& bad : parts(
+             "|a|https://|https:///x|ftp://a|file:///etc/passwd|//a|https:a|http://example.org|"
+             "http://127.0.0.1.example.org|http://127.evil|http://10.0.0.1|http://0.0.0.0|http://[::2]|"
+             "http://localhost.example.org|http://localhost@example.org|https://user:secret@a|https://a:0|"
+             "https://a:65536|https://a:|https://a:8x|https://a?b|https://a#b|https://a b|https://a\\u0000b|"
+             "https://a\\nb|https://a\\\\b|https://ä|http://[::1|http://[::1%]:9|https://a%20b"))
         EXPECT_FALSE(accepted(bad)) << bad;
     EXPECT_FALSE(accepted("https://a/" + std::string(2000, 'x')));
 }
 
 TEST(ServiceEndpoints, aBadDocumentIsOneSentenceThatNamesTheEntry)
 {
-    const struct {
-        const char* document;
-        const char* expected;
-    } cases[]{
+    const std::pair<const char*, const char*> cases[]{
         {R"([])", "The document is not an object."},
         {R"({"dexcom":[]})", "The entry \"dexcom\" is not an object."},
         {R"({"dexcom":{"us":"https://a"}})", "The entry \"dexcom.us\" is not an object."},
@@ -114,10 +86,10 @@ TEST(ServiceEndpoints, aBadDocumentIsOneSentenceThatNamesTheEntry)
         {R"({"dexcom":{"Us\n":{}}})",
          "A region code under \"dexcom\" is not made of up to 16 lower-case letters, digits and hyphens."},
     };
-    for (const auto& c : cases) {
-        const auto result = ServiceEndpoints::parse(c.document);
-        ASSERT_FALSE(result) << c.document;
-        EXPECT_EQ(result.error(), c.expected);
+    for (const auto& [document, expected] : cases) {
+        const auto result = ServiceEndpoints::parse(document);
+        ASSERT_FALSE(result) << document;
+        EXPECT_EQ(result.error(), expected);
     }
     for (const char* broken : {"", "{", "nonsense", R"({"dexcom":{},"dexcom":{}})"}) {
         const auto result = ServiceEndpoints::parse(broken);
@@ -128,9 +100,8 @@ TEST(ServiceEndpoints, aBadDocumentIsOneSentenceThatNamesTheEntry)
 
 TEST(ServiceEndpoints, aNamedFileMustExistAndTheFolderMayHoldOne)
 {
-    namespace fs = std::filesystem;
-    const fs::path folder = fs::temp_directory_path() / ("tidewell-endpoints-" + std::to_string(::getpid()));
-    fs::create_directories(folder);
+    const TemporaryFolder temporary;
+    const auto& folder = temporary.path();
     const auto write = [&](const char* name, std::string_view text) {
         std::ofstream{folder / name} << text;
         return folder / name;
@@ -140,7 +111,7 @@ TEST(ServiceEndpoints, aNamedFileMustExistAndTheFolderMayHoldOne)
 
     write("endpoints.json", R"({"dexcom":{"us":{"base":"https://folder.example.org"}}})");
     EXPECT_EQ(ServiceEndpoints::load({}, folder)->dexcomRegion("us")->base, "https://folder.example.org");
-    const fs::path named = write("named.json", R"({"dexcom":{"us":{"base":"https://named.example.org"}}})");
+    const auto named = write("named.json", R"({"dexcom":{"us":{"base":"https://named.example.org"}}})");
     EXPECT_EQ(ServiceEndpoints::load(named, folder)->dexcomRegion("us")->base, "https://named.example.org");
     EXPECT_FALSE(ServiceEndpoints::load(folder, folder)) << "a folder is no file";
 
@@ -148,7 +119,6 @@ TEST(ServiceEndpoints, aNamedFileMustExistAndTheFolderMayHoldOne)
     const auto broken = ServiceEndpoints::load({}, folder);
     ASSERT_FALSE(broken);
     EXPECT_NE(broken.error().find("endpoints.json"), std::string::npos) << broken.error();
-    fs::remove_all(folder);
 }
 
 }  // namespace
