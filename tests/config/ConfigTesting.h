@@ -10,36 +10,11 @@
 #include <vector>
 
 #include "config/MemoryKeychainItemStore.h"
-#include "support/Log.h"
+#include "testing/LogCatcher.h"
+#include "testing/TemporaryFolder.h"
+#include "testing/Texts.h"
 
 namespace tidewell {
-
-/// A folder of a test's own, gone when the test ends.
-class TemporaryFolder {
-public:
-    TemporaryFolder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "tidewell-config-XXXXXX").string();
-        if (!::mkdtemp(name.data()))
-            throw std::runtime_error{"no temporary folder"};
-        path_ = name;
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-
-    [[nodiscard]] std::filesystem::path operator/(std::string_view name) const { return path_ / name; }
-
-    /// Every regular file below, by its path from here, with its bytes; lock files left out.
-    [[nodiscard]] std::map<std::string, std::string> content() const;
-
-private:
-    std::filesystem::path path_;
-};
 
 inline std::string bytesOf(const std::filesystem::path& file)
 {
@@ -54,12 +29,13 @@ inline void writeBytes(const std::filesystem::path& file, std::string_view bytes
     stream << bytes;
 }
 
-inline std::map<std::string, std::string> TemporaryFolder::content() const
+/// Every regular file below, by its path from there, with its bytes; lock files left out.
+inline std::map<std::string, std::string> contentOf(const TemporaryFolder& folder)
 {
     std::map<std::string, std::string> files;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator{path_}) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator{folder.path()}) {
         if (entry.is_regular_file() && entry.path().extension() != ".lock")
-            files[entry.path().lexically_relative(path_).string()] = bytesOf(entry.path());
+            files[entry.path().lexically_relative(folder.path()).string()] = bytesOf(entry.path());
     }
     return files;
 }
@@ -84,23 +60,6 @@ public:
 private:
     rlimit before_{};
     void (*handler_)(int);
-};
-
-/// Collects what is logged while it lives.
-class LogCatcher {
-public:
-    LogCatcher()
-        : before_{setLogSink([this](LogLevel, std::string_view, std::string_view line) { lines_ += line; })}
-    {
-    }
-    LogCatcher(const LogCatcher&) = delete;
-    LogCatcher& operator=(const LogCatcher&) = delete;
-    ~LogCatcher() { setLogSink(before_); }
-    [[nodiscard]] const std::string& lines() const { return lines_; }
-
-private:
-    std::string lines_;
-    LogSink before_;
 };
 
 /// A secret store that fails on demand: at one call, counted from 1, or at all of them.

@@ -1,6 +1,5 @@
 #include "config/ConfigurationManager.h"
 
-#include <boost/asio/io_context.hpp>
 #include <source_location>
 
 #include "config/ConfigTesting.h"
@@ -13,30 +12,14 @@ using Account = GlucoseAccountConfiguration;
 
 constexpr std::string_view service = "Tidewell.account";
 
-Account alice()
-{
-    return {.provider = GlucoseProvider::dexcom,
-            .username = "alice",
-            .password = SecretText{"pass-of-alice"},
-            .region = "us"};
-}
+Account alice() { return {GlucoseProvider::dexcom, "alice", SecretText{"pass-of-alice"}, "us"}; }
 
 Account bob()
 {
-    return {.provider = GlucoseProvider::libreLinkUp,
-            .username = "bob@example.org",
-            .password = SecretText{"pass-of-bob"},
-            .region = "eu2",
-            .patientID = "p",
-            .patientName = "Bob"};
+    return {GlucoseProvider::libreLinkUp, "bob@example.org", SecretText{"pass-of-bob"}, "eu2", "p", "Bob"};
 }
 
-AppSettings mmolSettings()
-{
-    AppSettings settings;
-    settings.measurementUnit = "mmol/L";
-    return settings;
-}
+AppSettings mmolSettings() { return {.measurementUnit = "mmol/L"}; }
 
 /// Documents that are none, each in another way.
 const std::vector<std::string>& damagedDocuments()
@@ -61,6 +44,7 @@ const std::vector<std::string>& damagedDocuments()
 
 class ConfigurationManagerTest : public testing::Test {
 protected:
+    enum Loaded { loaded };
     /// What a process sees: a manager of its own over the same folder and secret store.
     struct Process {
         explicit Process(ConfigurationManagerTest& test)
@@ -69,6 +53,10 @@ protected:
                       {.document = test.file, .keychain = test.keychain}}
         {
             token = manager.observe([this](ConfigurationChange change) { changes.push_back(change); });
+        }
+        Process(ConfigurationManagerTest& test, Loaded) : Process{test}
+        {
+            EXPECT_TRUE(test.run(manager.load()));
         }
         ConfigurationManager manager;
         std::vector<ConfigurationChange> changes;
@@ -98,10 +86,9 @@ protected:
 
     std::optional<SecretText> secret(std::string_view name)
     {
-        auto lookup = keychain->items.read(service, name);
-        if (auto* found = std::get_if<SecretText>(&lookup))
-            return *found;
-        return std::nullopt;
+        const auto lookup = keychain->items.read(service, name);
+        const auto* const found = std::get_if<SecretText>(&lookup);
+        return found ? std::optional{*found} : std::nullopt;
     }
 
     /// A new process reads exactly this, and no password lies in any file.
@@ -114,7 +101,7 @@ protected:
         EXPECT_TRUE(result) << result.error().message;
         EXPECT_EQ(process.manager.account(), account);
         EXPECT_EQ(process.manager.settings(), settings);
-        for (const auto& [name, bytes] : folder.content())
+        for (const auto& [name, bytes] : contentOf(folder))
             EXPECT_EQ(bytes.find("pass-of-"), std::string::npos) << name;
     }
 
@@ -134,14 +121,13 @@ TEST_F(ConfigurationManagerTest, theFirstStartHasNoAccountAndNoProblem)
     EXPECT_EQ(process.manager.settings(), AppSettings{});
     EXPECT_EQ(process.manager.problem(), std::nullopt);
     EXPECT_TRUE(process.changes.empty());
-    EXPECT_TRUE(folder.content().empty()) << "loading writes nothing";
+    EXPECT_TRUE(contentOf(folder).empty()) << "loading writes nothing";
 }
 
 TEST_F(ConfigurationManagerTest, whatIsSavedIsThereInTheNextProcessAndAnnouncedInThisOne)
 {
     using enum ConfigurationChange;
-    Process process{*this};
-    ASSERT_TRUE(run(process.manager.load()));
+    Process process{*this, loaded};
     ASSERT_TRUE(run(process.manager.saveAccount(alice())));
     EXPECT_EQ(process.changes, (std::vector{configuration}));
     EXPECT_EQ(process.manager.account(), alice());
@@ -223,10 +209,8 @@ TEST_F(ConfigurationManagerTest, anotherProcessesChangeIsKeptAndAnnounced)
 {
     using enum ConfigurationChange;
     store(alice());
-    Process one{*this};
-    Process two{*this};
-    ASSERT_TRUE(run(one.manager.load()));
-    ASSERT_TRUE(run(two.manager.load()));
+    Process one{*this, loaded};
+    Process two{*this, loaded};
 
     ASSERT_TRUE(run(two.manager.saveAccount(bob())));
     ASSERT_TRUE(run(one.manager.saveSettings(mmolSettings())));
@@ -258,21 +242,21 @@ TEST_F(ConfigurationManagerTest, aDamagedDocumentIsKeptReportedAndReplacedOnlyBe
         EXPECT_EQ(process.manager.problem(), result.error());
         EXPECT_EQ(process.manager.account(), alice()) << "what was held stays";
         EXPECT_TRUE(process.changes.empty());
-        EXPECT_EQ(folder.content(),
+        EXPECT_EQ(contentOf(folder),
                   (std::map<std::string, std::string>{{"tidewell/configuration.json", bytes}}));
 
         {
             const FullDisk full;
             EXPECT_FALSE(run(process.manager.saveSettings(mmolSettings())));
         }
-        EXPECT_EQ(folder.content(),
+        EXPECT_EQ(contentOf(folder),
                   (std::map<std::string, std::string>{{"tidewell/configuration.json", bytes}}));
         EXPECT_EQ(process.manager.settings(), AppSettings{});
 
         ASSERT_TRUE(run(process.manager.saveSettings(mmolSettings()))) << shown;
         EXPECT_EQ(process.manager.problem(), std::nullopt);
         expectStored(alice(), mmolSettings());
-        const auto files = folder.content();
+        const auto files = contentOf(folder);
         ASSERT_EQ(files.size(), 2U) << shown;
         EXPECT_EQ(files.rbegin()->second, bytes);
         EXPECT_TRUE(files.rbegin()->first.starts_with("tidewell/configuration.unreadable-2"))
@@ -312,9 +296,8 @@ TEST_F(ConfigurationManagerTest, aFaultAtAnyStepChangesNothingOrNothingThatMatte
             std::ignore = keychain->items.remove(service, "libreLinkUp:bob@example.org");
             keychain->failAt = 0;
             store(alice());
-            Process process{*this};
-            ASSERT_TRUE(run(process.manager.load()));
-            const auto before = folder.content();
+            Process process{*this, loaded};
+            const auto before = contentOf(folder);
 
             keychain->calls = 0;
             keychain->failAt = failAt;
@@ -328,7 +311,7 @@ TEST_F(ConfigurationManagerTest, aFaultAtAnyStepChangesNothingOrNothingThatMatte
             keychain->failAt = 0;
 
             if (!result) {
-                EXPECT_EQ(folder.content(), before);
+                EXPECT_EQ(contentOf(folder), before);
                 EXPECT_EQ(process.manager.account(), alice());
                 EXPECT_EQ(process.manager.problem(), result.error());
                 EXPECT_TRUE(process.changes.empty());
@@ -355,8 +338,7 @@ TEST_F(ConfigurationManagerTest, aFaultAtAnyStepChangesNothingOrNothingThatMatte
 TEST_F(ConfigurationManagerTest, settingsAreSavedWithoutTheSecretStore)
 {
     store(alice());
-    Process process{*this};
-    ASSERT_TRUE(run(process.manager.load()));
+    Process process{*this, loaded};
     keychain->failAlways = true;
     EXPECT_TRUE(run(process.manager.saveSettings(mmolSettings())));
     EXPECT_EQ(process.manager.account(), alice());
@@ -370,8 +352,7 @@ TEST_F(ConfigurationManagerTest, aLockedStoreLeavesTheAccountAndTheHeldPassword)
     auto withoutPassword = alice();
     withoutPassword.password = SecretText{};
     Process early{*this};
-    Process late{*this};
-    ASSERT_TRUE(run(late.manager.load()));
+    Process late{*this, loaded};
 
     keychain->failAlways = true;
     const auto result = run(early.manager.load());
@@ -436,16 +417,15 @@ TEST_F(ConfigurationManagerTest, aPasswordWrittenByHandMovesToTheSecretStore)
 TEST_F(ConfigurationManagerTest, whatWouldNotReadBackIsNotWritten)
 {
     store(alice());
-    Process process{*this};
-    ASSERT_TRUE(run(process.manager.load()));
-    const auto before = folder.content();
+    Process process{*this, loaded};
+    const auto before = contentOf(folder);
     auto invalid = bob();
     invalid.username = "b\xff";
     EXPECT_FALSE(run(process.manager.saveAccount(invalid)));
     AppSettings settings;
     settings.lowGlucoseThreshold = std::numeric_limits<double>::infinity();
     EXPECT_FALSE(run(process.manager.saveSettings(settings)));
-    EXPECT_EQ(folder.content(), before);
+    EXPECT_EQ(contentOf(folder), before);
     expectStored(alice(), AppSettings{});
 }
 

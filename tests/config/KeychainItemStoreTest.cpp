@@ -16,14 +16,6 @@ using namespace std::chrono_literals;
 
 constexpr std::string_view service = "Tidewell.test";
 
-std::string allBytes()
-{
-    std::string bytes;
-    for (int byte = 0; byte < 256; ++byte)
-        bytes += static_cast<char>(byte);
-    return bytes;
-}
-
 TEST(KeychainItemStore, keepsOneItemPerServiceAndAccount)
 {
     const TemporaryFolder folder;
@@ -33,10 +25,10 @@ TEST(KeychainItemStore, keepsOneItemPerServiceAndAccount)
         EXPECT_EQ(store->read(service, "a"), KeychainLookup{KeychainItemNotFound{}});
         EXPECT_EQ(store->remove(service, "a"), keychainStatus::itemNotFound);
         EXPECT_EQ(store->write(service, "a", SecretText{"first"}), keychainStatus::success);
-        EXPECT_EQ(store->write(service, "a", SecretText{allBytes()}), keychainStatus::success);
+        EXPECT_EQ(store->write(service, "a", SecretText{everyByte()}), keychainStatus::success);
         EXPECT_EQ(store->write(service, "b", SecretText{}), keychainStatus::success);
         EXPECT_EQ(store->write("Other", "a", SecretText{"other"}), keychainStatus::success);
-        EXPECT_EQ(store->read(service, "a"), KeychainLookup{SecretText{allBytes()}});
+        EXPECT_EQ(store->read(service, "a"), KeychainLookup{SecretText{everyByte()}});
         EXPECT_EQ(store->read(service, "b"), KeychainLookup{SecretText{}});
         EXPECT_EQ(store->remove(service, "a"), keychainStatus::success);
         EXPECT_EQ(store->read(service, "a"), KeychainLookup{KeychainItemNotFound{}});
@@ -57,8 +49,8 @@ void expectRefused(const std::filesystem::path& path, std::int32_t status, std::
     EXPECT_EQ(store.read(service, "a"), KeychainLookup{KeychainFailure{status}}) << path;
     EXPECT_EQ(store.write(service, "a", SecretText{"new-secret"}), status) << path;
     EXPECT_EQ(store.remove(service, "a"), status) << path;
-    EXPECT_NE(log.lines().find(reason), std::string::npos) << log.lines();
-    EXPECT_EQ(log.lines().find("secret\""), std::string::npos) << log.lines();
+    EXPECT_NE(log.text().find(reason), std::string::npos) << log.text();
+    EXPECT_EQ(log.text().find("secret\""), std::string::npos) << log.text();
 }
 
 TEST(FileKeychainItemStore, refusesAFileThatIsNotOursAlone)
@@ -125,7 +117,7 @@ TEST(FileKeychainItemStore, aFailedWriteChangesNothing)
     const auto file = folder / "secrets.json";
     FileKeychainItemStore store{file, 0ms};
     ASSERT_EQ(store.write(service, "a", SecretText{"value"}), keychainStatus::success);
-    const auto before = folder.content();
+    const auto before = contentOf(folder);
     {
         const FullDisk full;
         EXPECT_EQ(store.write(service, "a", SecretText{"other"}), keychainStatus::io);
@@ -139,7 +131,7 @@ TEST(FileKeychainItemStore, aFailedWriteChangesNothing)
     EXPECT_EQ(store.write(service, "a", SecretText{"other"}), keychainStatus::notAvailable);
     EXPECT_EQ(store.read(service, "a"), KeychainLookup{SecretText{"value"}}) << "reading needs no lock";
     ::close(held);
-    EXPECT_EQ(folder.content(), before);
+    EXPECT_EQ(contentOf(folder), before);
     EXPECT_EQ(store.write(service, "a", SecretText{"other"}), keychainStatus::success);
 
     writeBytes(folder / "blocker", "");

@@ -23,7 +23,7 @@ TEST_F(UserDefaultsTest, valuesOutliveTheProcess)
         UserDefaults defaults{file};
         EXPECT_FALSE(defaults.load());
         EXPECT_FALSE(defaults.save()) << "nothing to write";
-        EXPECT_TRUE(folder.content().empty());
+        EXPECT_TRUE(contentOf(folder).empty());
         defaults.set("flag", true);
         defaults.set("moment", moment);
         defaults.set("text", "words");
@@ -74,17 +74,17 @@ TEST_F(UserDefaultsTest, aDamagedFileIsKeptUnderAnotherName)
         EXPECT_EQ(defaults.load(), std::errc::bad_message) << bytes;
         EXPECT_EQ(bytesOf(file), bytes);
         defaults.set("flag", true);
-        const auto before = folder.content();
+        const auto before = contentOf(folder);
         {
             const FullDisk full;
             EXPECT_TRUE(defaults.save());
         }
-        EXPECT_EQ(folder.content(), before) << "a failed save leaves no second name behind";
+        EXPECT_EQ(contentOf(folder), before) << "a failed save leaves no second name behind";
         EXPECT_FALSE(defaults.save());
         const auto name = ++expectedNames == 1
                               ? "state/defaults.json.unreadable"
                               : fmt::format("state/defaults.json-{}.unreadable", expectedNames);
-        EXPECT_EQ(folder.content().at(name), bytes);
+        EXPECT_EQ(contentOf(folder).at(name), bytes);
         UserDefaults again{file};
         EXPECT_FALSE(again.load());
         EXPECT_TRUE(again.boolean("flag"));
