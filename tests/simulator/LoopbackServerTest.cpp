@@ -1,8 +1,5 @@
 #include "simulator/LoopbackServer.h"
 
-#include <fmt/format.h>
-#include <gtest/gtest.h>
-
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 

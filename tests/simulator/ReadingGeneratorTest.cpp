@@ -1,7 +1,5 @@
 #include "simulator/ReadingGenerator.h"
 
-#include <gtest/gtest.h>
-
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 

@@ -1,7 +1,5 @@
 #include "simulator/SimulatedHttpClient.h"
 
-#include <gtest/gtest.h>
-
 #include "testing/FakeClock.h"
 #include "testing/Running.h"
 

@@ -1,7 +1,5 @@
 #include "simulator/TraceReplay.h"
 
-#include <gtest/gtest.h>
-
 namespace tidewell {
 namespace {
 

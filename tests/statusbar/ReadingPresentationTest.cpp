@@ -1,7 +1,5 @@
 #include "statusbar/ReadingPresentation.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 
 namespace tidewell {

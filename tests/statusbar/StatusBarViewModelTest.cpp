@@ -1,7 +1,5 @@
 #include "statusbar/StatusBarViewModel.h"
 
-#include <gtest/gtest.h>
-
 #include "testing/FakeClock.h"
 
 namespace tidewell {

@@ -1,7 +1,5 @@
 #include "statusbar/StatusItemContent.h"
 
-#include <gtest/gtest.h>
-
 namespace tidewell {
 namespace {
 
