@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 
 #include "program/AccountCheck.h"
 #include "program/CommandSession.h"
@@ -27,7 +28,7 @@ bool isTyped(std::string_view text)
            std::ranges::none_of(text, [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; });
 }
 
-/// Switches the terminal's echo off while a password is typed.
+/// Switches the terminal's echo off while a password is typed, and on again when that is broken off.
 class SilentTerminal {
 public:
     SilentTerminal()
@@ -35,6 +36,18 @@ public:
         if (::tcgetattr(STDIN_FILENO, &before_) != 0)
             return;
         active_ = true;
+        struct sigaction restore{};
+        restore.sa_handler = [](int signal) {
+            (void)::tcsetattr(STDIN_FILENO, TCSANOW, &before_);
+            (void)::raise(signal);
+        };
+        // The default is in force again, for the same signal too, when the handler raises it.
+        restore.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
+        for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
+            struct sigaction present{};
+            if (::sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_DFL)
+                (void)::sigaction(signal, &restore, nullptr);
+        }
         termios silent = before_;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         (void)::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
@@ -51,7 +64,7 @@ public:
     SilentTerminal& operator=(const SilentTerminal&) = delete;
 
 private:
-    termios before_{};
+    static inline termios before_{};  ///< For the signal handler too.
     bool active_ = false;
 };
 

@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pty.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -291,6 +293,33 @@ TEST_F(CommandLineTest, whatNobodyTypesIsNoAccount)
         EXPECT_FALSE(std::filesystem::exists(home / ".config/tidewell/configuration.json"));
     }
     EXPECT_EQ(signIn(password + "\r").code, 0);
+}
+
+TEST_F(CommandLineTest, aTerminalEchoesAgainWhenThePasswordIsNotTyped)
+{
+    int terminal = -1;
+    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        for (const auto& [name, value] : environment)
+            ::setenv(name.c_str(), value.c_str(), 1);
+        ::execl(TIDEWELL_PROGRAM, "tidewell", "account", "set", "--provider", "dexcom", "--username", "ada",
+                "--region", "us", "--password-stdin", nullptr);
+        ::_exit(127);
+    }
+    const auto echoes = [&] {
+        termios state{};
+        return ::tcgetattr(terminal, &state) == 0 && (state.c_lflag & static_cast<tcflag_t>(ECHO)) != 0;
+    };
+    std::string shown;
+    for (char byte = 0; !shown.ends_with("Password: ") && ::read(terminal, &byte, 1) == 1;)
+        shown += byte;
+    EXPECT_TRUE(shown.ends_with("Password: ")) << shown;
+    EXPECT_FALSE(echoes());
+    constexpr char interrupt = 3;
+    EXPECT_EQ(::write(terminal, &interrupt, 1), 1);
+    EXPECT_EQ(finish(child).code, 128 + SIGINT);
+    EXPECT_TRUE(echoes());
+    ::close(terminal);
 }
 
 TEST_F(CommandLineTest, outputThatCannotBeWrittenIsAFailureThatIsSaid)
