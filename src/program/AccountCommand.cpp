@@ -152,7 +152,7 @@ ExitCode runAccountSet(const AccountSetOptions& options)
     auto session = CommandSession::make();
     if (!session)
         return report(session.error());
-    if (!(*session)->environment().endpoints.dexcom.contains(options.region)) {
+    if (!(*session)->environment().endpoints.dexcomRegion(options.region)) {
         std::string known;
         for (const auto& [code, endpoint] : (*session)->environment().endpoints.dexcom)
             known += (known.empty() ? "" : ", ") + code;
