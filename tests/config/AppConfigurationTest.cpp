@@ -226,11 +226,7 @@ TEST(ThresholdOptions, coverTheirRangesWithoutGaps)
 TEST(ThresholdValidator, snapsToTheNearestOptionAndTheSmallerOfTwo)
 {
     using enum ThresholdKind;
-    const struct {
-        ThresholdKind kind;
-        bool mmolL;
-        double stored, shown;
-    } cases[] = {
+    const std::tuple<ThresholdKind, bool, double, double> cases[] = {
         {low, false, 77.5, 77}, {low, true, 77.5, 77},  {low, false, 77.6, 78},   {low, true, 78, 77},
         {low, true, 66, 65},    {low, false, -1e9, 65}, {low, false, 1e9, 90},    {high, false, 108, 108},
         {high, true, 109, 108}, {high, true, 359, 358}, {high, true, 359.5, 360}, {high, false, 0, 108},

@@ -1,9 +1,7 @@
 #include "platform/linux/Folders.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <map>
 #include <set>
 
 #include "TestBus.h"

@@ -1,8 +1,6 @@
 #include "platform/linux/KeychainItemStore.h"
 
-#include <gtest/gtest.h>
 #include <QDBusConnectionInterface>
-#include <atomic>
 #include <cstdlib>
 #include <fstream>
 #include <thread>

@@ -1,11 +1,9 @@
 #include "platform/linux/SingleInstance.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <atomic>
 #include <fstream>
 #include <thread>
 
@@ -56,7 +54,7 @@ bool isHungUp(const UniqueFd& fd)
 TEST(SingleInstance, theSecondStartFindsTheFirstAndHandsItsWordOver)
 {
     const TemporaryFolder folder;
-    const auto where = folder.path() / "run";
+    const auto where = folder.path() / std::string(120, 'x');  // Longer than a socket's name may be.
     EXPECT_EQ(SingleInstance::send(where, InstanceWord::activate), SendResult::notRunning);
     auto first = SingleInstance::acquire(where);
     ASSERT_TRUE(first && *first);
@@ -98,15 +96,6 @@ TEST(SingleInstance, anInstanceThatDoesNotAnswerIsGivenUpOn)
     // No event loop runs meanwhile.
     EXPECT_EQ(SingleInstance::send(folder.path(), InstanceWord::activate, std::chrono::milliseconds{20}),
               SendResult::noAnswer);
-}
-
-TEST(SingleInstance, aLongPathIsNoObstacle)
-{
-    const TemporaryFolder folder;
-    const auto where = folder.path() / std::string(120, 'x');
-    const auto instance = SingleInstance::acquire(where);
-    ASSERT_TRUE(instance && *instance);
-    EXPECT_EQ(sendWhileRunning(where, InstanceWord::activate), SendResult::delivered);
 }
 
 TEST(SingleInstance, aFolderThatOthersMayEnterIsRefused)

@@ -140,6 +140,24 @@ protected:
     std::vector<MenuCommand> commands{};
 };
 
+/// With a panel that shows the item.
+class ShownItemTest : public StatusItemTest {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+    }
+    /// Late enough to be sent at once.
+    void present(const StatusItemContent& content)
+    {
+        advance(1s);
+        item->present(content);
+    }
+
+    FakePanel panel{bus};
+    std::unique_ptr<StatusItem> item = startItem(options());
+};
+
 TEST_F(StatusItemTest, comesWhenThePanelStartsLateAndAgainWhenItRestarts)
 {
     const auto item = startItem(options());
@@ -173,11 +191,8 @@ TEST_F(StatusItemTest, aRefusedRegistrationIsRepeatedLaterAndLater)
     ASSERT_TRUE(runUntil([&] { return registered == 1; }));
 }
 
-TEST_F(StatusItemTest, sendsOnlyWhatChangedAndAtMostOnceASecond)
+TEST_F(ShownItemTest, sendsOnlyWhatChangedAndAtMostOnceASecond)
 {
-    FakePanel panel{bus};
-    const auto item = startItem(options());
-    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
     panel.settle();
     panel.signalCounts.clear();
 
@@ -215,18 +230,14 @@ TEST_F(StatusItemTest, sendsOnlyWhatChangedAndAtMostOnceASecond)
     EXPECT_TRUE(waiting.empty());
 }
 
-TEST_F(StatusItemTest, propertiesTellTheContent)
+TEST_F(ShownItemTest, propertiesTellTheContent)
 {
-    FakePanel panel{bus};
-    const auto item = startItem(options());
-    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
     EXPECT_EQ(panel.property("Status").toString(), "Active");
     StatusItemContent content = sample();
     content.tooltipTitle = "5 < 6 & more";
     content.tooltipText = "<b>not bold</b> & \"quoted\"\nsecond line";
     content.iconState = StatusBarIconState::attention;
-    advance(1s);
-    item->present(content);
+    present(content);
     EXPECT_EQ(panel.property("Status").toString(), "NeedsAttention");
     EXPECT_EQ(panel.property("Menu").value<QDBusObjectPath>().path(), "/MenuBar");
     EXPECT_EQ(panel.property("ItemIsMenu").toBool(), false);
@@ -277,12 +288,8 @@ TEST_F(StatusItemTest, aPanelThatWritesTheLabelGetsItWithAnIconFile)
     EXPECT_EQ(panel.property("IconName").toString(), first) << "the same picture is the same file";
 }
 
-TEST_F(StatusItemTest, theMenuIsReadAndChosenFromByAnyPanel)
+TEST_F(ShownItemTest, theMenuIsReadAndChosenFromByAnyPanel)
 {
-    FakePanel panel{bus};
-    const auto item = startItem(options());
-    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
-
     const auto layoutAt = [&](int depth) {
         const QDBusMessage reply = panel.menu("GetLayout", {0, depth, QStringList{}});
         return qdbus_cast<DBusMenuLayout>(reply.arguments().value(1));
@@ -316,13 +323,11 @@ TEST_F(StatusItemTest, theMenuIsReadAndChosenFromByAnyPanel)
     panel.signalCounts.clear();
     StatusItemContent changed = sample();
     changed.menu[0].title = "3 minutes ago";
-    advance(1s);
-    item->present(changed);
+    present(changed);
     panel.settle();
     EXPECT_EQ(panel.signalCounts, (std::map<QString, int>{{"ItemsPropertiesUpdated", 1}}));
     changed.menu.insert(changed.menu.begin(), {MenuItem::Kind::text, "Server error"});
-    advance(1s);
-    item->present(changed);
+    present(changed);
     const DBusMenuLayout later = layoutAt(-1);
     EXPECT_EQ(panel.signalCounts["LayoutUpdated"], 1);
     ASSERT_EQ(later.children.size(), 6);
@@ -333,11 +338,8 @@ TEST_F(StatusItemTest, theMenuIsReadAndChosenFromByAnyPanel)
     EXPECT_EQ(ids.size(), 6U);
 }
 
-TEST_F(StatusItemTest, hostileCallsGetErrorsAndBoundedAnswers)
+TEST_F(ShownItemTest, hostileCallsGetErrorsAndBoundedAnswers)
 {
-    FakePanel panel{bus};
-    const auto item = startItem(options());
-    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
     const QVariant nothing = QVariant::fromValue(QDBusVariant{0});
     const int lowest = std::numeric_limits<int>::min();
     for (const int id : {-1, 99, lowest, std::numeric_limits<int>::max()}) {
@@ -373,13 +375,10 @@ TEST_F(StatusItemTest, hostileCallsGetErrorsAndBoundedAnswers)
     }
 }
 
-TEST_F(StatusItemTest, activationGoesToItsHandler)
+TEST_F(ShownItemTest, activationGoesToItsHandler)
 {
-    FakePanel panel{bus};
-    const auto item = startItem(options());
     std::vector<QPoint> clicks;
     item->onActivate([&](QPoint where) { clicks.push_back(where); });
-    ASSERT_TRUE(runUntil([&] { return registered == 1; }));
     for (const char* method : {"Activate", "ContextMenu", "SecondaryActivate"}) {
         QDBusMessage call = panel.itemCall("org.kde.StatusNotifierItem", method);
         call << 1200 << 24;

@@ -8,7 +8,6 @@
 #include <QDBusPendingCallWatcher>
 #include <QEventLoop>
 #include <csignal>
-#include <cstdlib>
 #include <fstream>
 
 namespace tidewell {
@@ -17,20 +16,6 @@ namespace {
 constexpr std::chrono::seconds patience{20};
 
 }  // namespace
-
-TemporaryFolder::TemporaryFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "tidewell-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error{"no temporary folder"};
-    path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::string& input)
 {
@@ -47,8 +32,8 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::s
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         ::dup2(in[0], 0);
         ::dup2(out[1], 1);
-        ::dup2(::open("/dev/null", O_WRONLY),
-               2);  // Daemons complain about machines that are small or containers.
+        // Daemons complain about machines that are small or containers.
+        ::dup2(::open("/dev/null", O_WRONLY), 2);
         for (const int fd : {in[0], in[1], out[0], out[1]})
             ::close(fd);
         ::execvp(arguments[0], arguments.data());

@@ -3,24 +3,12 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QString>
-#include <chrono>
-#include <filesystem>
 #include <functional>
 #include <string>
 
+#include "testing/TemporaryFolder.h"
+
 namespace tidewell {
-
-/// A folder that goes with the object.
-class TemporaryFolder final {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
 
 /// A child process that ends with the object, and with this process at the latest.
 class ChildProcess final {

@@ -17,17 +17,14 @@ StatusBarPollingSchedule schedule(double unit = 0)
 TEST(StatusBarPollingSchedule, takesATargetFromFiveSecondsAheadOnAndTheBackoffBelow)
 {
     EXPECT_EQ(schedule().delayForNextPoll(start), 5000);
-    struct Case {
-        double ahead;  ///< Seconds from now to the target.
-        std::int64_t delay;
-    };
-    // Without a reading the backoff is that of an expired one.
-    for (const Case& c :
-         {Case{5.0, 5000}, Case{4.9994, 900'000}, Case{4.9, 900'000}, Case{0, 900'000}, Case{-1e9, 900'000},
-          Case{5.0009, 5000}, Case{330, 330'000}, Case{1e12, 86'400'000}}) {
+    // Seconds from now to the target. Without a reading the backoff is that of an expired one.
+    const std::pair<double, std::int64_t> cases[]{{5.0, 5000},    {4.9994, 900'000}, {4.9, 900'000},
+                                                  {0, 900'000},   {-1e9, 900'000},   {5.0009, 5000},
+                                                  {330, 330'000}, {1e12, 86'400'000}};
+    for (const auto& [ahead, delay] : cases) {
         StatusBarPollingSchedule aimed = schedule();
-        aimed.nextPollDate = dateFromUnix(0) + Seconds{c.ahead};
-        EXPECT_EQ(aimed.delayForNextPoll(dateFromUnix(0)), c.delay) << c.ahead;
+        aimed.nextPollDate = dateFromUnix(ahead);
+        EXPECT_EQ(aimed.delayForNextPoll(dateFromUnix(0)), delay) << ahead;
     }
 }
 

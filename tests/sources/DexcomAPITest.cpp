@@ -413,19 +413,6 @@ TEST_F(DexcomAPITest, signingInAgainDropsTheSession)
     EXPECT_EQ(takeSteps(), "aalr") << "the old session is gone";
 }
 
-TEST_F(DexcomAPITest, callsTakeTurns)
-{
-    const auto api = client();
-    answerSignIn();
-    for (int i = 0; i < 3; ++i)
-        http_.answer(200, std::string{oneReading});
-    const std::array fetches{startFetch(*api), startFetch(*api), startFetch(*api)};
-    clock_.runReady();
-    for (const auto& each : fetches)
-        EXPECT_TRUE(each.ended() && each.result());
-    EXPECT_EQ(takeSteps(), "alrrr");
-}
-
 TEST_F(DexcomAPITest, everyWaitCanBeCancelledAndTheNextCallWorks)
 {
     for (int answered = 0; answered < 3; ++answered) {

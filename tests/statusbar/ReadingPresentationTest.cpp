@@ -12,31 +12,20 @@ GlucoseReading reading(double mgdL, std::string trend)
     return makeReading(mgdL, std::move(trend), start, Seconds{300}, GlucoseProvider::dexcom);
 }
 
-AppSettings mmolSettings()
-{
-    AppSettings settings;
-    settings.measurementUnit = "mmol/L";
-    return settings;
-}
+AppSettings mmolSettings() { return {.measurementUnit = "mmol/L"}; }
 
 TEST(ReadingPresentation, agesAtTheBoundariesAndNeverBelowZero)
 {
-    struct Case {
-        double age;
-        ReadingFreshness freshness;
-        std::string title;
-    };
-    const std::vector<Case> cases{
+    const std::tuple<double, ReadingFreshness, std::string> cases[]{
         {-86'400, ReadingFreshness::current, "120 →"}, {0, ReadingFreshness::current, "120 →"},
         {899.999, ReadingFreshness::current, "120 →"}, {900, ReadingFreshness::stale, "120 ?"},
         {3599.999, ReadingFreshness::stale, "120 ?"},  {3600, ReadingFreshness::expired, "-- ?"},
         {1e12, ReadingFreshness::expired, "-- ?"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.age);
-        const ReadingFreshness freshness = readingFreshness(start, start + Seconds{c.age});
-        EXPECT_EQ(freshness, c.freshness);
-        EXPECT_EQ(statusTitle(reading(120, "Flat"), freshness, std::nullopt), c.title);
+    for (const auto& [age, expected, title] : cases) {
+        const ReadingFreshness freshness = readingFreshness(start, start + Seconds{age});
+        EXPECT_EQ(freshness, expected) << age;
+        EXPECT_EQ(statusTitle(reading(120, "Flat"), freshness, std::nullopt), title) << age;
     }
     EXPECT_EQ(statusTitle(reading(99, "doubleDOWN"), ReadingFreshness::current, mmolSettings()), "5.5 ↓↓");
     EXPECT_EQ(statusTitle(reading(99, "Sideways"), ReadingFreshness::current, mmolSettings()), "5.5 ?");
@@ -45,16 +34,8 @@ TEST(ReadingPresentation, agesAtTheBoundariesAndNeverBelowZero)
 
 TEST(ReadingPresentation, coloursByThresholdAndTrendAndRedWins)
 {
-    AppSettings narrow;
-    narrow.lowGlucoseThreshold = 80;
-    narrow.highGlucoseThreshold = 160;
-    struct Case {
-        double mgdL;
-        std::string trend;
-        std::optional<AppSettings> settings;
-        TitleColor color;
-    };
-    const std::vector<Case> cases{
+    const AppSettings narrow{.lowGlucoseThreshold = 80, .highGlucoseThreshold = 160};
+    const std::tuple<double, std::string, std::optional<AppSettings>, TitleColor> cases[]{
         {72, "Flat", std::nullopt, TitleColor::red},
         {73, "Flat", std::nullopt, TitleColor::primary},
         {269, "Flat", std::nullopt, TitleColor::primary},
@@ -68,8 +49,8 @@ TEST(ReadingPresentation, coloursByThresholdAndTrendAndRedWins)
         {120, "SingleUp", std::nullopt, TitleColor::primary},
         {120, "SingleDown", std::nullopt, TitleColor::primary},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(titleColor(reading(c.mgdL, c.trend), c.settings), c.color) << c.mgdL << " " << c.trend;
+    for (const auto& [mgdL, trend, settings, color] : cases)
+        EXPECT_EQ(titleColor(reading(mgdL, trend), settings), color) << mgdL << " " << trend;
 }
 
 TEST(ReadingPresentation, namesElapsedTimeInWholeUnits)

@@ -38,6 +38,7 @@ std::string menuText(const StatusBarState& state, Date now = start)
 
 TEST(StatusItemContent, showsValueFillAndTooltipByFreshness)
 {
+    using enum StatusButtonLook;
     struct Case {
         StatusBarState state;
         std::string value, arrow, label;
@@ -45,19 +46,18 @@ TEST(StatusItemContent, showsValueFillAndTooltipByFreshness)
         std::string tooltipTitle, tooltipText;
     };
     const std::vector<Case> cases{
-        {showing(120, Seconds{30}), "120", "→", "120 →", StatusButtonLook::plain, "120 mg/dL →",
-         "Just now, steady"},
-        {showing(72, Seconds{185}, "SingleDown"), "72", "↓", "72 ↓", StatusButtonLook::redFill, "72 mg/dL ↓",
+        {showing(120, Seconds{30}), "120", "→", "120 →", plain, "120 mg/dL →", "Just now, steady"},
+        {showing(72, Seconds{185}, "SingleDown"), "72", "↓", "72 ↓", redFill, "72 mg/dL ↓",
          "3 minutes ago, falling"},
-        {showing(270, Seconds{0}, "DoubleUp"), "270", "↑↑", "270 ↑↑", StatusButtonLook::orangeFill,
-         "270 mg/dL ↑↑", "Just now, rising quickly"},
-        {showing(60, Seconds{900}), "60 ?", "", "60 ?", StatusButtonLook::plain, "60 mg/dL ?",
+        {showing(270, Seconds{0}, "DoubleUp"), "270", "↑↑", "270 ↑↑", orangeFill, "270 mg/dL ↑↑",
+         "Just now, rising quickly"},
+        {showing(60, Seconds{900}), "60 ?", "", "60 ?", plain, "60 mg/dL ?",
          "Last glucose reading was 15 minutes ago.\n"
          "Check your sensor connection and sensor app if readings do not resume."},
-        {showing(60, Seconds{3600}), "-- ?", "", "-- ?", StatusButtonLook::plain, "-- ?",
+        {showing(60, Seconds{3600}), "-- ?", "", "-- ?", plain, "-- ?",
          "Last glucose reading was 1 hour ago.\n"
          "Check your sensor connection and sensor app if readings do not resume."},
-        {StatusBarState{}, "", "", "", StatusButtonLook::plain, "Tidewell", "Waiting for the first reading."},
+        {StatusBarState{}, "", "", "", plain, "Tidewell", "Waiting for the first reading."},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.label);
@@ -72,9 +72,8 @@ TEST(StatusItemContent, showsValueFillAndTooltipByFreshness)
         EXPECT_EQ(seen.accessibilityValue, c.state.accessibilityValue);
         EXPECT_EQ(seen.iconState, c.state.iconState);
     }
-    AppSettings mmol;
-    mmol.measurementUnit = "mmol/L";
-    EXPECT_EQ(content(showing(99, Seconds{0}), start, mmol).tooltipTitle, "5.5 mmol/L →");
+    EXPECT_EQ(content(showing(99, Seconds{0}), start, {.measurementUnit = "mmol/L"}).tooltipTitle,
+              "5.5 mmol/L →");
 }
 
 TEST(StatusItemContent, showsTheAgeOfTheMomentWhenTheStateIsLate)

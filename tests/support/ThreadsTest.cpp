@@ -196,29 +196,6 @@ TEST(MainLoop, andTheEngineRunWorkInTheOrderOfPostingAcrossThreads)
     engine.stop(10s);
 }
 
-TEST(MainLoop, coroutinesComeBackToItFromTheClockAndTheWorkers)
-{
-    Engine engine;
-    engine.start();
-    SystemClock clock{engine.context()};
-    std::counting_semaphore<> woken{0};
-    MainLoop loop{[&] { woken.release(); }};
-    const auto journey = [](Engine* threads, SystemClock* time) -> asio::awaitable<void> {
-        const auto main = std::this_thread::get_id();
-        co_await time->sleepFor(1ms);
-        EXPECT_EQ(std::this_thread::get_id(), main);
-        const auto work = [main] { EXPECT_NE(std::this_thread::get_id(), main); };
-        co_await runOnWorker(threads->workers(), work);
-        EXPECT_EQ(std::this_thread::get_id(), main);
-    };
-    const Task<void> task = startTask(loop.executor(), journey(&engine, &clock));
-    while (task.running()) {
-        woken.acquire();
-        loop.runPending();
-    }
-    EXPECT_TRUE(engine.stop(10s));
-}
-
 TEST(Engine, runsWorkPostedBeforeTheStartAndStopsInTheMiddleOfMore)
 {
     Engine engine;

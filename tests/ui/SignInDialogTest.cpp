@@ -1,6 +1,5 @@
 #include "ui/SignInDialog.h"
 
-#include <gtest/gtest.h>
 #include <QApplication>
 #include <QComboBox>
 #include <QKeyEvent>
