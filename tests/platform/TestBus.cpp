@@ -1,9 +1,6 @@
 #include "TestBus.h"
 
-#include <fcntl.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <QCoreApplication>
 #include <QDBusPendingCallWatcher>
 #include <QEventLoop>
@@ -19,51 +16,35 @@ constexpr std::chrono::seconds patience{20};
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::string& input)
 {
-    int in[2];
-    int out[2];
-    if (::pipe(in) != 0 || ::pipe(out) != 0)
-        throw std::runtime_error{"no pipe"};
-    std::vector<char*> arguments;
+    QStringList words;
     for (const std::string& word : command)
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    pid_ = ::fork();
-    if (pid_ == 0) {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        ::dup2(in[0], 0);
-        ::dup2(out[1], 1);
-        // Daemons complain about machines that are small or containers.
-        ::dup2(::open("/dev/null", O_WRONLY), 2);
-        for (const int fd : {in[0], in[1], out[0], out[1]})
-            ::close(fd);
-        ::execvp(arguments[0], arguments.data());
-        ::_exit(127);
-    }
-    ::close(in[0]);
-    ::close(out[1]);
-    output_ = out[0];
-    [[maybe_unused]] const ssize_t written = ::write(in[1], input.data(), input.size());
-    ::close(in[1]);
+        words.append(QString::fromStdString(word));
+    const QString program = words.takeFirst();
+    process_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    // Daemons complain about machines that are small or containers.
+    process_.setStandardErrorFile(QProcess::nullDevice());
+    process_.start(program, words);
+    if (!process_.waitForStarted())
+        throw std::runtime_error{"no " + program.toStdString()};
+    process_.write(input.data(), static_cast<qint64>(input.size()));
+    process_.closeWriteChannel();
+    process_.waitForBytesWritten();
 }
 
 ChildProcess::~ChildProcess()
 {
-    ::kill(pid_, SIGCONT);
-    ::kill(pid_, SIGKILL);
-    ::waitpid(pid_, nullptr, 0);
-    ::close(output_);
+    process_.kill();
+    process_.waitForFinished();
 }
 
 std::string ChildProcess::readLine()
 {
-    std::string line;
-    char c = 0;
-    while (::read(output_, &c, 1) == 1 && c != '\n')
-        line += c;
-    return line;
+    while (!process_.canReadLine() && process_.waitForReadyRead()) {
+    }
+    return process_.readLine().trimmed().toStdString();
 }
 
-void ChildProcess::signal(int number) const { ::kill(pid_, number); }
+void ChildProcess::signal(int number) const { ::kill(static_cast<pid_t>(process_.processId()), number); }
 
 TestBus::TestBus()
 {

@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QProcess>
 #include <QString>
 #include <functional>
 #include <string>
@@ -24,8 +25,7 @@ public:
     void signal(int number) const;
 
 private:
-    int pid_ = -1;
-    int output_ = -1;
+    QProcess process_{};
 };
 
 /// A message bus of the test's own, on which nothing is started by itself.
