@@ -86,19 +86,13 @@ TEST(FileKeychainItemStore, leavesADamagedFileAsItIs)
               keychainStatus::success);
     const auto good = bytesOf(file);
     const std::string item = R"({"service":"s","account":"a","data":"AAAA"})";
-    std::vector<std::string> damaged{"",
-                                     "[]",
-                                     "{}",
-                                     "secret\"",
-                                     good + "x",
-                                     R"({"version":2,"items":[]})",
-                                     R"({"version":"1","items":[]})",
-                                     R"({"version":1,"items":{}})",
-                                     R"({"version":1,"items":[7]})",
-                                     R"({"version":1,"items":[{"service":"s","account":"a"}]})",
-                                     R"({"version":1,"items":[{"service":"s","account":"a","data":"AAA"}]})",
-                                     fmt::format(R"({{"version":1,"items":[{},{}]}})", item, item),
-                                     std::string(2 << 20, ' ')};
+    auto damaged = parts(
+        R"(|[]|{}|secret"|{"version":2,"items":[]}|{"version":"1","items":[]}|{"version":1,"items":{}}|)"
+        R"({"version":1,"items":[7]}|{"version":1,"items":[{"service":"s","account":"a"}]}|)"
+        R"({"version":1,"items":[{"service":"s","account":"a","data":"AAA"}]})");
+    damaged.push_back(good + "x");
+    damaged.push_back(fmt::format(R"({{"version":1,"items":[{},{}]}})", item, item));
+    damaged.push_back(std::string(2 << 20, ' '));
     for (std::size_t size = 1; size + 1 < good.size(); size += 7)
         damaged.push_back(good.substr(0, size));
     for (const std::string& bytes : damaged) {

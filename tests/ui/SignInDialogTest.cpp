@@ -47,6 +47,11 @@ protected:
     }
     QLineEdit* username() { return edit(QStringLiteral("User name")); }
     QLineEdit* password() { return edit(QStringLiteral("Password")); }
+    void fillIn(const QString& name, const QString& secret)
+    {
+        username()->setText(name);
+        password()->setText(secret);
+    }
     QPushButton* button(const QString& text)
     {
         for (QPushButton* one : dialog.findChildren<QPushButton*>()) {
@@ -92,8 +97,7 @@ TEST_F(SignInDialogTest, isFilledInAndSubmittedByKeyboardAlone)
 
 TEST_F(SignInDialogTest, pastedBreaksAreDroppedButOuterSpacesBelongToThePassword)
 {
-    username()->setText("\n  anna@example.org \r\n");
-    password()->setText("  s pä ce \n");
+    fillIn("\n  anna@example.org \r\n", "  s pä ce \n");
     press(Qt::Key_Return);
     ASSERT_EQ(submitted.size(), 1U);
     EXPECT_EQ(submitted[0].username, "anna@example.org");
@@ -110,8 +114,7 @@ TEST_F(SignInDialogTest, everyRegionHasItsCode)
     std::vector<std::string> codes;
     for (int i = 0; i < 3; ++i) {
         (*region)->setCurrentIndex(i);
-        username()->setText("a");
-        password()->setText("b");
+        fillIn("a", "b");
         button("Sign in")->click();
         codes.push_back(submitted.back().region);
     }
@@ -120,8 +123,7 @@ TEST_F(SignInDialogTest, everyRegionHasItsCode)
 
 TEST_F(SignInDialogTest, whileCheckingNothingCanBeSubmittedAndEscapeStillCancels)
 {
-    username()->setText("anna");
-    password()->setText("secret");
+    fillIn("anna", "secret");
     dialog.showProgress();
     press(Qt::Key_Return);
     button("Sign in")->click();
@@ -136,8 +138,7 @@ TEST_F(SignInDialogTest, whileCheckingNothingCanBeSubmittedAndEscapeStillCancels
 
 TEST_F(SignInDialogTest, anErrorIsShownAsPlainTextAndTheNextAttemptTakesItAway)
 {
-    username()->setText("anna");
-    password()->setText("secret");
+    fillIn("anna", "secret");
     dialog.showProgress();
     dialog.showError("Sign in failed", "<b>Wrong</b> & refused", "Check the region.");
     EXPECT_TRUE(shows("Sign in failed"));
@@ -156,8 +157,7 @@ TEST_F(SignInDialogTest, anErrorIsShownAsPlainTextAndTheNextAttemptTakesItAway)
 
 TEST_F(SignInDialogTest, closingLeavesNoSecretAndFinishingIsNoCancelling)
 {
-    username()->setText("anna");
-    password()->setText("secret");
+    fillIn("anna", "secret");
     dialog.finish();
     EXPECT_FALSE(dialog.isVisible());
     EXPECT_EQ(cancelled, 0);
