@@ -18,6 +18,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/linux/Folders.h"
 #include "platform/linux/UniqueFd.h"
@@ -118,7 +119,11 @@ struct SingleInstance::Impl {
     void accept()
     {
         UniqueFd fd{::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)};
-        if (!fd || peers.size() >= mostPeers || !isSameUser(fd.get()))
+        if (!fd || !isSameUser(fd.get()))
+            return;
+        if (peers.size() >= mostPeers)
+            readAllPeers();  // Who has left already must not keep others out.
+        if (peers.size() >= mostPeers)
             return;
         const int number = fd.get();
         Peer& peer = peers.try_emplace(number, Peer{std::move(fd), nullptr}).first->second;
@@ -138,6 +143,15 @@ struct SingleInstance::Impl {
         found->second.readable->setEnabled(false);
         found->second.readable.release()->deleteLater();
         peers.erase(found);
+    }
+
+    void readAllPeers()
+    {
+        std::vector<int> numbers;
+        for (const auto& [number, peer] : peers)
+            numbers.push_back(number);
+        for (const int number : numbers)
+            readPeer(number);
     }
 
     void readPeer(int number)
