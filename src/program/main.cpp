@@ -10,9 +10,8 @@ namespace tidewell {
 namespace {
 
 constexpr const char* notice =
-    "Tidewell is no medical device. Keep the alarms of your phone or receiver switched on, and never decide "
-    "on\n"
-    "treatment by what it shows.\n\n"
+    "Tidewell is no medical device. Keep the alarms of your phone or receiver switched on,\n"
+    "and never decide on treatment by what it shows.\n\n"
     "Exit codes: 0 good, 1 failure, 2 usage, 3 not running, 4 no fresh reading, 5 sign-in needed, 6 keyring.";
 
 /// Adds --demo, alone or with a scenario of the simulator.
