@@ -3,11 +3,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
-#include <filesystem>
 #include <fstream>
-#include <map>
-#include <string>
-#include <vector>
 
 #include "config/MemoryKeychainItemStore.h"
 #include "testing/LogCatcher.h"

@@ -3,8 +3,6 @@
 #include <QDBusConnection>
 #include <QDBusVirtualObject>
 #include <QThread>
-#include <mutex>
-#include <string>
 
 #include "TestBus.h"
 

@@ -7,7 +7,7 @@
 
 #include "FakeSecretService.h"
 #include "TestBus.h"
-#include "support/Log.h"
+#include "testing/LogCatcher.h"
 
 namespace tidewell {
 namespace {
@@ -122,9 +122,7 @@ TEST_F(KeychainItemStoreTest, whatIsLockedIsNotTakenForAbsent)
 
 TEST_F(KeychainItemStoreTest, anAbsentOrHangingServiceEndsAtTheDeadlineAndIsUsedAgainOnceItWorks)
 {
-    std::string logged;
-    const LogSink before =
-        setLogSink([&](LogLevel, std::string_view, std::string_view line) { logged += line; });
+    const LogCatcher log;
     KeychainItemStore store{{.answer = 100ms, .prompt = 100ms}};
     const SecretText secret{"do not log me"};
     EXPECT_EQ(store.read(service, "a"), KeychainLookup{KeychainFailure{keychainStatus::notAvailable}});
@@ -141,8 +139,7 @@ TEST_F(KeychainItemStoreTest, anAbsentOrHangingServiceEndsAtTheDeadlineAndIsUsed
         EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
         hung.unregisterService("org.freedesktop.secrets");
     }
-    setLogSink(before);
-    EXPECT_EQ(logged.find(secret.reveal()), std::string::npos);
+    EXPECT_EQ(log.text().find(secret.reveal()), std::string::npos);
 
     FakeSecretService works{*bus, "Y29udGVudA=="};
     works.answerPrompt(true);

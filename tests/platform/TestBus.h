@@ -4,8 +4,6 @@
 #include <QDBusMessage>
 #include <QProcess>
 #include <QString>
-#include <functional>
-#include <string>
 
 #include "testing/TemporaryFolder.h"
 

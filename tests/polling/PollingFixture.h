@@ -1,13 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "polling/StatusBarPollingCoordinator.h"
 #include "testing/FakeClock.h"
 #include "testing/FakeNetworkPath.h"

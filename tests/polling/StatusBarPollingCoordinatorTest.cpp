@@ -19,17 +19,14 @@ struct StatusBarPollingCoordinatorTest : testing::Test, PollingFixture {
         clock.runReady();
     }
 
-    /// A manual refresh, and whether it has ended.
-    struct Refresh {
-        std::shared_ptr<bool> ended = std::make_shared<bool>(false);
-    };
-    Refresh refresh()
+    /// A manual refresh, as it goes on.
+    Running<bool> refresh()
     {
-        Refresh refresh;
-        asio::co_spawn(io, coordinator->refreshNow(), [ended = refresh.ended](std::exception_ptr error) {
-            EXPECT_FALSE(error);
-            *ended = true;
-        });
+        const auto call = [](StatusBarPollingCoordinator* on) -> asio::awaitable<bool> {
+            co_await on->refreshNow();
+            co_return true;
+        };
+        Running<bool> refresh{io.get_executor(), call(&*coordinator)};
         clock.runReady();
         return refresh;
     }
@@ -111,24 +108,24 @@ TEST_F(StatusBarPollingCoordinatorTest, refreshesThatMeetShareOneFetchAndOneResu
     runToFirstReading();
     clock.advance(Seconds{60});
     service->duration = Seconds{3};
-    const Refresh first = refresh();
+    const auto first = refresh();
     EXPECT_EQ(state().activity, StatusBarActivity::refreshing);
     clock.advance(Seconds{1});
-    const Refresh second = refresh();
+    const auto second = refresh();
     coordinator->refreshAfterWake();
     clock.advance(Seconds{1.999});
-    EXPECT_FALSE(*first.ended);
+    EXPECT_FALSE(first.ended());
     clock.advance(Seconds{0.001});
-    EXPECT_TRUE(*first.ended);
-    EXPECT_TRUE(*second.ended);
+    EXPECT_TRUE(first.ended() && first.result());
+    EXPECT_TRUE(second.ended() && second.result());
     EXPECT_EQ(service->fetches.size(), 2U);
     EXPECT_FALSE(state().activity);
 
     // Nobody gets a data request within a second of the last one, however often they ask.
     service->duration = Seconds{0};
-    const Refresh third = refresh();
+    const auto third = refresh();
     expectFetchIn(1);
-    EXPECT_TRUE(*third.ended);
+    EXPECT_TRUE(third.ended() && third.result());
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, callerThatGivesUpLeavesTheRefreshToTheOthers)
@@ -136,18 +133,14 @@ TEST_F(StatusBarPollingCoordinatorTest, callerThatGivesUpLeavesTheRefreshToTheOt
     runToFirstReading();
     clock.advance(Seconds{60});
     service->duration = Seconds{3};
-    const auto call = [this]() -> asio::awaitable<int> {
-        co_await coordinator->refreshNow();
-        co_return 1;
-    };
-    Running<int> impatient{io.get_executor(), call()};
-    const Refresh patient = refresh();
+    auto impatient = refresh();
+    const auto patient = refresh();
     clock.advance(Seconds{1});
     impatient.cancel();
     clock.runReady();
     EXPECT_TRUE(impatient.cancelled());
     clock.advance(Seconds{2});
-    EXPECT_TRUE(*patient.ended);
+    EXPECT_TRUE(patient.ended() && patient.result());
     EXPECT_EQ(service->fetches.size(), 2U);
 }
 
@@ -260,7 +253,7 @@ TEST_F(StatusBarPollingCoordinatorTest, refusedCredentialsGetTwoSignInsInAllAlso
     EXPECT_EQ(service->signIns.size(), 1U);
 
     // Nobody gets through now: not the menu, not a wake, not the network.
-    EXPECT_TRUE(*refresh().ended);
+    EXPECT_TRUE(refresh().result());
     coordinator->refreshAfterWake();
     path.report(false);
     path.report(true);
@@ -295,7 +288,7 @@ TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEn
     untilNextFetch();
     const Date until = clock.now() + Seconds{700.0004};  // Not a whole millisecond.
     EXPECT_NEAR(unixSeconds(*state().nextRetryAt), unixSeconds(until), 0.002);
-    EXPECT_TRUE(*refresh().ended);
+    EXPECT_TRUE(refresh().result());
     EXPECT_FALSE(state().activity);
     coordinator->refreshAfterWake();
     clock.advance(Seconds{699.998});
@@ -563,7 +556,7 @@ TEST_F(StatusBarPollingCoordinatorTest, anotherAccountSeesNothingOfTheFirst)
     EXPECT_EQ(state().iconState, StatusBarIconState::attention);
     EXPECT_FALSE(state().activity);
     EXPECT_EQ(other->fetches.size(), 1U);
-    EXPECT_TRUE(*refresh().ended);
+    EXPECT_TRUE(refresh().result());
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, serviceThatThrowsIsAFailureLikeAnyOther)

@@ -343,7 +343,7 @@ TEST_F(DexcomAPITest, anIdThatIsNoneEndsTheSignIn)
     }
 }
 
-TEST_F(DexcomAPITest, aGoodAnswerWithoutReadingsKeepsTheSession)
+TEST_F(DexcomAPITest, aGoodAnswerKeepsTheSessionWhateverItLacks)
 {
     const auto api = client();
     answerSignIn();

@@ -114,7 +114,7 @@ TEST(GlucoseReading, comesBackFromStorageExactly)
     }
 }
 
-TEST(GlucoseReading, storedDurationsAreMendedAndAbsentOnesAreFiveMinutes)
+TEST(GlucoseReading, storedDurationsAreMendedAndTimesTakenToTheMillisecond)
 {
     const std::pair<std::string, double> cases[]{{"", 300},
                                                  {R"(,"sampleDuration":null)", 300},

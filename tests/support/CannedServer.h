@@ -6,12 +6,8 @@
 #include <unistd.h>
 
 #include <condition_variable>
-#include <functional>
 #include <list>
-#include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace tidewell {
 
