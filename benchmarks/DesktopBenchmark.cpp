@@ -2,6 +2,7 @@
 //
 //   bench_desktop [--starts N] [--idle SECONDS]     prints one JSON object
 
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,6 +20,7 @@
 #include <QThread>
 #include <QTimer>
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 
 #include "simulator/DemoService.h"
@@ -139,6 +141,8 @@ public:
               "<busconfig><type>session</type><listen>unix:path=" + folder_.filePath("bus").toUtf8() +
                   "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\"/>"
                   "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>");
+        for (auto* process : {&display_, &bus_})  // They end with us, however we end.
+            process->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
         bus_.start("dbus-daemon", {"--nofork", "--config-file=" + folder_.filePath("bus.conf")});
         display_.setReadChannel(QProcess::StandardOutput);
         display_.start("Xvfb", {"-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"});
