@@ -14,6 +14,9 @@ enum class TitleColor { primary, orange, red };
 /// Worse is greater.
 enum class ReadingFreshness { current, stale, expired };
 
+/// Under this age, words do not tell minutes apart: while the sensor is well, an age that is shown then stays
+/// true from one poll to the next, and nobody has to wake up to correct it.
+inline constexpr Seconds recentAge{300};
 /// From this age on a reading is stale.
 inline constexpr Seconds staleAge{900};
 /// From this age on a reading is expired.

@@ -141,7 +141,8 @@ struct StatusBarViewModel::Impl : std::enable_shared_from_this<Impl> {
         else
             age = byWallClock;
         presentedAt = now;
-        set(state.ageMinutes, std::optional{static_cast<std::int64_t>(age / Seconds{60})});
+        set(state.ageMinutes,
+            std::optional{age < recentAge ? 0 : static_cast<std::int64_t>(age / Seconds{60})});
         set(state.presentedReading, std::optional{reading});
 
         const std::optional<AppSettings> chosen = settings();

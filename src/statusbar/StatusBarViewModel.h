@@ -49,7 +49,7 @@ struct StatusBarState {
     std::optional<GlucoseReading> presentedReading{};
     std::optional<ReadingFreshness> freshness{};  ///< Of the presented reading, at the last presentation.
     /// Of the presented reading, in whole minutes at the last look, which is at most two minutes ago until
-    /// the reading expires. Its change lets whoever shows an age show it anew.
+    /// the reading expires; 0 under `recentAge`. Its change lets whoever shows an age show it anew.
     std::optional<std::int64_t> ageMinutes{};
     std::string accessibilityValue{};  ///< The spoken text of the status button.
     bool operator==(const StatusBarState&) const = default;

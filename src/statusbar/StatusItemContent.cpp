@@ -51,13 +51,13 @@ std::vector<std::string> problemLines(const ErrorInfo& problem, std::optional<Da
 }
 
 /// The reading's part of the tooltip's text.
-std::string readingLine(const SeenReading& seen)
+std::string readingLine(const SeenReading& seen, TimeZone zone)
 {
     if (seen.freshness != ReadingFreshness::current)
         return staleReadingWarning(seen.age).message;
-    const std::string when =
-        seen.age < Seconds{60} ? std::string{"Just now"} : elapsedPhrase(seen.age) + " ago";
-    return fmt::format("{}, {}", when, trendPhrase(seen.reading.trendString));
+    const std::string age = seen.age < recentAge ? "less than 5 minutes" : elapsedPhrase(seen.age);
+    return fmt::format("Measured at {}, {} ago, {}", localTimeOfDay(seen.reading.date, zone), age,
+                       trendPhrase(seen.reading.trendString));
 }
 
 std::string_view activityLine(StatusBarActivity activity)
@@ -139,7 +139,7 @@ std::string tooltipText(const StatusBarState& state, const std::optional<SeenRea
 {
     std::vector<std::string> lines;
     if (seen)
-        lines.push_back(readingLine(*seen));
+        lines.push_back(readingLine(*seen, zone));
     if (state.activity)
         lines.emplace_back(activityLine(*state.activity));
     if (state.currentError)

@@ -46,11 +46,12 @@ TEST(StatusItemContent, showsValueFillAndTooltipByFreshness)
         std::string tooltipTitle, tooltipText;
     };
     const std::vector<Case> cases{
-        {showing(120, Seconds{30}), "120", "→", "120 →", plain, "120 mg/dL →", "Just now, steady"},
-        {showing(72, Seconds{185}, "SingleDown"), "72", "↓", "72 ↓", redFill, "72 mg/dL ↓",
-         "3 minutes ago, falling"},
+        {showing(120, Seconds{30}), "120", "→", "120 →", plain, "120 mg/dL →",
+         "Measured at 07:59, less than 5 minutes ago, steady"},
+        {showing(72, Seconds{300}, "SingleDown"), "72", "↓", "72 ↓", redFill, "72 mg/dL ↓",
+         "Measured at 07:55, 5 minutes ago, falling"},
         {showing(270, Seconds{0}, "DoubleUp"), "270", "↑↑", "270 ↑↑", orangeFill, "270 mg/dL ↑↑",
-         "Just now, rising quickly"},
+         "Measured at 08:00, less than 5 minutes ago, rising quickly"},
         {showing(60, Seconds{900}), "60 ?", "", "60 ?", plain, "60 mg/dL ?",
          "Last glucose reading was 15 minutes ago.\n"
          "Check your sensor connection and sensor app if readings do not resume."},
@@ -97,7 +98,8 @@ TEST(StatusItemContent, putsProblemRetryAndSignInIntoTheMenu)
 
     state.activity = StatusBarActivity::refreshing;
     EXPECT_EQ(menuText(state), "[Refresh]|Switch account…|--|Quit|");
-    EXPECT_EQ(content(state).tooltipText, "Just now, steady\nRefreshing glucose…");
+    EXPECT_EQ(content(state).tooltipText,
+              "Measured at 08:00, less than 5 minutes ago, steady\nRefreshing glucose…");
     state.activity.reset();
 
     state.nextRetryAt = start + Seconds{30};
@@ -110,7 +112,7 @@ TEST(StatusItemContent, putsProblemRetryAndSignInIntoTheMenu)
     EXPECT_EQ(menuText(state), problem + commands);
     EXPECT_EQ(menuText(state, start + Seconds{4000}), problem + commands) << "one problem at a time";
     EXPECT_EQ(content(state).tooltipText,
-              "Just now, steady\nNo internet connection available.\n"
+              "Measured at 08:00, less than 5 minutes ago, steady\nNo internet connection available.\n"
               "Connect to the internet to retrieve glucose data.\n"
               "Next retry at 08:00");
     EXPECT_TRUE(content(state).warningBadge);
