@@ -236,12 +236,12 @@ SimulatedAnswer DexcomShareSimulator::perform(Step step, const HttpRequest& requ
     (isRead ? counters_.reads : step == Step::login ? counters_.logins : counters_.authentications) += 1;
 
     auto& standing = isRead ? options_.read : step == Step::login ? options_.login : options_.authenticate;
-    const DexcomFault fault = standing;
+    const ServiceFault fault = standing;
     if (fault.times == 1)
         standing = {};
     else if (fault.times > 1)
         standing.times -= 1;
-    if (fault.kind != DexcomFault::Kind::none && fault.kind != DexcomFault::Kind::transport)
+    if (fault.kind != ServiceFault::Kind::none && fault.kind != ServiceFault::Kind::transport)
         return spoilt(fault, now);
 
     Parameters parameters;
@@ -256,7 +256,7 @@ SimulatedAnswer DexcomShareSimulator::perform(Step step, const HttpRequest& requ
         result.chunked = true;
         result.gzip = acceptsGzip(request);
     }
-    if (fault.kind == DexcomFault::Kind::transport) {
+    if (fault.kind == ServiceFault::Kind::transport) {
         result.fault = fault.transport;
         result.cutAfter = fault.cutAfter;
         result.response.headers.insert(result.response.headers.end(), fault.headers.begin(),
@@ -334,20 +334,20 @@ SimulatedAnswer DexcomShareSimulator::read(const Parameters& parameters, Date no
     return answer(200, readings_.read(parameters.minutes, parameters.maxCount, now));
 }
 
-SimulatedAnswer DexcomShareSimulator::spoilt(const DexcomFault& fault, Date now)
+SimulatedAnswer DexcomShareSimulator::spoilt(const ServiceFault& fault, Date now)
 {
     constexpr std::string_view html = "text/html; charset=UTF-8";
     SimulatedAnswer result;
     switch (fault.kind) {
-    case DexcomFault::Kind::none:
-    case DexcomFault::Kind::transport: break;
-    case DexcomFault::Kind::error: result = error(fault.code, "Error in the application.", now); break;
-    case DexcomFault::Kind::nullId: result = answer(200, fmt::format("\"{}\"", nullId)); break;
-    case DexcomFault::Kind::emptyBody: result = answer(200, ""); break;
-    case DexcomFault::Kind::html: result = answer(fault.status, std::string{htmlPage}, html); break;
-    case DexcomFault::Kind::status: result = answer(fault.status, "{}"); break;
-    case DexcomFault::Kind::body: result = answer(fault.status, fault.body); break;
-    case DexcomFault::Kind::garbage: {
+    case ServiceFault::Kind::none:
+    case ServiceFault::Kind::transport: break;
+    case ServiceFault::Kind::error: result = error(fault.code, "Error in the application.", now); break;
+    case ServiceFault::Kind::nullId: result = answer(200, fmt::format("\"{}\"", nullId)); break;
+    case ServiceFault::Kind::emptyBody: result = answer(200, ""); break;
+    case ServiceFault::Kind::html: result = answer(fault.status, std::string{htmlPage}, html); break;
+    case ServiceFault::Kind::status: result = answer(fault.status, "{}"); break;
+    case ServiceFault::Kind::body: result = answer(fault.status, fault.body); break;
+    case ServiceFault::Kind::garbage: {
         const std::array<std::string, 6> bodies{
             "Something is wrong here",
             R"([{"WT":"Date(17724381)",

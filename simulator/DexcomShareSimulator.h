@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simulator/ReadingGenerator.h"
+#include "simulator/ServiceFault.h"
 #include "simulator/SimulatedAnswer.h"
 #include "support/Random.h"
 
@@ -19,31 +20,6 @@ struct SimulatedAccount {
     std::string name = "ada@example.org";
     std::string password = "correct horse";
     bool operator==(const SimulatedAccount&) const = default;
-};
-
-/// What a step answers instead of doing its work.
-struct DexcomFault {
-    enum class Kind {
-        none,
-        error,      ///< HTTP 500 and the service's error object with `code`.
-        nullId,     ///< HTTP 200 and the null UUID.
-        emptyBody,  ///< HTTP 200 and no body.
-        html,       ///< `status` and an HTML page, as from the edge servers.
-        status,     ///< `status` and an empty JSON object.
-        body,       ///< `status` and `body` as it stands.
-        garbage,    ///< HTTP 200 and, request by request: no JSON, cut JSON, wrong types, an object, 100,000
-                    ///< levels, HTML.
-        transport,  ///< The right answer, spoilt by `transport`.
-    };
-    Kind kind = Kind::none;
-    std::string code{};  ///< Of error; any word.
-    int status = 500;    ///< Of html, status and body.
-    std::string body{};  ///< Of body.
-    TransportFault transport = TransportFault::none;
-    std::size_t cutAfter = 20;          ///< Of TransportFault::cutOff, in bytes.
-    std::int64_t times = 0;             ///< Ends after so many requests; 0: goes on.
-    std::vector<HttpHeader> headers{};  ///< Sent in addition, such as Retry-After.
-    bool operator==(const DexcomFault&) const = default;
 };
 
 /// Which error object a refused sign-in gets.
@@ -60,9 +36,9 @@ struct DexcomShareOptions {
     /// UUID.
     std::string applicationId{};
     ReadingOptions readings{};
-    DexcomFault authenticate{};
-    DexcomFault login{};
-    DexcomFault read{};
+    ServiceFault authenticate{};
+    ServiceFault login{};
+    ServiceFault read{};
     RefusalForm refusal = RefusalForm::current;
     bool xmlSubCode = false;       ///< SubCode as XML, as until mid-2025; else as JSON text.
     bool refusePasswords = false;  ///< Every password is wrong, as after a change elsewhere.
@@ -137,7 +113,7 @@ private:
     [[nodiscard]] SimulatedAnswer authenticate(const Parameters& parameters, Date now);
     [[nodiscard]] SimulatedAnswer login(const Parameters& parameters, Date now);
     [[nodiscard]] SimulatedAnswer read(const Parameters& parameters, Date now);
-    [[nodiscard]] SimulatedAnswer spoilt(const DexcomFault& fault, Date now);
+    [[nodiscard]] SimulatedAnswer spoilt(const ServiceFault& fault, Date now);
     [[nodiscard]] SimulatedAnswer answer(int status, std::string body,
                                          std::string_view type = "application/json");
     [[nodiscard]] SimulatedAnswer error(std::string_view code, std::string_view message, Date now);

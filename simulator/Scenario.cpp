@@ -200,13 +200,13 @@ std::optional<std::string> applyService(const json::object& object, DexcomShareO
 }
 
 struct FaultWord {
-    DexcomFault::Kind kind;
+    ServiceFault::Kind kind;
     TransportFault transport = TransportFault::none;
 };
 
 std::optional<std::string> applyFault(const json::object& object, DexcomShareOptions& options)
 {
-    using enum DexcomFault::Kind;
+    using enum ServiceFault::Kind;
     constexpr std::array<std::pair<std::string_view, FaultWord>, 14> kinds{{
         {"none", {none}},
         {"error", {error}},
@@ -216,15 +216,15 @@ std::optional<std::string> applyFault(const json::object& object, DexcomShareOpt
         {"status", {status}},
         {"body", {body}},
         {"garbage", {garbage}},
-        {"hang", {DexcomFault::Kind::transport, TransportFault::hang}},
-        {"reset", {DexcomFault::Kind::transport, TransportFault::reset}},
-        {"cutOff", {DexcomFault::Kind::transport, TransportFault::cutOff}},
-        {"slow", {DexcomFault::Kind::transport, TransportFault::slow}},
-        {"endless", {DexcomFault::Kind::transport, TransportFault::endless}},
-        {"gzipBomb", {DexcomFault::Kind::transport, TransportFault::gzipBomb}},
+        {"hang", {ServiceFault::Kind::transport, TransportFault::hang}},
+        {"reset", {ServiceFault::Kind::transport, TransportFault::reset}},
+        {"cutOff", {ServiceFault::Kind::transport, TransportFault::cutOff}},
+        {"slow", {ServiceFault::Kind::transport, TransportFault::slow}},
+        {"endless", {ServiceFault::Kind::transport, TransportFault::endless}},
+        {"gzipBomb", {ServiceFault::Kind::transport, TransportFault::gzipBomb}},
     }};
     Members members{object, "fault: "};
-    DexcomFault fault;
+    ServiceFault fault;
     FaultWord word{none};
     if (!object.contains("kind"))
         members.fail("kind", "is missing");
@@ -246,7 +246,7 @@ std::optional<std::string> applyFault(const json::object& object, DexcomShareOpt
         else
             members.fail("headers", "must be an object of texts");
     }
-    const std::array<std::pair<std::string_view, DexcomFault*>, 3> steps{
+    const std::array<std::pair<std::string_view, ServiceFault*>, 3> steps{
         {{"authenticate", &options.authenticate}, {"login", &options.login}, {"read", &options.read}}};
     const auto* chosen = members.find("steps");
     for (const auto& [name, target] : steps)
@@ -256,7 +256,7 @@ std::optional<std::string> applyFault(const json::object& object, DexcomShareOpt
         members.fail("steps", "must be a list");
     for (const auto& entry : chosen && chosen->is_array() ? chosen->get_array() : json::array{}) {
         const auto name = entry.is_string() ? std::string_view{entry.get_string()} : std::string_view{};
-        const auto found = std::ranges::find(steps, name, &std::pair<std::string_view, DexcomFault*>::first);
+        const auto found = std::ranges::find(steps, name, &std::pair<std::string_view, ServiceFault*>::first);
         if (found == steps.end())
             members.fail("steps", "may hold authenticate, login and read");
         else

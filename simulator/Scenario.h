@@ -35,7 +35,7 @@ struct Scenario {
         std::string note{};             ///< What happens, for the person who watches.
         boost::json::object service{};  ///< Changes of DexcomShareOptions, checked.
         boost::json::object readings{};  ///< Changes of ReadingOptions, checked.
-        boost::json::object fault{};     ///< A DexcomFault and the steps that it is for, checked.
+        boost::json::object fault{};     ///< A ServiceFault and the steps that it is for, checked.
         bool endSessions = false;
         bool forgetSessions = false;
     };

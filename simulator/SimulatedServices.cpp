@@ -32,7 +32,7 @@ std::string_view pathOf(std::string_view url)
 }
 
 /// A fault that the scenario has not touched keeps the count that is left of it.
-void keepCount(const DexcomFault& given, const DexcomFault& current, DexcomFault& wanted)
+void keepCount(const ServiceFault& given, const ServiceFault& current, ServiceFault& wanted)
 {
     if (wanted == given)
         wanted = current;

@@ -16,9 +16,22 @@ struct DexcomEndpoint {
     bool operator==(const DexcomEndpoint&) const = default;
 };
 
+/// As what we present ourselves to LibreLinkUp. Its service answers known clients only, and no old ones: what
+/// it accepts changes, so all of it can be replaced without a new build.
+struct LibreLinkUpIdentity {
+    std::string version = "4.16.0";
+    std::string product = "llu.ios";
+    std::string userAgent =
+        "Mozilla/5.0 (iPhone; CPU OS 17_4.1 like Mac OS X) AppleWebKit/536.26 (KHTML, like Gecko) "
+        "Version/17.4.1 Mobile/10A5355d Safari/8536.25";
+    bool operator==(const LibreLinkUpIdentity&) const = default;
+};
+
 /// Every address that the program talks to, in one table that a file can override.
 struct ServiceEndpoints {
-    std::map<std::string, DexcomEndpoint, std::less<>> dexcom{};  ///< By region code.
+    std::map<std::string, DexcomEndpoint, std::less<>> dexcom{};    ///< By region code.
+    std::map<std::string, std::string, std::less<>> libreLinkUp{};  ///< Base address by region code.
+    LibreLinkUpIdentity libreLinkUpIdentity{};
 
     /// The row of a region code or of its other name ("eu" for "ous", "apac" for "jp"); null for an unknown
     /// one.

@@ -516,7 +516,11 @@ Result CurlHttpClient::Transfers::withRedirects(const Connections& connections, 
         if (curl_url_set(next.get(), CURLUPART_URL, std::string{location}.c_str(), CURLU_DISALLOW_USER) !=
             CURLUE_OK)
             return failure(HttpError::Kind::redirectRefused);
-        auto nextTarget = targetOf(partOf(next, CURLUPART_URL));
+        const std::string address = partOf(next, CURLUPART_URL);
+        if (request.redirectDelegate &&
+            !request.redirectDelegate->mayFollow(partOf(target.url, CURLUPART_URL), address))
+            return failure(HttpError::Kind::redirectRefused);
+        auto nextTarget = targetOf(address);
         if (!nextTarget || !mayRedirect(target, *nextTarget))
             return failure(HttpError::Kind::redirectRefused);
         target = std::move(*nextTarget);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <expected>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,13 +20,23 @@ struct HttpHeader {
     bool operator==(const HttpHeader&) const = default;
 };
 
+/// Decides whether a request may follow an HTTP redirect. The client's own rules (the same host and port,
+/// never from https to http, not too often) hold besides. Called on any thread.
+class HttpRedirectDelegate {
+public:
+    virtual ~HttpRedirectDelegate() = default;
+    /// `from` and `to` are absolute URLs. A refused redirect ends the request with redirectRefused.
+    [[nodiscard]] virtual bool mayFollow(std::string_view from, std::string_view to) = 0;
+};
+
 /// One request. Headers are sent in their order. The body may hold a password: it is wiped with the record.
 struct HttpRequest {
     HttpMethod method = HttpMethod::get;
     std::string url;
     std::vector<HttpHeader> headers{};
     SecretText body{};
-    Seconds timeout{60};  ///< From start to last byte of the answer.
+    Seconds timeout{60};                                       ///< From start to last byte of the answer.
+    std::shared_ptr<HttpRedirectDelegate> redirectDelegate{};  ///< Without one only the client's rules count.
 };
 
 /// One complete answer, whatever its status. The body is decoded (gzip) and at most 4 MiB long.

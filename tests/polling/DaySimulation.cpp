@@ -31,16 +31,16 @@ struct Fault {
     enum class Place { service, network, unnoticedNetwork, password } place = Place::service;
 };
 
-DexcomFault broken(DexcomFault::Kind kind, int status = 500) { return {.kind = kind, .status = status}; }
+ServiceFault broken(ServiceFault::Kind kind, int status = 500) { return {.kind = kind, .status = status}; }
 
-DexcomFault transport(TransportFault fault)
+ServiceFault transport(TransportFault fault)
 {
-    return {.kind = DexcomFault::Kind::transport, .transport = fault};
+    return {.kind = ServiceFault::Kind::transport, .transport = fault};
 }
 
 const std::vector<Fault>& faults()
 {
-    using K = DexcomFault::Kind;
+    using K = ServiceFault::Kind;
     using O = DexcomShareOptions;
     static const std::vector<Fault> all{
         {"outage", usualRecovery, [](O& o) { o.authenticate = o.login = o.read = broken(K::html, 503); }},
@@ -79,7 +79,7 @@ public:
             SimulatedAnswer answer = service_.handle(request, now);
             const bool good = request.url.contains("ReadPublisher") && answer.response.status == 200 &&
                               answer.fault == TransportFault::none &&
-                              service_.options().read.kind == DexcomFault::Kind::none;
+                              service_.options().read.kind == ServiceFault::Kind::none;
             if (good && answer.response.body.size() > 2) {
                 delivered_ = newest_;
                 newest_ = service_.readings().newest(now);

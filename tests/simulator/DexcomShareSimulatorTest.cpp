@@ -201,10 +201,10 @@ TEST(DexcomShareSimulator, locksAnAccountAfterRefusedSignInsWithinAWindow)
 
 TEST(DexcomShareSimulator, aFaultTakesTheStepsPlaceForAsLongAsItShould)
 {
-    using Kind = DexcomFault::Kind;
+    using Kind = ServiceFault::Kind;
     Talk talk;
     const auto session = talk.signIn();
-    const auto readWith = [&](DexcomFault fault) {
+    const auto readWith = [&](ServiceFault fault) {
         DexcomShareOptions options;
         options.read = std::move(fault);
         talk.simulator.setOptions(options, start);

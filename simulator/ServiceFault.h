@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "simulator/SimulatedAnswer.h"
+
+namespace tidewell {
+
+/// What a call of a simulated service answers instead of doing its work.
+struct ServiceFault {
+    enum class Kind {
+        none,
+        error,      ///< Dexcom Share only: HTTP 500 and the service's error object with `code`.
+        nullId,     ///< Dexcom Share only: HTTP 200 and the null UUID.
+        emptyBody,  ///< HTTP 200 and no body.
+        html,       ///< `status` and an HTML page, as from the edge servers.
+        status,     ///< `status` and an empty JSON object.
+        body,       ///< `status` and `body` as it stands.
+        garbage,    ///< HTTP 200 and, request by request: no JSON, cut JSON, wrong types, an object, 100,000
+                    ///< levels, HTML.
+        transport,  ///< The right answer, spoilt by `transport`.
+    };
+    Kind kind = Kind::none;
+    std::string code{};  ///< Of error; any word.
+    int status = 500;    ///< Of html, status and body.
+    std::string body{};  ///< Of body.
+    TransportFault transport = TransportFault::none;
+    std::size_t cutAfter = 20;          ///< Of TransportFault::cutOff, in bytes.
+    std::int64_t times = 0;             ///< Ends after so many requests; 0: goes on.
+    std::vector<HttpHeader> headers{};  ///< Sent in addition, such as Retry-After.
+    bool operator==(const ServiceFault&) const = default;
+};
+
+}  // namespace tidewell
