@@ -25,9 +25,10 @@ enum class StatusBarIconState { waiting, value, attention };
 /// A problem, as the menu shows it.
 struct ErrorInfo {
     std::string title;
-    std::string message;       ///< May be empty.
-    std::string remediation;   ///< May be empty.
-    bool needsSignIn = false;  ///< Signing in is what helps; nothing is polled until then.
+    std::string message;        ///< May be empty.
+    std::string remediation;    ///< May be empty.
+    bool needsSignIn = false;   ///< Signing in is what helps; nothing is polled until then.
+    bool canReconnect = false;  ///< The same account may be tried again.
     bool operator==(const ErrorInfo&) const = default;
 };
 
