@@ -41,16 +41,15 @@ struct LibreSignIn {
     const json::value& data);
 
 /// A graph answer that holds at least one reading.
-struct LibreReadings {
+struct LibreGraph {
     std::vector<GlucoseReading> readings{};  ///< Graph values in the service's order, then the current one.
     std::size_t impossible =
         0;  ///< Left out: cannot have been measured (up to 12, over 1000 mg/dL; far ahead).
 };
 /// The readings of `patientId`. connectionUnavailable when the answer is about nobody or somebody else. One
 /// measurement whose value or time cannot be read fails the whole answer.
-[[nodiscard]] std::expected<LibreReadings, LibreLinkUpError> libreReadings(const json::value& data,
-                                                                           std::string_view patientId,
-                                                                           Date now);
+[[nodiscard]] std::expected<LibreGraph, LibreLinkUpError> libreReadings(const json::value& data,
+                                                                        std::string_view patientId, Date now);
 
 /// "3/1/2026 7:58:12 PM" (M/d/yyyy h:mm:ss a), else "3/1/2026 19:58:12" (M/d/yyyy H:mm:ss), in UTC; empty for
 /// anything else.
