@@ -58,5 +58,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     for (const char* region : {"us", "ous", "jp", "eu", "apac"})
         require(endpoints->dexcomRegion(region) != nullptr, "no document removes a region");
+    for (const auto& [code, base] : endpoints->libreLinkUp) {
+        require(!code.empty() && code.size() <= 16, "a region code is short");
+        require(isSafe(base), "an address is https or this machine");
+    }
+    for (const auto& [code, base] : ServiceEndpoints::builtIn().libreLinkUp)
+        require(endpoints->libreLinkUp.contains(code), "no document removes a region");
+    const LibreLinkUpIdentity& identity = endpoints->libreLinkUpIdentity;
+    for (const std::string& text : {identity.version, identity.product, identity.userAgent}) {
+        require(!text.empty() && text.size() <= 512, "what we send is short");
+        require(std::ranges::none_of(text, [](char c) { return c < ' ' || c > '~'; }),
+                "what we send can stand in a header");
+    }
+    require(identity.version.find_first_not_of(".0123456789") == std::string::npos, "a version is numbers");
     return 0;
 }

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "sources/GlucoseReading.h"
+#include "sources/HeaderText.h"
 #include "sources/UuidText.h"
 #include "support/Asio.h"
 #include "support/AtomicFile.h"
@@ -30,6 +31,9 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 2> regionAli
 
 constexpr std::size_t longestRegionCode = 16;
 constexpr std::size_t longestBase = 1024;
+constexpr std::size_t longestVersion = 32;
+constexpr std::size_t longestProduct = 64;
+constexpr std::size_t longestUserAgent = 512;
 /// An endpoints document holds a few lines.
 constexpr std::size_t documentLimit = 256 * 1024;
 
@@ -37,6 +41,13 @@ bool isRegionCode(std::string_view code)
 {
     return !code.empty() && code.size() <= longestRegionCode &&
            code.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-") == std::string_view::npos;
+}
+
+/// "4.16.0": numbers with single dots between them.
+bool isVersion(std::string_view text)
+{
+    return !text.empty() && text.size() <= longestVersion && !text.starts_with('.') && !text.ends_with('.') &&
+           !text.contains("..") && text.find_first_not_of("0123456789.") == std::string_view::npos;
 }
 
 bool isLoopback(std::string_view host)
@@ -89,33 +100,126 @@ std::string_view fault(std::string_view address)
                             : "uses plain http, which only this machine's own addresses may";
 }
 
-/// One region's entry laid over what is there already.
-std::expected<void, std::string> merge(DexcomEndpoint& row, std::string_view code, const json::value& value)
+using Merged = std::expected<void, std::string>;
+
+/// The rest of the sentence that begins with the entry's name.
+template <class... Name>
+std::unexpected<std::string> badEntry(std::string_view what, fmt::format_string<Name...> form, Name&&... name)
+{
+    return std::unexpected{
+        fmt::format("The entry \"{}\" {}.", fmt::format(form, std::forward<Name>(name)...), what)};
+}
+
+/// One Dexcom region's entry laid over what is there already.
+Merged merge(DexcomEndpoint& row, std::string_view code, const json::value& value)
 {
     const json::object* entry = value.if_object();
     if (!entry)
-        return std::unexpected{fmt::format("The entry \"dexcom.{}\" is not an object.", code)};
+        return badEntry("is not an object", "dexcom.{}", code);
     auto base = optionalText(*entry, "base");
     if (!base)
-        return std::unexpected{fmt::format("The entry \"dexcom.{}.base\" is not a text.", code)};
+        return badEntry("is not a text", "dexcom.{}.base", code);
     auto applicationId = optionalText(*entry, "applicationId");
     if (!applicationId)
-        return std::unexpected{fmt::format("The entry \"dexcom.{}.applicationId\" is not a text.", code)};
+        return badEntry("is not a text", "dexcom.{}.applicationId", code);
 
     if (*base) {
         if (const std::string_view wrong = fault(**base); !wrong.empty())
-            return std::unexpected{fmt::format("The entry \"dexcom.{}.base\" {}.", code, wrong)};
+            return badEntry(wrong, "dexcom.{}.base", code);
         row.base = **std::move(base);
     }
     if (*applicationId) {
         if (!isUuidText(**applicationId))
-            return std::unexpected{fmt::format("The entry \"dexcom.{}.applicationId\" is not a UUID.", code)};
+            return badEntry("is not a UUID", "dexcom.{}.applicationId", code);
         row.applicationId = **std::move(applicationId);
     }
     if (row.base.empty())
-        return std::unexpected{fmt::format("The entry \"dexcom.{}\" needs a \"base\".", code)};
+        return badEntry("needs a \"base\"", "dexcom.{}", code);
     return {};
 }
+
+/// One LibreLinkUp region's address.
+Merged merge(std::string& base, std::string_view code, const json::value& value)
+{
+    const json::string* text = value.if_string();
+    if (!text)
+        return badEntry("is not a text", "libreLinkUp.{}", code);
+    if (const std::string_view wrong = fault({text->data(), text->size()}); !wrong.empty())
+        return badEntry(wrong, "libreLinkUp.{}", code);
+    base.assign(text->data(), text->size());
+    return {};
+}
+
+/// Every region of a section. `begin` gives what a region's entry is laid over.
+template <class Row, class Begin>
+Merged mergeRegions(std::map<std::string, Row, std::less<>>& rows, std::string_view name,
+                    const json::object& regions, Begin begin)
+{
+    for (const auto& [key, entry] : regions) {
+        const std::string code{key};
+        if (!isRegionCode(code)) {
+            return std::unexpected{
+                fmt::format("A region code under \"{}\" is not made of up to {} lower-case letters, digits "
+                            "and hyphens.",
+                            name, longestRegionCode)};
+        }
+        Row row = begin(code);
+        if (auto merged = merge(row, code, entry); !merged)
+            return merged;
+        rows.insert_or_assign(code, std::move(row));
+    }
+    return {};
+}
+
+Merged mergeDexcom(ServiceEndpoints& endpoints, const json::object& regions)
+{
+    // A new row begins as a copy of the one that its code is another name of.
+    return mergeRegions(endpoints.dexcom, "dexcom", regions, [&](std::string_view code) {
+        const DexcomEndpoint* known = endpoints.dexcomRegion(code);
+        return known ? *known : DexcomEndpoint{{}, std::string{firstApplicationId}};
+    });
+}
+
+Merged mergeLibreLinkUp(ServiceEndpoints& endpoints, const json::object& regions)
+{
+    return mergeRegions(endpoints.libreLinkUp, "libreLinkUp", regions,
+                        [](std::string_view) { return std::string{}; });
+}
+
+Merged mergeIdentity(ServiceEndpoints& endpoints, const json::object& entry)
+{
+    LibreLinkUpIdentity& identity = endpoints.libreLinkUpIdentity;
+    struct Member {
+        std::string_view key;
+        std::string& text;
+        std::size_t longest;
+    };
+    for (const Member& member : {Member{"version", identity.version, longestVersion},
+                                 {"product", identity.product, longestProduct},
+                                 {"userAgent", identity.userAgent, longestUserAgent}}) {
+        auto text = optionalText(entry, member.key);
+        if (!text)
+            return badEntry("is not a text", "libreLinkUpClient.{}", member.key);
+        if (!*text)
+            continue;
+        if (!isHeaderText(**text, member.longest)) {
+            return badEntry(fmt::format("is not made of up to {} printable ASCII characters", member.longest),
+                            "libreLinkUpClient.{}", member.key);
+        }
+        member.text = **std::move(text);
+    }
+    if (!isVersion(identity.version))
+        return badEntry("is not made of numbers and dots", "libreLinkUpClient.version");
+    return {};
+}
+
+/// A member of the document, and who reads it.
+struct Section {
+    std::string_view name;
+    Merged (*merge)(ServiceEndpoints&, const json::object&);
+};
+constexpr Section sections[]{
+    {"dexcom", mergeDexcom}, {"libreLinkUp", mergeLibreLinkUp}, {"libreLinkUpClient", mergeIdentity}};
 
 std::expected<std::optional<ServiceEndpoints>, std::string> readDocument(const std::filesystem::path& file)
 {
@@ -152,11 +256,30 @@ ServiceEndpoints ServiceEndpoints::builtIn()
 {
     const std::string first{firstApplicationId};
     const std::string second{secondApplicationId};
-    return {.dexcom = {
+    return {
+        .dexcom =
+            {
                 {"us", {"https://share2.dexcom.com/ShareWebServices/Services", first}},
                 {"ous", {"https://shareous1.dexcom.com/ShareWebServices/Services", first}},
                 {"jp", {"https://share.dexcom.jp/ShareWebServices/Services/", second}},
-            }};
+            },
+        .libreLinkUp =
+            {
+                {"ae", "https://api-ae.libreview.io"},
+                {"ap", "https://api-ap.libreview.io"},
+                {"au", "https://api-au.libreview.io"},
+                {"ca", "https://api-ca.libreview.io"},
+                {"cn", "https://api-cn.myfreestyle.cn"},
+                {"de", "https://api-de.libreview.io"},
+                {"eu", "https://api-eu.libreview.io"},
+                {"eu2", "https://api-eu2.libreview.io"},
+                {"fr", "https://api-fr.libreview.io"},
+                {"jp", "https://api-jp.libreview.io"},
+                {"la", "https://api-la.libreview.io"},
+                {"ru", "https://api.libreview.ru"},
+                {"us", "https://api-us.libreview.io"},
+            },
+    };
 }
 
 std::expected<ServiceEndpoints, std::string> ServiceEndpoints::parse(std::string_view document)
@@ -169,25 +292,15 @@ std::expected<ServiceEndpoints, std::string> ServiceEndpoints::parse(std::string
         return std::unexpected{std::string{"The document is not an object."}};
 
     ServiceEndpoints endpoints = builtIn();
-    const json::value* section = object->if_contains("dexcom");
-    if (!section || section->is_null())
-        return endpoints;
-    const json::object* regions = section->if_object();
-    if (!regions)
-        return std::unexpected{std::string{"The entry \"dexcom\" is not an object."}};
-    for (const auto& [key, entry] : *regions) {
-        const std::string code{key};
-        if (!isRegionCode(code)) {
-            return std::unexpected{
-                std::string{"A region code under \"dexcom\" is not made of up to 16 lower-case letters, "
-                            "digits and hyphens."}};
-        }
-        // A new row begins as a copy of the one that its code is another name of.
-        const DexcomEndpoint* known = endpoints.dexcomRegion(code);
-        DexcomEndpoint row = known ? *known : DexcomEndpoint{{}, std::string{firstApplicationId}};
-        if (auto merged = merge(row, code, entry); !merged)
+    for (const Section& section : sections) {
+        const json::value* content = object->if_contains({section.name.data(), section.name.size()});
+        if (!content || content->is_null())
+            continue;
+        const json::object* entry = content->if_object();
+        if (!entry)
+            return badEntry("is not an object", "{}", section.name);
+        if (auto merged = section.merge(endpoints, *entry); !merged)
             return std::unexpected{std::move(merged).error()};
-        endpoints.dexcom.insert_or_assign(code, std::move(row));
     }
     return endpoints;
 }

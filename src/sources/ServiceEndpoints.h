@@ -29,8 +29,9 @@ struct LibreLinkUpIdentity {
 
 /// Every address that the program talks to, in one table that a file can override.
 struct ServiceEndpoints {
-    std::map<std::string, DexcomEndpoint, std::less<>> dexcom{};    ///< By region code.
-    std::map<std::string, std::string, std::less<>> libreLinkUp{};  ///< Base address by region code.
+    std::map<std::string, DexcomEndpoint, std::less<>> dexcom{};  ///< By region code.
+    /// Base address by region code, with or without a slash at its end.
+    std::map<std::string, std::string, std::less<>> libreLinkUp{};
     LibreLinkUpIdentity libreLinkUpIdentity{};
 
     /// The row of a region code or of its other name ("eu" for "ous", "apac" for "jp"); null for an unknown
@@ -38,8 +39,12 @@ struct ServiceEndpoints {
     [[nodiscard]] const DexcomEndpoint* dexcomRegion(std::string_view code) const;
 
     [[nodiscard]] static ServiceEndpoints builtIn();
-    /// The built-in table with the entries of an endpoints document laid over it. https, and http to loopback
-    /// addresses only. An error is one sentence that names the entry; keys that we do not know are ignored.
+    /// The built-in table with the entries of an endpoints document laid over it:
+    ///     {"dexcom": {"us": {"base": "https://…", "applicationId": "UUID"}},
+    ///      "libreLinkUp": {"eu": "https://…"},
+    ///      "libreLinkUpClient": {"version": "4.16.0", "product": "llu.ios", "userAgent": "…"}}
+    /// Every entry may be absent; new region codes may come. https, and http to loopback addresses only. An
+    /// error is one sentence that names the entry; keys that we do not know are ignored.
     [[nodiscard]] static std::expected<ServiceEndpoints, std::string> parse(std::string_view document);
     /// The table in force: the file named by TIDEWELL_ENDPOINTS (which must exist), else "endpoints.json" in
     /// `configurationFolder` when it exists, else the built-in one.

@@ -32,7 +32,7 @@ TEST(ServiceEndpoints, aDocumentReplacesWhatItNamesAndKeepsTheRest)
                       "jp":{"applicationId":"0D2F77C8-9f61-4a5e-8f43-2b9d1c6e7a10","comment":1},
                       "apac":{"base":"https://apac.example.org"},
                       "lab-2":{"base":"http://[::1]:9"}},
-            "libreLinkUp":{"eu":7},"appServer":[]})");
+            "appServer":[]})");
     ASSERT_TRUE(good) << good.error();
     const ServiceEndpoints builtIn = ServiceEndpoints::builtIn();
     EXPECT_EQ(*good->dexcomRegion("us"), (DexcomEndpoint{"http://127.0.0.1:8080/x", std::string{firstId}}));
@@ -46,11 +46,55 @@ TEST(ServiceEndpoints, aDocumentReplacesWhatItNamesAndKeepsTheRest)
         EXPECT_EQ(ServiceEndpoints::parse(nothing)->dexcom, builtIn.dexcom) << nothing;
 }
 
+TEST(ServiceEndpoints, libreLinkUpHasThirteenRegionsAndAnIdentityThatCanBeReplaced)
+{
+    const ServiceEndpoints builtIn = ServiceEndpoints::builtIn();
+    std::vector<std::string> hosts;
+    for (const auto& [code, base] : builtIn.libreLinkUp)
+        hosts.push_back(code + " " + base.substr(std::string_view{"https://"}.size()));
+    EXPECT_EQ(hosts, parts("ae api-ae.libreview.io|ap api-ap.libreview.io|au api-au.libreview.io|"
+                           "ca api-ca.libreview.io|cn api-cn.myfreestyle.cn|de api-de.libreview.io|"
+                           "eu api-eu.libreview.io|eu2 api-eu2.libreview.io|fr api-fr.libreview.io|"
+                           "jp api-jp.libreview.io|la api-la.libreview.io|ru api.libreview.ru|"
+                           "us api-us.libreview.io"));
+
+    const auto good = ServiceEndpoints::parse(
+        R"({"libreLinkUp":{"eu":"http://127.0.0.1:8081/libre/eu","za":"https://za.example.org/"},
+            "libreLinkUpClient":{"version":"4.17.0","product":null,"userAgent":"Some Browser/5 (~) x"}})");
+    ASSERT_TRUE(good) << good.error();
+    EXPECT_EQ(good->libreLinkUp.size(), 14U);
+    EXPECT_EQ(good->libreLinkUp.at("eu"), "http://127.0.0.1:8081/libre/eu");
+    EXPECT_EQ(good->libreLinkUp.at("za"), "https://za.example.org/");
+    EXPECT_EQ(good->libreLinkUp.at("eu2"), builtIn.libreLinkUp.at("eu2"));
+    EXPECT_EQ(good->libreLinkUpIdentity, (LibreLinkUpIdentity{"4.17.0", "llu.ios", "Some Browser/5 (~) x"}));
+    EXPECT_EQ(good->dexcom, builtIn.dexcom);
+
+    const auto accepted = [](std::string_view key, std::string_view text) {
+        return ServiceEndpoints::parse(fmt::format(R"({{"libreLinkUpClient":{{"{}":"{}"}}}})", key, text))
+            .has_value();
+    };
+    EXPECT_TRUE(accepted("version", "5"));
+    EXPECT_TRUE(accepted("product", std::string(64, 'p')));
+    for (const std::string& bad : parts("|.|4.|.4|4..1|4.16.0-beta|4,16|v4|4 1|" + std::string(33, '4')))
+        EXPECT_FALSE(accepted("version", bad)) << bad;
+    for (const std::string& bad :
+         parts("| a|a |a\\r\\nX-Evil: 1|a\\u0000|a\\t|ü|\\u007f|" + std::string(513, 'a'))) {
+        EXPECT_FALSE(accepted("product", bad)) << bad;
+        EXPECT_FALSE(accepted("userAgent", bad)) << bad;
+    }
+}
+
 TEST(ServiceEndpoints, addressesMustBeHttpsOrThisMachine)
 {
     const auto accepted = [](std::string_view base) {
-        return ServiceEndpoints::parse(R"({"dexcom":{"us":{"base":")" + std::string{base} + R"("}}})")
-            .has_value();
+        const bool dexcom =
+            ServiceEndpoints::parse(fmt::format(R"({{"dexcom":{{"us":{{"base":"{}"}}}}}})", base))
+                .has_value();
+        EXPECT_EQ(
+            ServiceEndpoints::parse(fmt::format(R"({{"libreLinkUp":{{"eu":"{}"}}}})", base)).has_value(),
+            dexcom)
+            << base;
+        return dexcom;
     };
     for (const char* good :
          {"https://a", "https://share.example.org/x/", "HTTPS://a:8443/x", "https://[2001:db8::1]/x",
@@ -83,6 +127,20 @@ TEST(ServiceEndpoints, aBadDocumentIsOneSentenceThatNamesTheEntry)
         {R"({"dexcom":{"us":{"base":"http://example.org"}}})",
          "The entry \"dexcom.us.base\" uses plain http, which only this machine's own addresses may."},
         {R"({"dexcom":{"lab":{}}})", "The entry \"dexcom.lab\" needs a \"base\"."},
+        {R"({"libreLinkUp":"https://a"})", "The entry \"libreLinkUp\" is not an object."},
+        {R"({"libreLinkUp":{"eu":{"base":"https://a"}}})", "The entry \"libreLinkUp.eu\" is not a text."},
+        {R"({"libreLinkUp":{"eu":null}})", "The entry \"libreLinkUp.eu\" is not a text."},
+        {R"({"libreLinkUp":{"eu":""}})", "The entry \"libreLinkUp.eu\" is not a complete https address."},
+        {R"({"libreLinkUp":{"EU":"https://a"}})",
+         "A region code under \"libreLinkUp\" is not made of up to 16 lower-case letters, digits and "
+         "hyphens."},
+        {R"({"libreLinkUpClient":7})", "The entry \"libreLinkUpClient\" is not an object."},
+        {R"({"libreLinkUpClient":{"version":4.16}})",
+         "The entry \"libreLinkUpClient.version\" is not a text."},
+        {R"({"libreLinkUpClient":{"version":"4.x"}})",
+         "The entry \"libreLinkUpClient.version\" is not made of numbers and dots."},
+        {R"({"libreLinkUpClient":{"userAgent":""}})",
+         "The entry \"libreLinkUpClient.userAgent\" is not made of up to 512 printable ASCII characters."},
         {R"({"dexcom":{"Us\n":{}}})",
          "A region code under \"dexcom\" is not made of up to 16 lower-case letters, digits and hyphens."},
     };
