@@ -60,6 +60,7 @@ private:
         case MenuCommand::refresh:
             asio::co_spawn(core_.main(), core_.coordinator().refreshNow(), asio::detached);
             break;
+        case MenuCommand::reconnect: core_.coordinator().reconnect(); break;
         case MenuCommand::signIn: signIn_.show(); break;
         case MenuCommand::quit: QCoreApplication::quit(); break;
         }

@@ -86,10 +86,13 @@ std::vector<MenuItem> menu(const StatusBarState& state, const std::optional<Erro
             items.push_back(text(std::move(line)));
         items.push_back(separator());
     }
-    const bool needsSignIn = state.currentError && state.currentError->needsSignIn;
+    const bool canReconnect = state.currentError && state.currentError->canReconnect;
+    const bool waitsForPerson = canReconnect || (state.currentError && state.currentError->needsSignIn);
     const MenuItem refresh{
-        .title = "Refresh", .command = MenuCommand::refresh, .enabled = !state.activity && !needsSignIn};
-    if (needsSignIn) {
+        .title = "Refresh", .command = MenuCommand::refresh, .enabled = !state.activity && !waitsForPerson};
+    if (canReconnect)
+        items.push_back({.title = "Reconnect", .command = MenuCommand::reconnect});
+    if (waitsForPerson) {
         items.push_back({.title = "Sign in…", .command = MenuCommand::signIn});
         items.push_back(refresh);
     } else {

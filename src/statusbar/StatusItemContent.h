@@ -10,7 +10,7 @@
 namespace tidewell {
 
 /// What a menu item does when it is chosen.
-enum class MenuCommand { none, refresh, signIn, quit };
+enum class MenuCommand { none, refresh, reconnect, signIn, quit };
 
 /// One line of the status item's menu.
 struct MenuItem {
@@ -42,8 +42,9 @@ struct StatusItemContent {
 };
 
 /// The content for a state at a moment. Pure. A reading that has aged since the state was made is shown with
-/// the age that it has now. The menu begins with the problem, if any; "Sign in…" comes first among its
-/// commands when signing in is what helps, and is called "Switch account…" otherwise.
+/// the age that it has now. The menu begins with the problem, if any. What helps comes first among its
+/// commands: "Reconnect" when the same account may be tried again, then "Sign in…", which is called "Switch
+/// account…" when nothing waits for the person.
 [[nodiscard]] StatusItemContent statusItemContent(const StatusBarState& state, const AppSettings& settings,
                                                   Date now, TimeZone zone);
 

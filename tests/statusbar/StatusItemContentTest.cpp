@@ -122,6 +122,10 @@ TEST(StatusItemContent, putsProblemRetryAndSignInIntoTheMenu)
     state.nextRetryAt.reset();
     EXPECT_EQ(menuText(state), "[Sign in required]|[M]|[R]|--|Sign in…|[Refresh]|--|Quit|");
 
+    state.currentError->canReconnect = true;
+    EXPECT_EQ(menuText(state), "[Sign in required]|[M]|[R]|--|Reconnect|Sign in…|[Refresh]|--|Quit|");
+    EXPECT_EQ(content(state).menu[4].command, MenuCommand::reconnect);
+
     EXPECT_EQ(
         menuText(showing(120, Seconds{7500})),
         "[Stale glucose reading]|[Last glucose reading was 2 hours and 5 minutes ago.]|[Check your sensor "
