@@ -9,9 +9,32 @@ namespace {
 
 constexpr std::string_view demoRegion = "us";
 
+DemoAccount accountOf(Scenario::Account provider, const LibreLinkUpOptions& libre)
+{
+    if (provider == Scenario::Account::dexcom) {
+        const SimulatedAccount account;
+        return {.provider = "dexcom",
+                .username = account.name,
+                .password = account.password,
+                .region = std::string{demoRegion}};
+    }
+    const auto& account = libre.accounts.front();
+    DemoAccount demo{.provider = "libreLinkUp",
+                     .username = account.email,
+                     .password = account.password,
+                     .region = account.homeRegion};
+    if (account.people.size() == 1) {
+        const auto& person = account.people.front();
+        demo.patientID = person.patientId;
+        demo.patientName = person.firstName + " " + person.lastName;
+    }
+    return demo;
+}
+
 }  // namespace
 
 struct DemoService::Impl {
+    DemoAccount account;
     SimulatedServices services;
     std::unique_ptr<LoopbackServer> server{};
 };
@@ -24,12 +47,14 @@ std::expected<std::unique_ptr<DemoService>, std::string> DemoService::start(cons
         return std::unexpected{scenario.error()};
     SimulatedServices::Options services{
         .region = std::string{demoRegion}, .scenario = *std::move(scenario), .seed = options.seed};
-    auto impl = std::make_unique<Impl>(SimulatedServices{std::move(services), clock.now()});
-    auto server = LoopbackServer::start(
-        [&simulated = impl->services](const HttpRequest& request, Date now) {
-            return simulated.handle(request, now);
-        },
-        [&clock] { return clock.now(); }, {.port = options.port});
+    const auto provider = services.scenario.account;
+    SimulatedServices simulated{std::move(services), clock.now()};
+    auto account = accountOf(provider, simulated.libreLinkUp().options());
+    auto impl = std::make_unique<Impl>(std::move(account), std::move(simulated));
+    auto server =
+        LoopbackServer::start([&served = impl->services](const HttpRequest& request,
+                                                         Date now) { return served.handle(request, now); },
+                              [&clock] { return clock.now(); }, {.port = options.port});
     if (!server)
         return std::unexpected{server.error()};
     impl->server = *std::move(server);
@@ -40,11 +65,7 @@ DemoService::DemoService(std::unique_ptr<Impl> impl) : impl_{std::move(impl)} {}
 
 DemoService::~DemoService() = default;
 
-DemoAccount DemoService::account() const
-{
-    const SimulatedAccount account;
-    return {.username = account.name, .password = account.password, .region = std::string{demoRegion}};
-}
+DemoAccount DemoService::account() const { return impl_->account; }
 
 std::string DemoService::endpointsDocument() const
 {

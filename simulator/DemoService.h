@@ -11,9 +11,12 @@ namespace tidewell {
 
 /// Who to sign in as. Invented; the password protects nothing and may be shown.
 struct DemoAccount {
+    std::string provider;  ///< "dexcom" or "libreLinkUp".
     std::string username;
     std::string password;
     std::string region;
+    std::string patientID;    ///< Of libreLinkUp, when exactly one person shares; else one is to be chosen.
+    std::string patientName;  ///< First and last name of that person.
 };
 
 struct DemoOptions {

@@ -81,6 +81,9 @@ struct LibreLinkUpOptions {
 /// before "llu". It must be one of the thirteen codes or "global", which only redirects.
 class LibreLinkUpSimulator {
 public:
+    static constexpr std::array<std::string_view, 13> regions{"ae",  "ap", "au", "ca", "cn", "de", "eu",
+                                                              "eu2", "fr", "jp", "la", "ru", "us"};
+
     struct Counters {
         std::int64_t logins = 0;  ///< Requests of each call, whatever came of them.
         std::int64_t connections = 0;
@@ -91,8 +94,10 @@ public:
         bool operator==(const Counters&) const = default;
     };
 
+    /// The first person's newest measurement at `start` is that of the trace's second `startSeconds`.
     LibreLinkUpSimulator(LibreLinkUpOptions options, Date start, std::uint64_t seed = 1,
-                         const GlucoseTrace& trace = GlucoseTrace::libre());
+                         const GlucoseTrace& trace = GlucoseTrace::libre(),
+                         double startSeconds = GlucoseTrace::libreStart);
 
     [[nodiscard]] SimulatedAnswer handle(const HttpRequest& request, Date now);
 
@@ -101,15 +106,58 @@ public:
     [[nodiscard]] const LibreLinkUpOptions& options() const { return options_; }
 
     /// Every ticket given out so far is answered with 401.
-    void revokeTickets();
+    void revokeTickets() { ticketGeneration_ += 1; }
+
+    /// Goes on at `now` with newest measurements of that age, for everyone with a sensor.
+    void restartReadings(Seconds age, Date now);
 
     [[nodiscard]] const Counters& counters() const { return counters_; }
-    /// The readings of the first person of the first account.
-    [[nodiscard]] LibreReadings& readings();
+    /// The readings of the first person of the first account; without one the program stops.
+    [[nodiscard]] const LibreReadings& readings() const;
 
 private:
+    enum class Call { login, connections, graph };
+    struct Refusals {
+        std::deque<Date> times{};
+        Date lockedUntil{};
+    };
+    /// Whose ticket a request carries, or the answer that refuses the request.
+    struct Admission {
+        const LibreAccount* account = nullptr;
+        SimulatedAnswer refusal{};
+    };
+
+    [[nodiscard]] SimulatedAnswer perform(Call call, std::string_view region, std::string_view patientId,
+                                          const HttpRequest& request, Date now);
+    [[nodiscard]] SimulatedAnswer login(std::string_view region, const HttpRequest& request, Date now);
+    [[nodiscard]] SimulatedAnswer connections(const LibreAccount& account, std::string_view region, Date now);
+    [[nodiscard]] SimulatedAnswer graph(const LibreAccount& account, std::string_view region,
+                                        std::string_view patientId, Date now);
+    [[nodiscard]] Admission admit(std::string_view region, const HttpRequest& request, Date now);
+    [[nodiscard]] SimulatedAnswer refused(std::string_view email, Date now);
+    [[nodiscard]] std::optional<std::string> redirect(const LibreAccount& account,
+                                                      std::string_view region) const;
+    [[nodiscard]] bool isLocked(std::string_view email, Date now) const;
+    [[nodiscard]] std::vector<const LibrePerson*> sharing(const LibreAccount& account) const;
+    [[nodiscard]] std::string connectionText(const LibrePerson& person, Date now) const;
+    [[nodiscard]] std::string ticketText(const LibreAccount& account, std::string_view region, bool interim,
+                                         Date now) const;
+    [[nodiscard]] std::string signature(std::string_view signedPart, bool interim) const;
+    [[nodiscard]] SimulatedAnswer answer(int status, std::string body,
+                                         std::string_view type = "application/json; charset=utf-8");
+    void meetPeople(Date now);
+
     LibreLinkUpOptions options_;
+    Date start_;
+    std::uint64_t seed_;
+    SeededRandom random_;
+    const GlucoseTrace* trace_;
+    double startSeconds_;
     Counters counters_{};
+    std::map<std::string, LibreReadings, std::less<>> readings_{};  ///< By patientId.
+    std::map<std::string, Refusals, std::less<>> refusals_{};       ///< By e-mail.
+    std::uint64_t ticketGeneration_ = 0;                            ///< Of the key that signs tickets.
+    std::size_t garbage_ = 0;                                       ///< How many garbage answers there were.
 };
 
 }  // namespace tidewell

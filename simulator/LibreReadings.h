@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "simulator/TraceReplay.h"
+#include "simulator/TraceCurve.h"
 #include "support/Time.h"
 
 namespace tidewell {
@@ -40,13 +42,20 @@ struct LibreReadingOptions {
 };
 
 /// The readings of one person as time passes: a trace, smoothly interpolated to a value at any moment, so
-/// that its newest one is now. Deterministic. Time should not run backwards.
+/// that its newest one is now. What a moment's value is never changes; the options say which of them the
+/// service has, and how they are written. Deterministic. Time should not run backwards.
 class LibreReadings {
 public:
+    /// The newest measurement at `start` is that of the trace's second `startSeconds`.
     LibreReadings(const GlucoseTrace& trace, double startSeconds, std::uint64_t seed,
                   const LibreReadingOptions& options, Date start);
 
+    /// Options from `now` on; `newestAge` counts only in restart(). A changed `timestampOffsetMinutes` leaves
+    /// the measurements before `now` as they were written, as a change to daylight-saving time does.
     void setOptions(const LibreReadingOptions& options, Date now);
+
+    /// Goes on at `now` with a newest measurement of that age.
+    void restart(Seconds age, Date now);
 
     struct Measurement {
         Date date;  ///< Whole seconds.
@@ -54,11 +63,32 @@ public:
         bool operator==(const Measurement&) const = default;
     };
     /// The current measurement that the service has at `now`; empty when there is none.
-    [[nodiscard]] std::optional<Measurement> current(Date now);
-    /// The graph at `now`, oldest first.
-    [[nodiscard]] std::vector<Measurement> graph(Date now);
+    [[nodiscard]] std::optional<Measurement> current(Date now) const;
+    /// The graph at `now`, oldest first: of the time from `graphLag` + `graphSpan` before `now`.
+    [[nodiscard]] std::vector<Measurement> graph(Date now) const;
     /// The newest of both: what a client should show at most.
-    [[nodiscard]] std::optional<Measurement> newest(Date now);
+    [[nodiscard]] std::optional<Measurement> newest(Date now) const;
+
+    /// "glucoseMeasurement" and "graphData" as the service writes them.
+    [[nodiscard]] std::string currentText(Date now) const;
+    [[nodiscard]] std::string graphText(Date now) const;
+
+private:
+    [[nodiscard]] Date newestMeasured(Date now) const;
+    [[nodiscard]] Measurement measured(Date date, double difference) const;
+    [[nodiscard]] std::string arrowText(Date date) const;
+    [[nodiscard]] std::string text(const Measurement& measurement, bool isCurrent) const;
+    [[nodiscard]] double chance(std::int64_t slot, std::uint64_t purpose) const;
+
+    TraceCurve curve_;
+    double startSeconds_;
+    std::uint64_t seed_;
+    LibreReadingOptions options_;
+    Date origin_;                   ///< The moment of `startSeconds_`.
+    Date anchor_;                   ///< A measurement's time; the others lie whole intervals from it.
+    Date since_{};                  ///< What was published up to then and is not `anchor_` stays unseen.
+    std::optional<Date> frozen_{};  ///< The current measurement's time while it stands still.
+    std::vector<std::pair<Date, int>> offsets_{};  ///< Of "Timestamp": from when on, oldest first.
 };
 
 }  // namespace tidewell

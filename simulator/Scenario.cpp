@@ -17,6 +17,7 @@ constexpr std::size_t mostSteps = 1000;
 constexpr double week = 7 * 86400.0;
 /// Closer readings would make a day of them too long to keep.
 constexpr double closestSpacing = 5;
+constexpr double closestGraphValues = 30;
 
 /// Reads the members of one object, each once, and remembers the first thing that is wrong.
 class Members {
@@ -136,6 +137,13 @@ public:
             error_ = fmt::format("{}\"{}\" {}", place_, name, what);
     }
 
+    /// What was wrong in an object within this one.
+    void take(Members& inner)
+    {
+        if (auto error = inner.error(); error && !error_)
+            error_ = std::move(error);
+    }
+
     /// What was wrong, an unknown member included.
     [[nodiscard]] std::optional<std::string> error()
     {
@@ -199,12 +207,101 @@ std::optional<std::string> applyService(const json::object& object, DexcomShareO
     return members.error();
 }
 
+std::optional<std::string> applyLibreReadings(const json::object& object, LibreReadingOptions& options)
+{
+    Members members{object, "libreLinkUp: readings: "};
+    members.seconds("newestAge", options.newestAge);
+    members.seconds("currentInterval", options.currentInterval, closestSpacing, 86400);
+    members.seconds("publicationDelay", options.publicationDelay, 0, 86400);
+    members.boolean("publishing", options.publishing);
+    members.boolean("frozen", options.frozen);
+    members.boolean("noCurrent", options.noCurrent);
+    members.seconds("graphInterval", options.graphInterval, closestGraphValues, 86400);
+    members.seconds("graphJitter", options.graphJitter, 0, 150);
+    members.seconds("graphLag", options.graphLag, 0, 86400);
+    members.seconds("graphSpan", options.graphSpan, 0, 86400);
+    members.boolean("emptyGraph", options.emptyGraph);
+    members.boolean("missingGraph", options.missingGraph);
+    members.number("gapShare", options.gapShare, 0, 1);
+    members.number("smoothing", options.smoothing, 0, 100);
+    members.integer("mgdL", options.mgdL, -1e6, 1e6);
+    members.integer("arrow", options.arrow, -1000, 1000);
+    members.boolean("noArrow", options.noArrow);
+    members.boolean("everyArrow", options.everyArrow);
+    members.boolean("twentyFourHours", options.twentyFourHours);
+    members.boolean("mmolPerLitre", options.mmolPerLitre);
+    members.integer("timestampOffsetMinutes", options.timestampOffsetMinutes, -840, 840);
+    return members.error();
+}
+
+/// People to share with the account; the first one is LibrePerson's own default. Invented.
+std::vector<LibrePerson> inventedPeople(std::size_t count)
+{
+    std::vector<LibrePerson> people{
+        {},
+        {.patientId = "1b2c3d4e-5f60-4718-8293-a4b5c6d7e8f9",
+         .firstName = "Emmy",
+         .lastName = "Muster",
+         .traceOffset = -86400},
+        {.patientId = "c0ffee00-2468-4ace-9bdf-13579bdf0246",
+         .firstName = "Sofia",
+         .lastName = "Beispiel",
+         .traceOffset = -2.5 * 86400},
+        {.patientId = "7f7e7d7c-0b0a-4090-8080-706050403020",
+         .firstName = "Lise",
+         .lastName = "Exemple",
+         .traceOffset = -4 * 86400,
+         .activeSensor = false},
+    };
+    people.resize(count);
+    return people;
+}
+
+std::optional<std::string> applyLibreService(const json::object& object, LibreLinkUpOptions& options)
+{
+    using enum LibreRedirect;
+    constexpr std::array<std::pair<std::string_view, LibreRedirect>, 5> redirects{
+        {{"home", home}, {"unknown", unknown}, {"self", self}, {"circle", circle}, {"refused", refused}}};
+    Members members{object, "libreLinkUp: service: "};
+    members.text("minimumVersion", options.minimumVersion);
+    members.boolean("requireProduct", options.requireProduct);
+    members.boolean("requireAccountId", options.requireAccountId);
+    members.choice("redirect", options.redirect, redirects);
+    members.text("pendingStep", options.pendingStep);
+    members.boolean("refusePasswords", options.refusePasswords);
+    members.boolean("refuseTickets", options.refuseTickets);
+    members.integer("lockAfter", options.lockAfter, 0, 1e6);
+    members.seconds("lockWindow", options.lockWindow);
+    members.seconds("lockDuration", options.lockDuration);
+    members.boolean("locked", options.locked);
+    members.seconds("ticketLifetime", options.ticketLifetime, 0, 366 * 86400);
+    members.boolean("removed", options.removed);
+    std::optional<std::size_t> people;
+    members.integer("people", people, 0, 4);
+    if (people)
+        for (auto& account : options.accounts)
+            account.people = inventedPeople(*people);
+    bool activeSensor = true;
+    members.boolean("activeSensor", activeSensor);
+    if (object.contains("activeSensor"))
+        for (auto& account : options.accounts)
+            if (!account.people.empty())
+                account.people.front().activeSensor = activeSensor;
+    return members.error();
+}
+
 struct FaultWord {
     ServiceFault::Kind kind;
     TransportFault transport = TransportFault::none;
 };
 
-std::optional<std::string> applyFault(const json::object& object, DexcomShareOptions& options)
+/// The calls of a service by the names that a fault may choose from.
+using FaultTargets = std::array<std::pair<std::string_view, ServiceFault*>, 3>;
+
+/// Sets a fault for the calls that it names. `hasErrorObjects`: the service has what `error` and `nullId`
+/// send.
+std::optional<std::string> applyFault(const json::object& object, std::string place,
+                                      const FaultTargets& targets, bool hasErrorObjects)
 {
     using enum ServiceFault::Kind;
     constexpr std::array<std::pair<std::string_view, FaultWord>, 14> kinds{{
@@ -223,12 +320,14 @@ std::optional<std::string> applyFault(const json::object& object, DexcomShareOpt
         {"endless", {ServiceFault::Kind::transport, TransportFault::endless}},
         {"gzipBomb", {ServiceFault::Kind::transport, TransportFault::gzipBomb}},
     }};
-    Members members{object, "fault: "};
+    Members members{object, std::move(place)};
     ServiceFault fault;
     FaultWord word{none};
     if (!object.contains("kind"))
         members.fail("kind", "is missing");
     members.choice("kind", word, kinds);
+    if (!hasErrorObjects && (word.kind == error || word.kind == nullId))
+        members.fail("kind", "must not be error or nullId, which this service does not have");
     fault.kind = word.kind;
     fault.transport = word.transport;
     members.text("code", fault.code);
@@ -246,19 +345,22 @@ std::optional<std::string> applyFault(const json::object& object, DexcomShareOpt
         else
             members.fail("headers", "must be an object of texts");
     }
-    const std::array<std::pair<std::string_view, ServiceFault*>, 3> steps{
-        {{"authenticate", &options.authenticate}, {"login", &options.login}, {"read", &options.read}}};
+    std::optional<double> dateAhead;
+    if (object.contains("retryAfterDate"))
+        members.number("retryAfterDate", dateAhead.emplace(0), -week, week);
+    if (dateAhead)
+        fault.retryAfterDate = Seconds{*dateAhead};
     const auto* chosen = members.find("steps");
-    for (const auto& [name, target] : steps)
+    for (const auto& [name, target] : targets)
         if (!chosen)
             *target = fault;
     if (chosen && !chosen->is_array())
         members.fail("steps", "must be a list");
     for (const auto& entry : chosen && chosen->is_array() ? chosen->get_array() : json::array{}) {
         const auto name = entry.is_string() ? std::string_view{entry.get_string()} : std::string_view{};
-        const auto found = std::ranges::find(steps, name, &std::pair<std::string_view, ServiceFault*>::first);
-        if (found == steps.end())
-            members.fail("steps", "may hold authenticate, login and read");
+        const auto found = std::ranges::find(targets, name, &FaultTargets::value_type::first);
+        if (found == targets.end())
+            members.fail("steps", fmt::format("may hold {}", fmt::join(targets | std::views::keys, ", ")));
         else
             *found->second = fault;
     }
@@ -273,6 +375,14 @@ void readChanges(Members& members, Scenario::Step& step)
     members.object("fault", step.fault);
     members.boolean("endSessions", step.endSessions);
     members.boolean("forgetSessions", step.forgetSessions);
+    members.boolean("revokeTickets", step.revokeTickets);
+    json::object libre;
+    members.object("libreLinkUp", libre);
+    Members libreMembers{libre, "libreLinkUp: "};
+    libreMembers.object("service", step.libreService);
+    libreMembers.object("readings", step.libreReadings);
+    libreMembers.object("fault", step.libreFault);
+    members.take(libreMembers);
 }
 
 std::expected<Scenario::Step, std::string> parseStep(const json::value& value)
@@ -305,7 +415,24 @@ std::optional<std::string> applyStep(const Scenario::Step& step, DexcomShareOpti
         return error;
     if (auto error = applyReadings(step.readings, options.readings))
         return error;
-    return step.fault.empty() ? std::nullopt : applyFault(step.fault, options);
+    if (step.fault.empty())
+        return std::nullopt;
+    const FaultTargets targets{
+        {{"authenticate", &options.authenticate}, {"login", &options.login}, {"read", &options.read}}};
+    return applyFault(step.fault, "fault: ", targets, true);
+}
+
+std::optional<std::string> applyStep(const Scenario::Step& step, LibreLinkUpOptions& options)
+{
+    if (auto error = applyLibreService(step.libreService, options))
+        return error;
+    if (auto error = applyLibreReadings(step.libreReadings, options.readings))
+        return error;
+    if (step.libreFault.empty())
+        return std::nullopt;
+    const FaultTargets targets{
+        {{"login", &options.login}, {"connections", &options.connections}, {"graph", &options.graph}}};
+    return applyFault(step.libreFault, "libreLinkUp: fault: ", targets, false);
 }
 
 std::expected<Scenario, std::string> Scenario::parse(std::string_view document)
@@ -319,6 +446,9 @@ std::expected<Scenario, std::string> Scenario::parse(std::string_view document)
     Step start{.at = Seconds{0}};
     Members members{value->get_object(), ""};
     members.text("name", scenario.name);
+    constexpr std::array<std::pair<std::string_view, Account>, 2> services{
+        {{"dexcom", Account::dexcom}, {"libreLinkUp", Account::libreLinkUp}}};
+    members.choice("account", scenario.account, services);
     readChanges(members, start);
     const auto* list = members.find("steps");
     if (list && (!list->is_array() || list->get_array().size() > mostSteps))
@@ -334,11 +464,14 @@ std::expected<Scenario, std::string> Scenario::parse(std::string_view document)
     }
 
     DexcomShareOptions scratch;
+    LibreLinkUpOptions libreScratch;
     Seconds last{0};
     for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
         const auto& step = scenario.steps[i];
         const auto place = i == 0 ? std::string{} : fmt::format("Step {}: ", i);
         if (const auto error = applyStep(step, scratch))
+            return std::unexpected{place + *error};
+        if (const auto error = applyStep(step, libreScratch))
             return std::unexpected{place + *error};
         if (step.at && *step.at < last)
             return std::unexpected{place + "\"at\" is earlier than the step before"};
@@ -364,7 +497,9 @@ std::expected<Scenario, std::string> Scenario::named(std::string_view name)
 /// steady.
 ///
 /// The story moves on with the client's reads. Its readings are just over five minutes old and 15 s apart: a
-/// client that aims half a minute past the next five-minute reading then asks every 10 to 25 s.
+/// client that aims half a minute past the next five-minute reading then asks every 10 to 25 s. Likewise the
+/// current values of "libre-story" are 50 s old and 10 s apart for a client that aims at 70 s past each. Its
+/// waits are what such a client needs to meet a fault once: it asks again half a minute after one.
 const std::vector<Scenario::BuiltIn>& Scenario::builtIn()
 {
     static const std::vector<BuiltIn> all{
@@ -413,6 +548,84 @@ const std::vector<Scenario::BuiltIn>& Scenario::builtIn()
         {"rough", "gaps, late and doubled readings, every trend word, the old form of dates",
          R"({"readings": {"drift": 0.5, "publicationDelay": 20, "publicationJitter": 40, "gapShare": 0.05,
                           "lateShare": 0.1, "duplicates": true, "everyTrend": true, "slashes": true}})"},
+        {"libre", "a good sensor and a good LibreLinkUp service", R"({"account": "libreLinkUp"})"},
+        {"libre-story",
+         "in about five minutes: terms, new and frozen values, outages, an old version, tickets, a lock, a "
+         "person removed",
+         R"({"account": "libreLinkUp", "note": "The terms of use wait to be accepted",
+             "libreLinkUp": {"service": {"pendingStep": "tou", "lockDuration": 30},
+                             "readings": {"newestAge": 50, "currentInterval": 10, "publicationDelay": 50}},
+             "steps": [
+               {"afterSeconds": 15, "note": "The terms are accepted in the app: choose Reconnect",
+                "libreLinkUp": {"service": {"pendingStep": ""}}},
+               {"afterReads": 2, "note": "The current value stands still",
+                "libreLinkUp": {"readings": {"frozen": true}}},
+               {"afterReads": 1, "note": "New values", "libreLinkUp": {"readings": {"frozen": false}}},
+               {"afterReads": 1, "note": "The service is down",
+                "libreLinkUp": {"fault": {"kind": "html", "status": 503}}},
+               {"afterSeconds": 25, "note": "The service is back", "libreLinkUp": {"fault": {"kind": "none"}}},
+               {"afterReads": 1, "note": "The edge servers block the address",
+                "libreLinkUp": {"fault": {"kind": "html", "status": 403}}},
+               {"afterSeconds": 25, "note": "The block ends", "libreLinkUp": {"fault": {"kind": "none"}}},
+               {"afterReads": 1, "note": "The service wants a newer client",
+                "libreLinkUp": {"service": {"minimumVersion": "99.0.0"}}},
+               {"afterSeconds": 25, "note": "The client is new enough again",
+                "libreLinkUp": {"service": {"minimumVersion": "4.16.0"}}},
+               {"afterReads": 1, "note": "Every ticket is revoked", "revokeTickets": true},
+               {"afterReads": 1, "note": "Tickets last 20 seconds", "revokeTickets": true,
+                "libreLinkUp": {"service": {"ticketLifetime": 20}}},
+               {"afterReads": 2, "note": "The account is locked",
+                "libreLinkUp": {"service": {"locked": true}}},
+               {"afterSeconds": 45, "note": "The lock ends; the person no longer shares",
+                "libreLinkUp": {"service": {"locked": false, "removed": true}}}]})"},
+        {"libre-terms", "new terms of use wait to be accepted in the app, for the first two minutes",
+         R"({"account": "libreLinkUp", "note": "The terms of use wait to be accepted",
+             "libreLinkUp": {"service": {"pendingStep": "tou"}},
+             "steps": [{"at": 120, "note": "The terms are accepted in the app: choose Reconnect",
+                        "libreLinkUp": {"service": {"pendingStep": ""}}}]})"},
+        {"libre-action", "the e-mail address waits to be confirmed in the app",
+         R"({"account": "libreLinkUp", "libreLinkUp": {"service": {"pendingStep": "verifyEmail"}}})"},
+        {"libre-locked", "sign-ins are locked for two minutes, then good",
+         R"({"account": "libreLinkUp", "note": "The account is locked",
+             "libreLinkUp": {"service": {"locked": true, "lockDuration": 120}},
+             "steps": [{"at": 120, "note": "The lock ends",
+                        "libreLinkUp": {"service": {"locked": false}}}]})"},
+        {"libre-version", "the service wants a newer client than there is",
+         R"({"account": "libreLinkUp", "libreLinkUp": {"service": {"minimumVersion": "99.0.0"}}})"},
+        {"libre-wrong-password", "the password is refused",
+         R"({"account": "libreLinkUp", "libreLinkUp": {"service": {"refusePasswords": true}}})"},
+        {"libre-removed", "after the first value the person no longer shares",
+         R"({"account": "libreLinkUp",
+             "steps": [{"afterReads": 1, "note": "The person no longer shares",
+                        "libreLinkUp": {"service": {"removed": true}}}]})"},
+        {"libre-none", "nobody shares with the account",
+         R"({"account": "libreLinkUp", "libreLinkUp": {"service": {"people": 0}}})"},
+        {"libre-several", "three people share, in an order that changes; one is to be chosen",
+         R"({"account": "libreLinkUp", "libreLinkUp": {"service": {"people": 3}}})"},
+        {"libre-frozen", "the current value stands still and falls behind the graph",
+         R"({"account": "libreLinkUp", "libreLinkUp": {"readings": {"newestAge": 840, "frozen": true}}})"},
+        {"libre-empty", "a new sensor: no current value and no graph yet",
+         R"({"account": "libreLinkUp", "libreLinkUp": {"readings": {"noCurrent": true, "emptyGraph": true}}})"},
+        {"libre-edge", "after the first value the edge servers block, then limit, then the service is down",
+         R"({"account": "libreLinkUp",
+             "steps": [
+               {"afterReads": 1, "note": "HTTP 403 pages",
+                "libreLinkUp": {"fault": {"kind": "html", "status": 403}}},
+               {"afterSeconds": 90, "note": "HTTP 429 pages with a Retry-After of 30 s",
+                "libreLinkUp": {"fault": {"kind": "html", "status": 429, "headers": {"Retry-After": "30"}}}},
+               {"afterSeconds": 150, "note": "HTTP 502 pages",
+                "libreLinkUp": {"fault": {"kind": "html", "status": 502}}},
+               {"afterSeconds": 150, "note": "The service is back",
+                "libreLinkUp": {"fault": {"kind": "none"}}}]})"},
+        {"libre-redirects", "regions point at each other without end for a minute, then at the home region",
+         R"({"account": "libreLinkUp", "note": "Regions point at each other",
+             "libreLinkUp": {"service": {"redirect": "circle"}},
+             "steps": [{"at": 60, "note": "Every region points home",
+                        "libreLinkUp": {"service": {"redirect": "home"}}}]})"},
+        {"libre-rough", "gaps, every arrow, times of day to 24 hours, mmol/L",
+         R"({"account": "libreLinkUp",
+             "libreLinkUp": {"readings": {"gapShare": 0.1, "graphJitter": 20, "everyArrow": true,
+                                          "twentyFourHours": true, "mmolPerLitre": true}}})"},
     };
     return all;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simulator/DexcomShareSimulator.h"
+#include "simulator/LibreLinkUpSimulator.h"
 
 namespace tidewell {
 
@@ -20,8 +21,9 @@ namespace tidewell {
 ///       {"at": 30, "until": 60, "fault": {"steps": ["read"], "kind": "html", "status": 503}},
 ///       {"afterReads": 2, "note": "The session ends", "endSessions": true}]}
 ///
-/// README.md lists every member. Read strictly: an unknown member, a wrong type or a value out of range is an
-/// error of one sentence that names the place.
+/// The members "service", "readings" and "fault" are Dexcom Share's; those of "libreLinkUp" are
+/// LibreLinkUp's. README.md lists every member. Read strictly: an unknown member, a wrong type or a value out
+/// of range is an error of one sentence that names the place.
 struct Scenario {
     struct Step {
         // One of three moments.
@@ -38,9 +40,16 @@ struct Scenario {
         boost::json::object fault{};     ///< A ServiceFault and the steps that it is for, checked.
         bool endSessions = false;
         bool forgetSessions = false;
+        boost::json::object libreService{};   ///< Changes of LibreLinkUpOptions, checked.
+        boost::json::object libreReadings{};  ///< Changes of LibreReadingOptions, checked.
+        boost::json::object libreFault{};     ///< A ServiceFault and the calls that it is for, checked.
+        bool revokeTickets = false;
     };
+    /// The service that the scenario is about: whose account a demonstration signs in with.
+    enum class Account { dexcom, libreLinkUp };
 
     std::string name{};
+    Account account = Account::dexcom;
     std::vector<Step> steps{};  ///< The first one holds what the document says of the start.
 
     [[nodiscard]] static std::expected<Scenario, std::string> parse(std::string_view document);
@@ -57,5 +66,6 @@ struct Scenario {
 
 /// Applies what a step says of options. Returns one sentence when the step is wrong; parsed steps never are.
 [[nodiscard]] std::optional<std::string> applyStep(const Scenario::Step& step, DexcomShareOptions& options);
+[[nodiscard]] std::optional<std::string> applyStep(const Scenario::Step& step, LibreLinkUpOptions& options);
 
 }  // namespace tidewell

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ struct ServiceFault {
     std::size_t cutAfter = 20;          ///< Of TransportFault::cutOff, in bytes.
     std::int64_t times = 0;             ///< Ends after so many requests; 0: goes on.
     std::vector<HttpHeader> headers{};  ///< Sent in addition, such as Retry-After.
+    /// Sent in addition: a Retry-After with the date that lies so far after the answer, or before it.
+    std::optional<Seconds> retryAfterDate{};
     bool operator==(const ServiceFault&) const = default;
 };
 

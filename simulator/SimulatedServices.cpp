@@ -20,6 +20,7 @@ constexpr std::array<RegionInfo, 3> regionInfos{{
     {"ous", "5d8c0e1a-27b4-4c6f-9a3e-d1f05b7c8e24"},
     {"jp", "a4f7b392-6e0d-4815-8c2b-39e6d05f1a7c"},
 }};
+constexpr std::string_view librePrefix = "/libre/";
 
 /// The path of a URL, with or without its origin.
 std::string_view pathOf(std::string_view url)
@@ -41,7 +42,12 @@ void keepCount(const ServiceFault& given, const ServiceFault& current, ServiceFa
 }  // namespace
 
 SimulatedServices::SimulatedServices(Options options, Date start)
-    : scenario_{std::move(options.scenario)}, start_{start}, lastBegin_{start}, lastRead_{start}
+    : scenario_{std::move(options.scenario)},
+      start_{start},
+      libreInitial_{std::move(options.libreLinkUp)},
+      libreGiven_{libreInitial_},
+      lastBegin_{start},
+      lastRead_{start}
 {
     for (const auto& info : regionInfos) {
         DexcomShareOptions initial = options.dexcom;
@@ -55,6 +61,10 @@ SimulatedServices::SimulatedServices(Options options, Date start)
                                                                 options.startPosition);
         regions_.push_back({info.name, std::move(initial), std::move(given), std::move(simulator)});
     }
+    if (!scenario_.steps.empty() && applyStep(scenario_.steps.front(), libreGiven_))
+        std::abort();
+    libre_ = std::make_unique<LibreLinkUpSimulator>(libreGiven_, start, options.seed, *options.libreTrace,
+                                                    options.libreStart);
     started_.assign(scenario_.steps.empty() ? 0 : 1, start);
 }
 
@@ -62,17 +72,20 @@ SimulatedAnswer SimulatedServices::handle(const HttpRequest& request, Date now)
 {
     advance(now);
     const auto path = pathOf(request.url);
-    for (auto& region : regions_) {
-        if (!path.starts_with(fmt::format("/{}/", region.name)))
-            continue;
-        const auto before = region.simulator->counters().successfulReads;
-        auto answer = region.simulator->handle(request, now);
-        if (region.simulator->counters().successfulReads != before) {
+    const auto ask = [&](auto& simulator) {
+        const auto before = simulator.counters().successfulReads;
+        auto answer = simulator.handle(request, now);
+        if (simulator.counters().successfulReads != before) {
             readsSince_ += 1;
             lastRead_ = now;
         }
         return answer;
-    }
+    };
+    if (path.starts_with(librePrefix))
+        return ask(*libre_);
+    for (auto& region : regions_)
+        if (path.starts_with(fmt::format("/{}/", region.name)))
+            return ask(*region.simulator);
     return {.response = {.status = 404, .headers = {{"Content-Type", "application/json"}}, .body = "{}"}};
 }
 
@@ -91,7 +104,20 @@ std::string SimulatedServices::endpointsDocument(std::string_view origin)
         dexcom[info.name] =
             json::object{{"base", fmt::format("{}/{}/ShareWebServices/Services", origin, info.name)},
                          {"applicationId", info.applicationId}};
-    return prettyJson(json::object{{"dexcom", std::move(dexcom)}});
+    json::object libre;
+    for (const auto code : LibreLinkUpSimulator::regions)
+        libre[code] = fmt::format("{}{}{}", origin, librePrefix, code);
+    return prettyJson(json::object{{"dexcom", std::move(dexcom)}, {"libreLinkUp", std::move(libre)}});
+}
+
+std::string SimulatedServices::loggedPath(std::string_view path)
+{
+    constexpr std::string_view list = "/connections/";
+    const auto found = path.find(list);
+    if (found == std::string_view::npos)
+        return std::string{path};
+    const auto id = found + list.size();
+    return fmt::format("{}…{}", path.substr(0, id), path.substr(std::min(path.find('/', id), path.size())));
 }
 
 /// Steps begin and end at their own moments, however late the request is that brings the time.
@@ -139,6 +165,10 @@ void SimulatedServices::begin(Date at)
         if (step.forgetSessions)
             region.simulator->forgetSessions();
     }
+    if (step.libreReadings.contains("newestAge"))
+        libre_->restartReadings(libreGiven_.readings.newestAge, at);
+    if (step.revokeTickets)
+        libre_->revokeTickets();
     if (onStep_ && !step.note.empty())
         onStep_(at - start_, step.note);
 }
@@ -150,13 +180,16 @@ void SimulatedServices::applyOptions(Date now)
     for (std::size_t i = 0; i < started_.size(); ++i)
         if (const auto& until = scenario_.steps[i].until; until && start_ + *until > now)
             nextEnd_ = std::min(nextEnd_.value_or(start_ + *until), start_ + *until);
-    for (auto& region : regions_) {
-        DexcomShareOptions wanted = region.initial;
+    const auto apply = [&](auto& wanted) {
         for (std::size_t i = 0; i < started_.size(); ++i) {
             const auto& step = scenario_.steps[i];
             if (!step.until || start_ + *step.until > now)
                 std::ignore = applyStep(step, wanted);
         }
+    };
+    for (auto& region : regions_) {
+        DexcomShareOptions wanted = region.initial;
+        apply(wanted);
         DexcomShareOptions given = wanted;
         const auto& current = region.simulator->options();
         keepCount(region.given.authenticate, current.authenticate, wanted.authenticate);
@@ -165,6 +198,15 @@ void SimulatedServices::applyOptions(Date now)
         region.simulator->setOptions(std::move(wanted), now);
         region.given = std::move(given);
     }
+    LibreLinkUpOptions wanted = libreInitial_;
+    apply(wanted);
+    LibreLinkUpOptions given = wanted;
+    const auto& current = libre_->options();
+    keepCount(libreGiven_.login, current.login, wanted.login);
+    keepCount(libreGiven_.connections, current.connections, wanted.connections);
+    keepCount(libreGiven_.graph, current.graph, wanted.graph);
+    libre_->setOptions(std::move(wanted), now);
+    libreGiven_ = std::move(given);
 }
 
 }  // namespace tidewell

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simulator/DexcomShareSimulator.h"
+#include "simulator/LibreLinkUpSimulator.h"
 #include "simulator/Scenario.h"
 #include "simulator/SimulatedAnswer.h"
 
@@ -20,8 +21,9 @@ namespace tidewell {
 ///     /us/ShareWebServices/Services   Dexcom Share, each region with accounts and readings of its own
 ///     /ous/ShareWebServices/Services
 ///     /jp/ShareWebServices/Services
+///     /libre/REGION                   LibreLinkUp: its thirteen regions and "global", one account database
 ///
-/// Used by one thread at a time. The trace outlives it.
+/// Used by one thread at a time. The traces outlive it.
 class SimulatedServices {
 public:
     struct Options {
@@ -31,6 +33,9 @@ public:
         std::uint64_t seed = 1;
         const GlucoseTrace* trace = &GlucoseTrace::builtIn();
         std::int64_t startPosition = GlucoseTrace::builtInStart;
+        LibreLinkUpOptions libreLinkUp{};
+        const GlucoseTrace* libreTrace = &GlucoseTrace::libre();
+        double libreStart = GlucoseTrace::libreStart;
     };
 
     /// Starts at `start`. Applies what the scenario says of the start.
@@ -40,6 +45,11 @@ public:
 
     /// The simulator of a region ("us", "ous", "jp"); any other name stops the program.
     [[nodiscard]] DexcomShareSimulator& dexcom(std::string_view region);
+
+    [[nodiscard]] LibreLinkUpSimulator& libreLinkUp() { return *libre_; }
+
+    /// The path of a request as a log may show it: with "…" for what names a person.
+    [[nodiscard]] static std::string loggedPath(std::string_view path);
 
     /// JSON that points a client at the services behind `origin` ("http://127.0.0.1:8080").
     [[nodiscard]] static std::string endpointsDocument(std::string_view origin);
@@ -63,6 +73,9 @@ private:
     Scenario scenario_;
     Date start_;
     std::vector<Region> regions_{};
+    LibreLinkUpOptions libreInitial_;  ///< As of a region.
+    LibreLinkUpOptions libreGiven_{};
+    std::unique_ptr<LibreLinkUpSimulator> libre_{};
     std::vector<Date> started_{};    ///< When each step began; the next one to begin is the one after.
     Date lastBegin_;                 ///< When the last of them began ...
     std::int64_t readsSince_ = 0;    ///< ... how many reads were answered with readings since ...

@@ -12,6 +12,7 @@
 namespace tidewell {
 
 extern const std::string_view builtInTraceCsv;
+extern const std::string_view libreTraceCsv;
 
 namespace {
 
@@ -91,6 +92,14 @@ double usualInterval(const std::vector<GlucoseTrace::Point>& points)
     const auto middle = spacings.begin() + static_cast<std::ptrdiff_t>(spacings.size() / 2);
     std::nth_element(spacings.begin(), middle, spacings.end());
     return *middle;
+}
+
+GlucoseTrace embedded(std::string_view csv)
+{
+    auto parsed = GlucoseTrace::parse(csv);
+    if (!parsed)
+        std::abort();
+    return *std::move(parsed);
 }
 
 }  // namespace
@@ -173,12 +182,13 @@ std::expected<GlucoseTrace, std::string> GlucoseTrace::load(const std::filesyste
 
 const GlucoseTrace& GlucoseTrace::builtIn()
 {
-    static const GlucoseTrace trace = [] {
-        auto parsed = parse(builtInTraceCsv);
-        if (!parsed)
-            std::abort();
-        return *std::move(parsed);
-    }();
+    static const GlucoseTrace trace = embedded(builtInTraceCsv);
+    return trace;
+}
+
+const GlucoseTrace& GlucoseTrace::libre()
+{
+    static const GlucoseTrace trace = embedded(libreTraceCsv);
     return trace;
 }
 

@@ -31,6 +31,11 @@ struct GlucoseTrace {
     [[nodiscard]] static const GlucoseTrace& builtIn();
     /// Where in builtIn() a replay starts by default: the turn of a high before a fast fall.
     static constexpr std::size_t builtInStart = 1155;
+
+    /// Seven days of a real person with another sensor, 15 minutes apart; see traces/README.md.
+    [[nodiscard]] static const GlucoseTrace& libre();
+    /// The second of libre() at which a replay starts by default: a high's turn, eight hours after two lows.
+    static constexpr double libreStart = 591240;
 };
 
 /// The trend that a sensor shows with a reading. The numbers are those that the service sent before words.
