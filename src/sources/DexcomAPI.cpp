@@ -2,17 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <boost/json/serializer.hpp>
-
-#include <algorithm>
-#include <array>
 #include <utility>
 
+#include "sources/ClientCore.h"
 #include "sources/DexcomAnswers.h"
-#include "sources/Turns.h"
+#include "sources/ServiceRequest.h"
 #include "sources/UuidText.h"
-#include "support/Log.h"
-#include "support/SecretText.h"
 
 namespace tidewell {
 
@@ -24,8 +19,6 @@ using Kind = DexcomError::Kind;
 constexpr int readMinutes = 1440;
 constexpr int readCount = 288;
 
-constexpr std::string_view logPrefix = "🧪 [DexcomAPI] ";
-constexpr std::string_view redacted = "<redacted>";
 constexpr std::string_view checkCredentials = "Please check your credentials.";
 constexpr std::string_view sessionNotStarted = "Unable to start a Dexcom session.";
 
@@ -41,75 +34,6 @@ constexpr Step authenticateStep{"General/AuthenticatePublisherAccount", "Authent
 constexpr Step loginStep{"General/LoginPublisherAccountById", "LoginPublisherAccountById", "Login", true};
 constexpr Step readStep{"Publisher/ReadPublisherLatestGlucoseValues", "ReadPublisherLatestGlucoseValues",
                         "History", false};
-
-std::string urlOf(const DexcomEndpoint& endpoint, const Step& step)
-{
-    std::string_view base = endpoint.base;
-    if (base.ends_with('/'))
-        base.remove_suffix(1);
-    return fmt::format("{}/{}", base, step.path);
-}
-
-/// A request's JSON object, built twice: as it is sent, and as the log may show it.
-class RequestBody {
-public:
-    /// The room for all secrets is taken at once, so that growing leaves no copy of one behind.
-    explicit RequestBody(std::size_t secretBytes)
-    {
-        constexpr std::size_t longestEscape = 6;  // "\u001f"
-        constexpr std::size_t plainBytes = 512;
-        sent_.reserve(secretBytes * longestEscape + plainBytes);
-    }
-    RequestBody(const RequestBody&) = delete;
-    RequestBody& operator=(const RequestBody&) = delete;
-    ~RequestBody() { wipe(sent_.data(), sent_.size()); }
-
-    void addSecret(std::string_view key, std::string_view text)
-    {
-        addKey(key);
-        appendQuoted(sent_, text);
-        appendQuoted(shown_, redacted);
-    }
-    void add(std::string_view key, std::string_view text)
-    {
-        addKey(key);
-        appendQuoted(sent_, text);
-        appendQuoted(shown_, text);
-    }
-    void add(std::string_view key, int number)
-    {
-        addKey(key);
-        sent_ += fmt::to_string(number);
-        shown_ += fmt::to_string(number);
-    }
-
-    [[nodiscard]] SecretText sent()
-    {
-        sent_ += '}';
-        return SecretText{std::move(sent_)};
-    }
-    [[nodiscard]] std::string shown() const { return shown_ + '}'; }
-
-private:
-    static void appendQuoted(std::string& out, std::string_view text)
-    {
-        std::array<char, 256> chunk;
-        json::serializer serializer;
-        serializer.reset(json::string_view{text.data(), text.size()});
-        while (!serializer.done())
-            out += std::string_view{serializer.read(chunk.data(), chunk.size())};
-        wipe(chunk.data(), chunk.size());
-    }
-    void addKey(std::string_view key)
-    {
-        const std::string text = fmt::format("{}\"{}\":", sent_.empty() ? '{' : ',', key);
-        sent_ += text;
-        shown_ += text;
-    }
-
-    std::string sent_;
-    std::string shown_;
-};
 
 /// Before a read is repeated: the service is asked for data once a second at most.
 constexpr std::chrono::milliseconds readSpacing{1000};
@@ -217,40 +141,21 @@ GlucoseAPIError glucoseAPIError(const DexcomError& error)
     return {.kind = kindOf(error), .text = description(error)};
 }
 
-struct DexcomAPI::Impl {
+struct DexcomAPI::Impl : ClientCore {
     using Answer = std::expected<std::string, DexcomError>;
 
     Impl(const asio::any_io_executor& executor, HttpClient& client, Clock& time,
          const ServiceEndpoints& endpoints, const GlucoseAccountConfiguration& account)
-        : turns{executor},
-          http{client},
-          clock{time},
-          username{account.username},
-          password{account.password},
-          region{account.region}
+        : ClientCore{executor, client, time, account, "DexcomAPI"}, region{account.region}
     {
         if (const DexcomEndpoint* row = endpoints.dexcomRegion(region))
             endpoint = *row;
     }
 
-    static asio::awaitable<std::expected<std::vector<GlucoseReading>, GlucoseAPIError>> fetch(
-        std::shared_ptr<Impl> self)
+    asio::awaitable<std::expected<void, DexcomError>> startAnew()
     {
-        const Turns::Turn turn = co_await self->turns.next();
-        auto readings = co_await self->latestReadings();
-        if (!readings)
-            co_return std::unexpected{glucoseAPIError(readings.error())};
-        co_return *std::move(readings);
-    }
-
-    static asio::awaitable<std::expected<void, GlucoseAPIError>> startAnew(std::shared_ptr<Impl> self)
-    {
-        const Turns::Turn turn = co_await self->turns.next();
-        self->session.reset();
-        const auto signedIn = co_await self->signIn();
-        if (!signedIn)
-            co_return std::unexpected{glucoseAPIError(signedIn.error())};
-        co_return std::expected<void, GlucoseAPIError>{};
+        session.reset();
+        co_return co_await signIn();
     }
 
     asio::awaitable<std::expected<std::vector<GlucoseReading>, DexcomError>> latestReadings()
@@ -378,7 +283,7 @@ struct DexcomAPI::Impl {
     asio::awaitable<Answer> post(Step step, SecretText body, std::string shownBody)
     {
         HttpRequest request{.method = HttpMethod::post,
-                            .url = urlOf(*endpoint, step),
+                            .url = serviceUrl(endpoint->base, step.path),
                             .headers = {{"Content-Type", "application/json"}, {"Accept", "application/json"}},
                             .body = std::move(body)};
         debug(fmt::format("{} request: POST {} body={}", step.label, request.url, shownBody));
@@ -410,19 +315,9 @@ struct DexcomAPI::Impl {
         return error;
     }
 
-    void debug(std::string_view line) const { log.debug(fmt::format("{}{}", logPrefix, line)); }
-    void info(std::string_view line) const { log.info(fmt::format("{}{}", logPrefix, line)); }
-    void warn(std::string_view line) const { log.warning(fmt::format("{}{}", logPrefix, line)); }
-
-    Turns turns;  ///< A call begins with one.
-    HttpClient& http;
-    Clock& clock;
-    std::string username;
-    SecretText password;
     std::string region;
     std::optional<DexcomEndpoint> endpoint{};  ///< Empty when the region is unknown.
     std::optional<SecretText> session{};       ///< In memory only.
-    Log log{"DexcomAPI"};
 };
 
 DexcomAPI::DexcomAPI(asio::any_io_executor executor, HttpClient& http, Clock& clock,
@@ -435,12 +330,12 @@ DexcomAPI::~DexcomAPI() = default;
 
 asio::awaitable<std::expected<std::vector<GlucoseReading>, GlucoseAPIError>> DexcomAPI::fetchLatestReadings()
 {
-    return Impl::fetch(impl_);
+    return ClientCore::inTurn(impl_, &Impl::latestReadings);
 }
 
 asio::awaitable<std::expected<void, GlucoseAPIError>> DexcomAPI::signInAgain()
 {
-    return Impl::startAnew(impl_);
+    return ClientCore::inTurn(impl_, &Impl::startAnew);
 }
 
 }  // namespace tidewell

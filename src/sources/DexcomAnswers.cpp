@@ -7,6 +7,8 @@
 #include <optional>
 #include <utility>
 
+#include "sources/ReadingLimits.h"
+
 namespace tidewell {
 
 namespace {
@@ -14,11 +16,6 @@ namespace {
 /// A full day of readings is about 45 KB; the rest is room for growth.
 constexpr JsonLimits answerLimits{.bytes = 1024 * 1024, .depth = 8};
 
-/// mg/dL. Sensors send 39 ("LOW") to 401 ("HIGH").
-constexpr double highestErrorNumber = 12;
-constexpr double highestPossible = 1000;
-/// A receiver's clock may run an hour ahead; nothing that we know of runs further.
-constexpr Seconds furthestAhead = 90min;
 constexpr std::size_t longestTrendWord = 64;
 
 /// Within this the same value is the same measurement.
@@ -42,11 +39,11 @@ std::expected<GlucoseReading, GlucoseReadingError> possibleReading(const json::v
     auto reading = readingFromDexcom(element);
     if (!reading)
         return reading;
-    if (!(reading->mgdL > highestErrorNumber && reading->mgdL <= highestPossible))
+    if (!isPossibleValue(reading->mgdL))
         return std::unexpected{GlucoseReadingError::missingValue};
     if (reading->trendString.size() > longestTrendWord)
         return std::unexpected{GlucoseReadingError::missingTrend};
-    if (reading->date > now + furthestAhead)
+    if (!isPossibleTime(reading->date, now))
         return std::unexpected{GlucoseReadingError::invalidTimestamp};
     return reading;
 }
