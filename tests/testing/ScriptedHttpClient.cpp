@@ -34,7 +34,8 @@ asio::awaitable<std::expected<HttpResponse, HttpError>> ScriptedHttpClient::send
     co_await asio::post(asio::use_awaitable);
     if (next.failure)
         co_return std::unexpected{HttpError{*next.failure}};
-    co_return HttpResponse{.status = next.status, .headers = {}, .body = std::move(next.body)};
+    co_return HttpResponse{
+        .status = next.status, .headers = std::move(next.headers), .body = std::move(next.body)};
 }
 
 }  // namespace tidewell

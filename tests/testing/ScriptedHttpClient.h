@@ -14,9 +14,9 @@ namespace tidewell {
 /// A request that finds the queue empty fails the test. Single-threaded; outlives its callers.
 class ScriptedHttpClient final : public HttpClient {
 public:
-    void answer(int status, std::string body)
+    void answer(int status, std::string body, std::vector<HttpHeader> headers = {})
     {
-        script_.push_back({.status = status, .body = std::move(body)});
+        script_.push_back({.status = status, .body = std::move(body), .headers = std::move(headers)});
     }
     void fail(HttpError::Kind kind) { script_.push_back({.failure = kind}); }
     /// Takes the request and never answers; ends by cancellation only.
@@ -37,6 +37,7 @@ private:
     struct Scripted {
         int status = 0;
         std::string body{};
+        std::vector<HttpHeader> headers{};
         std::optional<HttpError::Kind> failure{};
         bool hangs = false;
     };
