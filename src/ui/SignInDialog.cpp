@@ -5,15 +5,21 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QFrame>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
+#include <QLocale>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <array>
+#include <span>
 #include <utility>
 
 #include "config/GlucoseProvider.h"
+#include "ui/PersonName.h"
 
 namespace tidewell {
 namespace {
@@ -29,6 +35,88 @@ constexpr std::array dexcomRegions{
     Choice{"us", QT_TRANSLATE_NOOP("SignInDialog", "United States")},
     Choice{"ous", QT_TRANSLATE_NOOP("SignInDialog", "Outside the United States")},
     Choice{"jp", QT_TRANSLATE_NOOP("SignInDialog", "Japan")},
+};
+
+/// By title.
+constexpr std::array libreLinkUpRegions{
+    Choice{"ap", QT_TRANSLATE_NOOP("SignInDialog", "Asia and Pacific")},
+    Choice{"au", QT_TRANSLATE_NOOP("SignInDialog", "Australia")},
+    Choice{"ca", QT_TRANSLATE_NOOP("SignInDialog", "Canada")},
+    Choice{"cn", QT_TRANSLATE_NOOP("SignInDialog", "China")},
+    Choice{"eu", QT_TRANSLATE_NOOP("SignInDialog", "Europe")},
+    Choice{"eu2", QT_TRANSLATE_NOOP("SignInDialog", "Europe 2")},
+    Choice{"fr", QT_TRANSLATE_NOOP("SignInDialog", "France")},
+    Choice{"de", QT_TRANSLATE_NOOP("SignInDialog", "Germany")},
+    Choice{"jp", QT_TRANSLATE_NOOP("SignInDialog", "Japan")},
+    Choice{"la", QT_TRANSLATE_NOOP("SignInDialog", "Latin America")},
+    Choice{"ru", QT_TRANSLATE_NOOP("SignInDialog", "Russia")},
+    Choice{"ae", QT_TRANSLATE_NOOP("SignInDialog", "United Arab Emirates")},
+    Choice{"us", QT_TRANSLATE_NOOP("SignInDialog", "United States")},
+};
+
+/// What a service calls things.
+struct ServiceTexts {
+    const char* name;
+    const char* intro;
+    const char* usernameLabel;
+    const char* usernameName;
+    const char* usernamePlaceholder;
+    std::span<const Choice> regions;
+    const char* defaultRegion;  ///< When the system's country is none of the regions.
+};
+
+const ServiceTexts& textsOf(GlucoseProvider provider)
+{
+    static constexpr ServiceTexts dexcom{
+        .name = "Dexcom Share",
+        .intro = QT_TRANSLATE_NOOP(
+            "SignInDialog",
+            "Use the account that publishes the readings: the one signed in on the phone that receives the "
+            "sensor. A follower's account does not work. Sharing must be turned on in the sensor app, with "
+            "at least one follower."),
+        .usernameLabel = QT_TRANSLATE_NOOP("SignInDialog", "&User name:"),
+        .usernameName = QT_TRANSLATE_NOOP("SignInDialog", "User name"),
+        .usernamePlaceholder =
+            QT_TRANSLATE_NOOP("SignInDialog", "User name, e-mail address, or phone number with +"),
+        .regions = dexcomRegions,
+        .defaultRegion = "us",
+    };
+    static constexpr ServiceTexts libreLinkUp{
+        .name = "LibreLinkUp",
+        .intro = QT_TRANSLATE_NOOP(
+            "SignInDialog",
+            "Use a follower's account: the one signed in to the LibreLinkUp app. Whoever wears the sensor "
+            "must have invited it in the Libre app, under the connected apps. If that is you, invite "
+            "yourself. When you are not sure of the region, choose a near one: the service knows the right "
+            "one."),
+        .usernameLabel = QT_TRANSLATE_NOOP("SignInDialog", "&E-mail:"),
+        .usernameName = QT_TRANSLATE_NOOP("SignInDialog", "E-mail"),
+        .usernamePlaceholder = QT_TRANSLATE_NOOP("SignInDialog", "E-mail address of the follower"),
+        .regions = libreLinkUpRegions,
+        .defaultRegion = "eu",
+    };
+    switch (provider) {
+    case GlucoseProvider::dexcom: return dexcom;
+    case GlucoseProvider::libreLinkUp: return libreLinkUp;
+    }
+    std::unreachable();
+}
+
+/// A list in which the first arrow key takes the person who has the focus, not the one after: nobody is
+/// selected before that.
+class PeopleList final : public QListWidget {
+public:
+    using QListWidget::QListWidget;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        const bool arrow = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
+        if (arrow && count() > 0 && selectedItems().isEmpty())
+            setCurrentRow(std::max(currentRow(), 0));
+        else
+            QListWidget::keyPressEvent(event);
+    }
 };
 
 /// Empties a line edit, its undo list included, and overwrites the text that it held. Copies that the toolkit
@@ -74,12 +162,24 @@ QLabel* wrappedLabel(const QString& text, QWidget* parent)
 
 struct SignInDialog::Impl {
     Submit submit{};
+    Choose choose{};
+    std::function<void()> back{};
     std::function<void()> cancel{};
+
+    QWidget* accountPage = nullptr;
+    QLabel* intro = nullptr;
     QComboBox* service = nullptr;
     QComboBox* region = nullptr;
+    QLabel* usernameLabel = nullptr;
     QLineEdit* username = nullptr;
     QLineEdit* password = nullptr;
     QCheckBox* showPassword = nullptr;
+
+    QWidget* peoplePage = nullptr;
+    QLabel* question = nullptr;
+    QLabel* sharedWith = nullptr;
+    QListWidget* list = nullptr;
+
     QFrame* problem = nullptr;
     QLabel* problemTitle = nullptr;
     QLabel* problemDetail = nullptr;
@@ -87,8 +187,87 @@ struct SignInDialog::Impl {
     QProgressBar* progress = nullptr;
     QLabel* progressText = nullptr;
     QPushButton* signIn = nullptr;
+    QPushButton* follow = nullptr;
+    QPushButton* goBack = nullptr;
+
+    GlucoseAccountConfiguration stored{};  ///< As presented, without its password ...
+    bool passwordIsStored = false;         ///< ... of which only this is kept.
+    std::vector<LibreConnection> people{};
     bool checking = false;
     bool finished = false;
+
+    [[nodiscard]] GlucoseProvider provider() const
+    {
+        return allGlucoseProviders.at(static_cast<std::size_t>(std::max(service->currentIndex(), 0)));
+    }
+
+    [[nodiscard]] bool choosing() const { return !peoplePage->isHidden(); }
+
+    void setProvider(GlucoseProvider wanted)
+    {
+        const auto at = std::ranges::find(allGlucoseProviders, wanted);
+        service->setCurrentIndex(static_cast<int>(at - allGlucoseProviders.begin()));
+        providerChanged();
+    }
+
+    /// Shows the texts and the regions of the chosen service.
+    void providerChanged()
+    {
+        const ServiceTexts& texts = textsOf(provider());
+        intro->setText(tr(texts.intro));
+        usernameLabel->setText(tr(texts.usernameLabel));
+        username->setAccessibleName(tr(texts.usernameName));
+        username->setPlaceholderText(tr(texts.usernamePlaceholder));
+        region->clear();
+        for (const Choice& choice : texts.regions)
+            region->addItem(tr(choice.title), QString::fromLatin1(choice.code));
+        const QString country = QLocale::territoryToCode(QLocale::system().territory()).toLower();
+        const int likely = provider() == GlucoseProvider::libreLinkUp ? region->findData(country) : -1;
+        region->setCurrentIndex(likely >= 0 ? likely
+                                            : region->findData(QString::fromLatin1(texts.defaultRegion)));
+        clearProblem();
+        updateButtons();
+    }
+
+    /// The page with the account, or the one with the people.
+    void showPage(bool withPeople)
+    {
+        accountPage->setVisible(!withPeople);
+        peoplePage->setVisible(withPeople);
+        signIn->setVisible(!withPeople);
+        follow->setVisible(withPeople && !people.empty());
+        goBack->setVisible(withPeople);
+        question->setVisible(!people.empty());
+        sharedWith->setVisible(!people.empty());
+        list->setVisible(!people.empty());
+        // The one that the Enter key presses from anywhere.
+        (withPeople ? people.empty() ? goBack : follow : signIn)->setDefault(true);
+        progressText->setText(withPeople ? tr("Saving the choice…") : tr("Checking the account…"));
+        clearProblem();
+        setChecking(false);
+    }
+
+    void fillList(const std::vector<LibreConnection>& offered)
+    {
+        people = offered;
+        list->clear();
+        for (const LibreConnection& person : people) {
+            const QString name = personName(person.displayName(), person.patientId);
+            const bool alone = std::ranges::count(people, name, [](const LibreConnection& one) {
+                                   return personName(one.displayName(), one.patientId);
+                               }) == 1;
+            list->addItem(alone ? name : personNameWithID(person.displayName(), person.patientId));
+        }
+        constexpr int mostRows = 6;
+        const int rows = std::clamp(list->count(), 2, mostRows);
+        list->setFixedHeight(rows * std::max(list->sizeHintForRow(0), list->fontMetrics().height()) +
+                             2 * list->frameWidth());
+        const auto known = std::ranges::find(people, stored.patientID, &LibreConnection::patientId);
+        if (known != people.end())
+            list->setCurrentRow(static_cast<int>(known - people.begin()));
+        else if (people.size() == 1)
+            list->setCurrentRow(0);
+    }
 
     void clearProblem()
     {
@@ -101,128 +280,210 @@ struct SignInDialog::Impl {
     {
         checking = on;
         for (QWidget* field :
-             std::initializer_list<QWidget*>{service, region, username, password, showPassword})
+             std::initializer_list<QWidget*>{service, region, username, password, showPassword, list, goBack})
             field->setEnabled(!on);
         progress->setVisible(on);
         progressText->setVisible(on);
-        updateButton();
+        updateButtons();
     }
 
-    void updateButton() const
+    /// Whether the account in the fields is the stored one, whose password can be used again.
+    [[nodiscard]] bool isStored() const
     {
-        signIn->setEnabled(!checking && !usernameOf(*username).empty() && !password->text().isEmpty());
+        return passwordIsStored && provider() == stored.provider && usernameOf(*username) == stored.username;
     }
 
-    void clearFields() const
+    void updateButtons() const
+    {
+        password->setPlaceholderText(isStored() ? tr("Leave empty to use the stored password") : QString{});
+        signIn->setEnabled(!checking && !usernameOf(*username).empty() &&
+                           (!password->text().isEmpty() || isStored()));
+        follow->setEnabled(!checking && !list->selectedItems().isEmpty());
+    }
+
+    void clearFields()
     {
         clearSecret(*password);
         clearSecret(*username);
         showPassword->setChecked(false);
+        people.clear();
+        list->clear();
+        sharedWith->clear();
+        stored = {};
+        passwordIsStored = false;
     }
+
+    void accepted()
+    {
+        if (checking)
+            return;
+        if (choosing()) {
+            const int row = list->currentRow();
+            if (list->selectedItems().isEmpty() || row < 0)
+                return;
+            const LibreConnection person = people.at(static_cast<std::size_t>(row));
+            clearProblem();
+            if (choose)
+                choose(person);
+            return;
+        }
+        GlucoseAccountConfiguration account;
+        account.provider = provider();
+        account.username = usernameOf(*username);
+        account.password = passwordOf(*password);
+        account.region = region->currentData().toString().toStdString();
+        clearProblem();
+        if (submit)
+            submit(std::move(account));
+    }
+
+    void makeAccountPage(QWidget* parent);
+    void makePeoplePage(QWidget* parent);
+    void makeProblem(QWidget* parent);
 };
+
+void SignInDialog::Impl::makeAccountPage(QWidget* parent)
+{
+    accountPage = new QWidget{parent};
+    intro = wrappedLabel({}, accountPage);
+    intro->setMinimumWidth(textWidth);
+    service = new QComboBox{accountPage};
+    for (const GlucoseProvider one : allGlucoseProviders)
+        service->addItem(QString::fromUtf8(textsOf(one).name));
+    service->setAccessibleName(tr("Glucose service"));
+    region = new QComboBox{accountPage};
+    region->setAccessibleName(tr("Region of the account"));
+    region->setMaxVisibleItems(static_cast<int>(libreLinkUpRegions.size()));
+    username = new QLineEdit{accountPage};
+    username->setMaxLength(256);
+    username->setInputMethodHints(Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText);
+    password = new QLineEdit{accountPage};
+    password->setAccessibleName(tr("Password"));
+    password->setEchoMode(QLineEdit::Password);
+    password->setMaxLength(1024);
+    password->setInputMethodHints(Qt::ImhSensitiveData | Qt::ImhHiddenText | Qt::ImhNoAutoUppercase |
+                                  Qt::ImhNoPredictiveText);
+    showPassword = new QCheckBox{tr("S&how password"), accountPage};
+
+    auto* form = new QFormLayout;
+    form->addRow(tr("Ser&vice:"), service);
+    form->addRow(tr("&Region:"), region);
+    form->addRow(QStringLiteral("&U"), username);  // Named with the service.
+    usernameLabel = qobject_cast<QLabel*>(form->labelForField(username));
+    form->addRow(tr("&Password:"), password);
+    form->addRow(QString{}, showPassword);
+
+    auto* layout = new QVBoxLayout{accountPage};
+    layout->setContentsMargins({});
+    layout->addWidget(intro);
+    layout->addLayout(form);
+}
+
+void SignInDialog::Impl::makePeoplePage(QWidget* parent)
+{
+    peoplePage = new QWidget{parent};
+    question = wrappedLabel(tr("&Whose readings do you want to see?"), peoplePage);
+    question->setMinimumWidth(textWidth);
+    QFont strong = question->font();
+    strong.setBold(true);
+    question->setFont(strong);
+    sharedWith = wrappedLabel({}, peoplePage);
+    list = new PeopleList{peoplePage};
+    list->setAccessibleName(tr("People who share their readings with you"));
+    list->setSelectionMode(QAbstractItemView::SingleSelection);
+    list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    list->setTextElideMode(Qt::ElideRight);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list->setUniformItemSizes(true);
+    list->setTabKeyNavigation(false);
+    question->setBuddy(list);
+
+    auto* layout = new QVBoxLayout{peoplePage};
+    layout->setContentsMargins({});
+    layout->addWidget(question);
+    layout->addWidget(sharedWith);
+    layout->addWidget(list);
+}
+
+void SignInDialog::Impl::makeProblem(QWidget* parent)
+{
+    problem = new QFrame{parent};
+    problem->setFrameShape(QFrame::StyledPanel);
+    problemTitle = wrappedLabel({}, problem);
+    QFont strong = problemTitle->font();
+    strong.setBold(true);
+    problemTitle->setFont(strong);
+    problemDetail = wrappedLabel({}, problem);
+    problemHint = wrappedLabel({}, problem);
+    auto* layout = new QVBoxLayout{problem};
+    for (QLabel* label : {problemTitle, problemDetail, problemHint}) {
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        label->setMinimumWidth(textWidth);
+        layout->addWidget(label);
+    }
+}
 
 SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_unique<Impl>()}
 {
     Impl& my = *impl_;
     setWindowTitle(tr("Sign in to Tidewell"));
     setModal(false);
-
-    auto* intro =
-        wrappedLabel(tr("Use the account that publishes the readings: the one signed in on the phone that "
-                        "receives the sensor. A follower's account does not work. Sharing must be turned on "
-                        "in the sensor app, with at least one follower."),
-                     this);
-
-    my.service = new QComboBox{this};
-    my.service->addItem(QStringLiteral("Dexcom Share"), QString::fromUtf8(rawValue(GlucoseProvider::dexcom)));
-    my.service->setAccessibleName(tr("Glucose service"));
-    my.region = new QComboBox{this};
-    for (const Choice& choice : dexcomRegions)
-        my.region->addItem(tr(choice.title), QString::fromLatin1(choice.code));
-    my.region->setAccessibleName(tr("Region of the account"));
-    my.username = new QLineEdit{this};
-    my.username->setAccessibleName(tr("User name"));
-    my.username->setPlaceholderText(tr("User name, e-mail address, or phone number with +"));
-    my.username->setMaxLength(256);
-    my.username->setInputMethodHints(Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText);
-    my.password = new QLineEdit{this};
-    my.password->setAccessibleName(tr("Password"));
-    my.password->setEchoMode(QLineEdit::Password);
-    my.password->setMaxLength(1024);
-    my.password->setInputMethodHints(Qt::ImhSensitiveData | Qt::ImhHiddenText | Qt::ImhNoAutoUppercase |
-                                     Qt::ImhNoPredictiveText);
-    my.showPassword = new QCheckBox{tr("S&how password"), this};
-
-    auto* form = new QFormLayout;
-    form->addRow(tr("Ser&vice:"), my.service);
-    form->addRow(tr("&Region:"), my.region);
-    form->addRow(tr("&User name:"), my.username);
-    form->addRow(tr("&Password:"), my.password);
-    form->addRow(QString{}, my.showPassword);
-
-    my.problem = new QFrame{this};
-    my.problem->setFrameShape(QFrame::StyledPanel);
-    my.problemTitle = wrappedLabel({}, my.problem);
-    QFont strong = my.problemTitle->font();
-    strong.setBold(true);
-    my.problemTitle->setFont(strong);
-    my.problemDetail = wrappedLabel({}, my.problem);
-    my.problemHint = wrappedLabel({}, my.problem);
-    auto* problemLayout = new QVBoxLayout{my.problem};
-    for (QLabel* label : {my.problemTitle, my.problemDetail, my.problemHint}) {
-        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        problemLayout->addWidget(label);
-    }
-
+    my.makeAccountPage(this);
+    my.makePeoplePage(this);
+    my.makeProblem(this);
     my.progress = new QProgressBar{this};
     my.progress->setRange(0, 0);
     my.progress->setTextVisible(false);
     my.progress->setAccessibleName(tr("Checking the account"));
-    my.progressText = wrappedLabel(tr("Checking the account…"), this);
+    my.progressText = wrappedLabel({}, this);
 
     auto* buttons = new QDialogButtonBox{this};
     my.signIn = buttons->addButton(tr("&Sign in"), QDialogButtonBox::AcceptRole);
-    my.signIn->setDefault(true);
+    my.follow = buttons->addButton(tr("&Follow"), QDialogButtonBox::AcceptRole);
+    my.goBack = buttons->addButton(tr("&Back"), QDialogButtonBox::ActionRole);
     QPushButton* cancel = buttons->addButton(tr("&Cancel"), QDialogButtonBox::RejectRole);
     cancel->setAutoDefault(false);
 
     auto* layout = new QVBoxLayout{this};
     layout->setSizeConstraint(QLayout::SetFixedSize);  // Grows and shrinks with what is shown.
-    intro->setMinimumWidth(textWidth);
-    layout->addWidget(intro);
-    layout->addLayout(form);
+    layout->addWidget(my.accountPage);
+    layout->addWidget(my.peoplePage);
     layout->addWidget(my.problem);
     layout->addWidget(my.progressText);
     layout->addWidget(my.progress);
     layout->addStretch();
     layout->addWidget(buttons);
-    setTabOrder(my.showPassword, my.signIn);
+    const std::array<QWidget*, 10> order{my.service, my.region, my.username, my.password, my.showPassword,
+                                         my.list,    my.follow, my.signIn,   my.goBack,   cancel};
+    for (std::size_t i = 1; i < order.size(); ++i)
+        setTabOrder(order.at(i - 1), order.at(i));
 
     connect(my.showPassword, &QCheckBox::toggled, this,
             [this](bool on) { impl_->password->setEchoMode(on ? QLineEdit::Normal : QLineEdit::Password); });
-    const auto edited = [this] { impl_->updateButton(); };
+    const auto edited = [this] { impl_->updateButtons(); };
     connect(my.username, &QLineEdit::textChanged, this, edited);
     connect(my.password, &QLineEdit::textChanged, this, edited);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(buttons, &QDialogButtonBox::accepted, this, [this] {
-        if (impl_->checking)
-            return;
-        GlucoseAccountConfiguration account;
-        account.provider = GlucoseProvider::dexcom;
-        account.username = usernameOf(*impl_->username);
-        account.password = passwordOf(*impl_->password);
-        account.region = impl_->region->currentData().toString().toStdString();
-        impl_->clearProblem();
-        if (impl_->submit)
-            impl_->submit(std::move(account));
+    connect(my.list, &QListWidget::itemSelectionChanged, this, edited);
+    connect(my.service, &QComboBox::currentIndexChanged, this, [this] { impl_->providerChanged(); });
+    connect(my.goBack, &QPushButton::clicked, this, [this] {
+        impl_->showPage(false);
+        impl_->username->setFocus();
+        if (impl_->back)
+            impl_->back();
     });
-    my.clearProblem();
-    my.setChecking(false);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(buttons, &QDialogButtonBox::accepted, this, [this] { impl_->accepted(); });
+    my.setProvider(GlucoseProvider::dexcom);
+    my.showPage(false);
 }
 
 SignInDialog::~SignInDialog() { impl_->clearFields(); }
 
 void SignInDialog::onSubmit(Submit handler) { impl_->submit = std::move(handler); }
+
+void SignInDialog::onChoose(Choose handler) { impl_->choose = std::move(handler); }
+
+void SignInDialog::onBack(std::function<void()> handler) { impl_->back = std::move(handler); }
 
 void SignInDialog::onCancel(std::function<void()> handler) { impl_->cancel = std::move(handler); }
 
@@ -230,11 +491,14 @@ void SignInDialog::present(const GlucoseAccountConfiguration& account)
 {
     if (!isVisible()) {
         impl_->finished = false;
-        impl_->clearProblem();
-        impl_->setChecking(false);
+        impl_->stored = account;
+        impl_->stored.password = {};
+        impl_->passwordIsStored = !account.password.empty();
+        impl_->setProvider(account.provider);
+        if (const int region = impl_->region->findData(QString::fromStdString(account.region)); region >= 0)
+            impl_->region->setCurrentIndex(region);
         impl_->username->setText(QString::fromStdString(account.username));
-        const int region = impl_->region->findData(QString::fromStdString(account.region));
-        impl_->region->setCurrentIndex(std::max(region, 0));
+        impl_->showPage(false);
         (account.username.empty() ? impl_->username : impl_->password)->setFocus();
     }
     show();
@@ -260,8 +524,21 @@ void SignInDialog::showError(const QString& title, const QString& detail, const 
     impl_->problem->setAccessibleName(title);
     impl_->problem->setAccessibleDescription(detail + u' ' + hint);
     impl_->problem->show();
+    if (impl_->choosing()) {
+        (impl_->people.empty() ? static_cast<QWidget*>(impl_->goBack) : impl_->list)->setFocus();
+        return;
+    }
     impl_->password->setFocus();
     impl_->password->selectAll();
+}
+
+void SignInDialog::showPeople(const std::vector<LibreConnection>& people)
+{
+    impl_->fillList(people);
+    impl_->sharedWith->setText(
+        tr("Shared with %1:").arg(QString::fromStdString(usernameOf(*impl_->username))));
+    impl_->showPage(true);
+    (people.empty() ? static_cast<QWidget*>(impl_->goBack) : impl_->list)->setFocus();
 }
 
 void SignInDialog::finish()
@@ -273,8 +550,7 @@ void SignInDialog::finish()
 void SignInDialog::done(int result)
 {
     impl_->clearFields();
-    impl_->clearProblem();
-    impl_->setChecking(false);
+    impl_->showPage(false);
     QDialog::done(result);
     if (!std::exchange(impl_->finished, false) && impl_->cancel)
         impl_->cancel();

@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
 #include <set>
@@ -18,6 +19,8 @@ protected:
     {
         dialog.onSubmit(
             [this](GlucoseAccountConfiguration account) { submitted.push_back(std::move(account)); });
+        dialog.onChoose([this](LibreConnection person) { chosen.push_back(std::move(person)); });
+        dialog.onBack([this] { ++wentBack; });
         dialog.onCancel([this] { ++cancelled; });
         dialog.present();
     }
@@ -52,6 +55,27 @@ protected:
         username()->setText(name);
         password()->setText(secret);
     }
+    QComboBox* combo(const QString& name)
+    {
+        for (QComboBox* one : dialog.findChildren<QComboBox*>()) {
+            if (one->accessibleName() == name)
+                return one;
+        }
+        throw std::logic_error{"no such choice"};
+    }
+    QListWidget* list() { return dialog.findChild<QListWidget*>(); }
+    /// The choice of a person, as it is shown after a good sign-in.
+    void choose(const std::vector<LibreConnection>& people, const std::optional<std::string>& before = {})
+    {
+        dialog.close();
+        dialog.present({.provider = GlucoseProvider::libreLinkUp,
+                        .username = "ada@example.org",
+                        .password = SecretText{"x"},
+                        .region = "de",
+                        .patientID = before});
+        dialog.showProgress();
+        dialog.showPeople(people);
+    }
     QPushButton* button(const QString& text)
     {
         for (QPushButton* one : dialog.findChildren<QPushButton*>()) {
@@ -76,6 +100,8 @@ protected:
 
     SignInDialog dialog{};
     std::vector<GlucoseAccountConfiguration> submitted{};
+    std::vector<LibreConnection> chosen{};
+    int wentBack = 0;
     int cancelled = 0;
 };
 
@@ -106,19 +132,115 @@ TEST_F(SignInDialogTest, pastedBreaksAreDroppedButOuterSpacesBelongToThePassword
     EXPECT_FALSE(button("Sign in")->isEnabled());
 }
 
-TEST_F(SignInDialogTest, everyRegionHasItsCode)
+TEST_F(SignInDialogTest, everyServiceHasItsRegionsAndTexts)
 {
-    const auto combos = dialog.findChildren<QComboBox*>();
-    const auto region = std::ranges::find_if(combos, [](const QComboBox* one) { return one->count() == 3; });
-    ASSERT_NE(region, combos.end());
-    std::vector<std::string> codes;
-    for (int i = 0; i < 3; ++i) {
-        (*region)->setCurrentIndex(i);
-        fillIn("a", "b");
-        button("Sign in")->click();
-        codes.push_back(submitted.back().region);
+    struct Case {
+        GlucoseProvider provider;
+        QString username;
+        std::set<std::string> codes;
+    };
+    for (const Case& each :
+         {Case{GlucoseProvider::dexcom, "User name", {"us", "ous", "jp"}},
+          Case{GlucoseProvider::libreLinkUp,
+               "E-mail",
+               {"ae", "ap", "au", "ca", "cn", "de", "eu", "eu2", "fr", "jp", "la", "ru", "us"}}}) {
+        combo("Glucose service")->setCurrentIndex(each.provider == GlucoseProvider::dexcom ? 0 : 1);
+        edit(each.username)->setText("a");
+        password()->setText("b");
+        QComboBox* region = combo("Region of the account");
+        EXPECT_GE(region->currentIndex(), 0);
+        std::set<std::string> codes;
+        std::set<QString> titles;
+        for (int i = 0; i < region->count(); ++i) {
+            region->setCurrentIndex(i);
+            titles.insert(region->currentText());
+            button("Sign in")->click();
+            EXPECT_EQ(submitted.back().provider, each.provider);
+            codes.insert(submitted.back().region);
+        }
+        EXPECT_EQ(codes, each.codes);
+        EXPECT_EQ(titles.size(), codes.size());
     }
-    EXPECT_EQ(codes, (std::vector<std::string>{"us", "ous", "jp"}));
+}
+
+const std::vector<LibreConnection> three{
+    {"id-ada", "Ada", "Muster"}, {"id-ben-1", "Ben"}, {"id-ben-2", "Ben"}};
+
+TEST_F(SignInDialogTest, aPersonIsChosenByKeyboardAlone)
+{
+    choose(three);
+    EXPECT_EQ(dialog.focusWidget(), list());
+    EXPECT_FALSE(button("Follow")->isEnabled());
+    press(Qt::Key_Return);
+    EXPECT_TRUE(chosen.empty()) << "nobody is chosen before the person does";
+    press(Qt::Key_Down);
+    EXPECT_EQ(list()->currentRow(), 0);
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    ASSERT_EQ(chosen.size(), 1U);
+    EXPECT_EQ(chosen[0], three[1]);
+
+    dialog.showProgress();
+    button("Follow")->click();
+    EXPECT_EQ(chosen.size(), 1U);
+    dialog.showError("Could not save the account", "The disk is full.", "");
+    EXPECT_TRUE(button("Follow")->isEnabled());
+
+    button("Back")->click();
+    EXPECT_EQ(wentBack, 1);
+    EXPECT_FALSE(shows("The disk is full."));
+    EXPECT_EQ(edit("E-mail")->text(), "ada@example.org");
+    EXPECT_TRUE(button("Sign in")->isVisible());
+}
+
+TEST_F(SignInDialogTest, onlyWhoWasFollowedBeforeOrIsAloneIsMarked)
+{
+    const auto marked = [this] { return list()->selectedItems().isEmpty() ? -1 : list()->currentRow(); };
+    choose(three, "id-ben-2");
+    EXPECT_EQ(marked(), 2);
+    choose(three, "id-of-somebody-else");
+    EXPECT_EQ(marked(), -1);
+    choose({three[0]});
+    EXPECT_EQ(marked(), 0);
+    EXPECT_TRUE(chosen.empty());
+    choose({});
+    EXPECT_FALSE(list()->isVisible());
+    EXPECT_FALSE(button("Follow")->isVisible());
+    dialog.showError("Nobody", "No connections.", "Be invited.");
+    EXPECT_TRUE(shows("No connections."));
+    EXPECT_EQ(dialog.focusWidget(), button("Back"));
+    press(Qt::Key_Return);
+    EXPECT_EQ(wentBack, 1);
+}
+
+TEST_F(SignInDialogTest, namesAreShownAsPlainTextOfOneLine)
+{
+    choose({{"id-ben-1", "Ben"},
+            {"id-ben-2", "Ben"},
+            {"8333-4444", ""},
+            {"a", "<b>Eve</b>\n&amp;"},
+            {"b", "\u202Eeve\u2069\x1B[31m"},
+            {"c", std::string(10'000, 'w')}});
+    std::vector<std::string> titles;
+    for (int i = 0; i < list()->count(); ++i)
+        titles.push_back(list()->item(i)->text().toStdString());
+    EXPECT_EQ(titles, (std::vector<std::string>{"Ben (…en-1)", "Ben (…en-2)", "No name (…4444)",
+                                                "<b>Eve</b> &amp;", "eve [31m", std::string(80, 'w') + "…"}));
+    EXPECT_LT(dialog.width(), 700);
+}
+
+TEST_F(SignInDialogTest, theStoredPasswordServesItsOwnAccountOnly)
+{
+    dialog.close();
+    dialog.present({.username = "ada", .password = SecretText{"never shown"}, .region = "us"});
+    press(Qt::Key_Return);
+    ASSERT_EQ(submitted.size(), 1U);
+    EXPECT_TRUE(submitted[0].password.empty());
+    username()->setText("ben");
+    EXPECT_FALSE(button("Sign in")->isEnabled());
+    username()->setText("ada");
+    combo("Glucose service")->setCurrentIndex(1);
+    EXPECT_FALSE(button("Sign in")->isEnabled());
 }
 
 TEST_F(SignInDialogTest, whileCheckingNothingCanBeSubmittedAndEscapeStillCancels)
@@ -194,6 +316,7 @@ TEST_F(SignInDialogTest, everyControlHasANameAndAMnemonicOfItsOwn)
         EXPECT_TRUE(take(one->text()));
     for (const QWidget* field : dialog.findChildren<QWidget*>()) {
         if (qobject_cast<const QComboBox*>(field) == nullptr &&
+            qobject_cast<const QListWidget*>(field) == nullptr &&
             (qobject_cast<const QLineEdit*>(field) == nullptr ||
              qobject_cast<const QComboBox*>(field->parent()) != nullptr))
             continue;
