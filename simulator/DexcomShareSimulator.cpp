@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "simulator/RequestForms.h"
 #include "support/Json.h"
 #include "support/TimeText.h"
 
@@ -22,9 +23,11 @@ constexpr std::size_t mostSessions = 1000;
 constexpr std::size_t mostNames = 1000;
 constexpr JsonLimits requestLimits{.bytes = 64 * 1024, .depth = 8};
 
-constexpr std::string_view htmlPage =
-    "<!DOCTYPE html>\n<html lang=\"en-US\"><head><title>Service unavailable</title></head>\n"
-    "<body><h1>Something went wrong</h1><p>Please try again in a few minutes.</p></body></html>\n";
+constexpr std::array<std::string_view, 3> wrongForms{
+    R"([{"WT":"Date(17724381)",
+    R"([{"WT":1772438113482,"ST":null,"DT":[],"Value":"118","Trend":{}}])",
+    R"({"readings":[]})",
+};
 
 /// The numbers that the service gives with a code.
 struct CodeDetails {
@@ -60,22 +63,12 @@ bool isUuid(std::string_view text)
     return true;
 }
 
-std::optional<std::string> percentDecoded(std::string_view text)
+/// A name or a value of a query, in which a plus sign is a blank.
+std::optional<std::string> queryText(std::string_view text)
 {
-    std::string decoded;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            decoded += text[i] == '+' ? ' ' : text[i];
-            continue;
-        }
-        unsigned char byte = 0;
-        if (i + 2 >= text.size() ||
-            std::from_chars(text.data() + i + 1, text.data() + i + 3, byte, 16).ptr != text.data() + i + 3)
-            return std::nullopt;
-        decoded += static_cast<char>(byte);
-        i += 2;
-    }
-    return decoded;
+    std::string blanks{text};
+    std::ranges::replace(blanks, '+', ' ');
+    return percentDecoded(blanks);
 }
 
 std::string xmlEscaped(std::string_view text)
@@ -90,15 +83,6 @@ std::string xmlEscaped(std::string_view text)
         }
     }
     return escaped;
-}
-
-bool acceptsGzip(const HttpRequest& request)
-{
-    const auto lower = [](unsigned char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; };
-    return std::ranges::any_of(request.headers, [&](const HttpHeader& header) {
-        return std::ranges::equal(header.name, std::string_view{"accept-encoding"}, {}, lower) &&
-               header.value.find("gzip") != std::string::npos;
-    });
 }
 
 /// With the nine digits after the second that the service shows.
@@ -138,9 +122,8 @@ struct DexcomShareSimulator::Parameters {
             const auto pair = query.substr(0, query.find('&'));
             query.remove_prefix(std::min(query.size(), pair.size() + 1));
             const auto equals = pair.find('=');
-            const auto name = percentDecoded(pair.substr(0, equals));
-            const auto value =
-                percentDecoded(equals == std::string_view::npos ? "" : pair.substr(equals + 1));
+            const auto name = queryText(pair.substr(0, equals));
+            const auto value = queryText(equals == std::string_view::npos ? "" : pair.substr(equals + 1));
             if (!name || !value)
                 return false;
             if (*name == "minutes" || *name == "maxCount") {
@@ -224,7 +207,7 @@ SimulatedAnswer DexcomShareSimulator::handle(const HttpRequest& request, Date no
         return perform(Step::read, request, query, now);
     if (name == "General/LoginPublisherAccountByName")
         return answer(200, fmt::format("\"{}\"", nullId));
-    return answer(404, std::string{htmlPage}, "text/html; charset=UTF-8");
+    return answer(404, errorPage(404), "text/html; charset=UTF-8");
 }
 
 SimulatedAnswer DexcomShareSimulator::perform(Step step, const HttpRequest& request, std::string_view query,
@@ -236,11 +219,7 @@ SimulatedAnswer DexcomShareSimulator::perform(Step step, const HttpRequest& requ
     (isRead ? counters_.reads : step == Step::login ? counters_.logins : counters_.authentications) += 1;
 
     auto& standing = isRead ? options_.read : step == Step::login ? options_.login : options_.authenticate;
-    const ServiceFault fault = standing;
-    if (fault.times == 1)
-        standing = {};
-    else if (fault.times > 1)
-        standing.times -= 1;
+    const ServiceFault fault = takeFault(standing);
     if (fault.kind != ServiceFault::Kind::none && fault.kind != ServiceFault::Kind::transport)
         return spoilt(fault, now);
 
@@ -256,12 +235,7 @@ SimulatedAnswer DexcomShareSimulator::perform(Step step, const HttpRequest& requ
         result.chunked = true;
         result.gzip = acceptsGzip(request);
     }
-    if (fault.kind == ServiceFault::Kind::transport) {
-        result.fault = fault.transport;
-        result.cutAfter = fault.cutAfter;
-        result.response.headers.insert(result.response.headers.end(), fault.headers.begin(),
-                                       fault.headers.end());
-    }
+    addFault(result, fault, now);
     return result;
 }
 
@@ -336,31 +310,14 @@ SimulatedAnswer DexcomShareSimulator::read(const Parameters& parameters, Date no
 
 SimulatedAnswer DexcomShareSimulator::spoilt(const ServiceFault& fault, Date now)
 {
-    constexpr std::string_view html = "text/html; charset=UTF-8";
     SimulatedAnswer result;
-    switch (fault.kind) {
-    case ServiceFault::Kind::none:
-    case ServiceFault::Kind::transport: break;
-    case ServiceFault::Kind::error: result = error(fault.code, "Error in the application.", now); break;
-    case ServiceFault::Kind::nullId: result = answer(200, fmt::format("\"{}\"", nullId)); break;
-    case ServiceFault::Kind::emptyBody: result = answer(200, ""); break;
-    case ServiceFault::Kind::html: result = answer(fault.status, std::string{htmlPage}, html); break;
-    case ServiceFault::Kind::status: result = answer(fault.status, "{}"); break;
-    case ServiceFault::Kind::body: result = answer(fault.status, fault.body); break;
-    case ServiceFault::Kind::garbage: {
-        const std::array<std::string, 6> bodies{
-            "Something is wrong here",
-            R"([{"WT":"Date(17724381)",
-            R"([{"WT":1772438113482,"ST":null,"DT":[],"Value":"118","Trend":{}}])",
-            R"({"readings":[]})",
-            std::string(100'000, '['),
-            std::string{htmlPage},
-        };
-        result = answer(200, bodies[garbage_++ % bodies.size()]);
-        break;
-    }
-    }
-    result.response.headers.insert(result.response.headers.end(), fault.headers.begin(), fault.headers.end());
+    if (auto body = faultBody(fault, wrongForms, garbage_))
+        result = answer(body->status, std::move(body->body), body->type);
+    else if (fault.kind == ServiceFault::Kind::nullId)
+        result = answer(200, fmt::format("\"{}\"", nullId));
+    else
+        result = error(fault.code, "Error in the application.", now);
+    addFault(result, fault, now);
     return result;
 }
 

@@ -138,8 +138,14 @@ private:
     [[nodiscard]] std::optional<std::string> redirect(const LibreAccount& account,
                                                       std::string_view region) const;
     [[nodiscard]] bool isLocked(std::string_view email, Date now) const;
+    [[nodiscard]] static bool knownProduct(const HttpRequest& request);
+    [[nodiscard]] const LibreAccount* ticketHolder(std::string_view region, const HttpRequest& request,
+                                                   Date now) const;
     [[nodiscard]] std::vector<const LibrePerson*> sharing(const LibreAccount& account) const;
     [[nodiscard]] std::string connectionText(const LibrePerson& person, Date now) const;
+    [[nodiscard]] std::string sensorText(Date now) const;
+    [[nodiscard]] std::string deviceText(const LibrePerson& person, Date now) const;
+    [[nodiscard]] std::int64_t sensorStart(Date now) const;
     [[nodiscard]] std::string ticketText(const LibreAccount& account, std::string_view region, bool interim,
                                          Date now) const;
     [[nodiscard]] std::string signature(std::string_view signedPart, bool interim) const;

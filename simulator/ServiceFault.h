@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "simulator/SimulatedAnswer.h"
@@ -19,8 +21,8 @@ struct ServiceFault {
         html,       ///< `status` and an HTML page, as from the edge servers.
         status,     ///< `status` and an empty JSON object.
         body,       ///< `status` and `body` as it stands.
-        garbage,    ///< HTTP 200 and, request by request: no JSON, cut JSON, wrong types, an object, 100,000
-                    ///< levels, HTML.
+        garbage,    ///< HTTP 200 and, request by request: no JSON, cut JSON, wrong types, another shape,
+                    ///< 100,000 levels, HTML.
         transport,  ///< The right answer, spoilt by `transport`.
     };
     Kind kind = Kind::none;
@@ -35,5 +37,26 @@ struct ServiceFault {
     std::optional<Seconds> retryAfterDate{};
     bool operator==(const ServiceFault&) const = default;
 };
+
+/// The fault of one request, which counts towards `times`: `standing` becomes what is left of it.
+[[nodiscard]] ServiceFault takeFault(ServiceFault& standing);
+
+/// What a fault sends in place of a service's answer.
+struct FaultBody {
+    int status;
+    std::string body;
+    std::string_view type;  ///< Content-Type.
+};
+/// Empty for the kinds that need the service: none, error, nullId and transport. `wrongForms` is the
+/// service's part of garbage, and `turn` counts its requests.
+[[nodiscard]] std::optional<FaultBody> faultBody(const ServiceFault& fault,
+                                                 std::span<const std::string_view> wrongForms,
+                                                 std::size_t& turn);
+
+/// Adds the fault's headers to an answer, and what happens to it on the way.
+void addFault(SimulatedAnswer& answer, const ServiceFault& fault, Date now);
+
+/// An HTML page as edge servers send with this status.
+[[nodiscard]] std::string errorPage(int status);
 
 }  // namespace tidewell
