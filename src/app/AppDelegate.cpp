@@ -148,14 +148,7 @@ void AppDelegate::followAccount()
         passwordTask_ = startTask(services_.main, retryPassword());
         return;
     }
-    std::optional<ErrorInfo> unsupported;
-    auto client = services_.makeAPIClient(*account);
-    if (!client)
-        unsupported = ErrorInfo{.title = "Sign in required",
-                                .message = "This version of Tidewell reads Dexcom Share accounts only.",
-                                .remediation = "Sign in to a Dexcom Share account.",
-                                .needsSignIn = true};
-    coordinator.resetForNewConfiguration(std::move(client), account->provider, std::move(unsupported));
+    coordinator.resetForNewConfiguration(services_.makeAPIClient(*account), account->provider);
 }
 
 ErrorInfo AppDelegate::passwordProblem() const

@@ -62,7 +62,7 @@ public:
         UserDefaults& defaults;
         StatusBarViewModel& statusBarViewModel;
         StatusBarPollingCoordinator& pollingCoordinator;
-        MakeAPIClient makeAPIClient;             ///< Null for a provider that it cannot follow.
+        MakeAPIClient makeAPIClient;             ///< Never makes null.
         std::function<void()> ensureStatusItem;  ///< Sets the status item up, once; empty without one.
         WorkspaceObserving* workspace = nullptr;
         OnboardingCoordinating* onboardingCoordinator = nullptr;

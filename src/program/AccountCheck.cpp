@@ -13,19 +13,38 @@ asio::awaitable<AccountCheck> checkAccount(asio::any_io_executor engine,
         const auto newest = std::ranges::max_element(*readings, {}, &GlucoseReading::date);
         co_return AccountCheck{.newest = *newest};
     }
-    AccountCheck check{.error = readings.error()};
-    switch (readings.error().kind) {
-    case GlucoseAPIError::Kind::noReadings: check.result = AccountCheck::Result::good; break;
+    co_return AccountCheck{.result = accountCheckResult(readings.error()), .error = readings.error()};
+}
+
+AccountCheck::Result accountCheckResult(const GlucoseAPIError& error)
+{
+    switch (error.kind) {
+    case GlucoseAPIError::Kind::noReadings: return AccountCheck::Result::good;
     case GlucoseAPIError::Kind::credentialsRefused:
-    case GlucoseAPIError::Kind::accountLocked:
-    case GlucoseAPIError::Kind::accountActionRequired: check.result = AccountCheck::Result::refused; break;
+    case GlucoseAPIError::Kind::accountLocked: return AccountCheck::Result::refused;
+    case GlucoseAPIError::Kind::accountActionRequired: return AccountCheck::Result::actionRequired;
     case GlucoseAPIError::Kind::transport:
     case GlucoseAPIError::Kind::sessionExpired:
     case GlucoseAPIError::Kind::rateLimited:
     case GlucoseAPIError::Kind::serverTrouble:
-    case GlucoseAPIError::Kind::other: check.result = AccountCheck::Result::unreachable; break;
+    case GlucoseAPIError::Kind::other: return AccountCheck::Result::unreachable;
     }
-    co_return check;
+    std::unreachable();
+}
+
+asio::awaitable<std::expected<LibreConnections, GlucoseAPIError>> askConnections(
+    asio::any_io_executor engine, std::shared_ptr<LibreLinkUpAPI> client)
+{
+    auto list = client->listConnections();
+    auto connections = co_await asio::co_spawn(engine, std::move(list), asio::use_awaitable);
+    if (!connections && connections.error().text == noConnectionsText())
+        co_return LibreConnections{};
+    co_return connections;
+}
+
+std::string noConnectionsText()
+{
+    return description(LibreLinkUpError{.kind = LibreLinkUpError::Kind::noConnections});
 }
 
 }  // namespace tidewell

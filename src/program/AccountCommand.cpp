@@ -1,106 +1,23 @@
 #include <fmt/format.h>
-#include <termios.h>
-#include <unistd.h>
 
-#include <QByteArrayView>
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <csignal>
 
 #include "program/AccountCheck.h"
 #include "program/CommandSession.h"
 #include "program/Commands.h"
+#include "program/PasswordInput.h"
+#include "ui/PersonName.h"
 
 namespace tidewell {
 
 namespace {
 
-constexpr std::size_t longestPassword = 4096;
 /// An e-mail address has 254 bytes at most; this is what may be meant as a user name at all.
 constexpr std::size_t longestUsername = 512;
+constexpr std::size_t longestPatientID = 512;
 
-/// Text as a person types it: UTF-8 without control characters. What is not was meant otherwise, and would
-/// be refused by the service, or worse, by a terminal.
-bool isTyped(std::string_view text)
-{
-    return QByteArrayView{text.data(), static_cast<qsizetype>(text.size())}.isValidUtf8() &&
-           std::ranges::none_of(text, [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; });
-}
-
-/// Switches the terminal's echo off while a password is typed, and on again when that is broken off.
-class SilentTerminal {
-public:
-    SilentTerminal()
-    {
-        if (::tcgetattr(STDIN_FILENO, &before_) != 0)
-            return;
-        active_ = true;
-        struct sigaction restore{};
-        restore.sa_handler = [](int signal) {
-            (void)::tcsetattr(STDIN_FILENO, TCSANOW, &before_);
-            (void)::raise(signal);
-        };
-        // The default is in force again, for the same signal too, when the handler raises it.
-        restore.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
-        for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
-            struct sigaction present{};
-            if (::sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_DFL)
-                (void)::sigaction(signal, &restore, nullptr);
-        }
-        termios silent = before_;
-        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        (void)::tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
-        fmt::print(stderr, "Password: ");
-    }
-    ~SilentTerminal()
-    {
-        if (!active_)
-            return;
-        (void)::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
-        fmt::print(stderr, "\n");
-    }
-    SilentTerminal(const SilentTerminal&) = delete;
-    SilentTerminal& operator=(const SilentTerminal&) = delete;
-
-private:
-    static inline termios before_{};  ///< For the signal handler too.
-    bool active_ = false;
-};
-
-/// The first line of standard input, without its end.
-std::expected<SecretText, CommandError> readPassword()
-{
-    const SilentTerminal silent;
-    std::array<char, longestPassword + 2> buffer;
-    std::size_t size = 0;
-    std::size_t end = 0;
-    while (size < buffer.size()) {
-        const auto count = ::read(STDIN_FILENO, buffer.data() + size, buffer.size() - size);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            break;
-        size += static_cast<std::size_t>(count);
-        if (std::find(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(size), '\n') !=
-            buffer.begin() + static_cast<std::ptrdiff_t>(size))
-            break;
-    }
-    while (end < size && buffer[end] != '\n')
-        ++end;
-    if (end > 0 && buffer[end - 1] == '\r')
-        --end;
-    SecretText password{std::string_view{buffer.data(), end}};
-    wipe(buffer.data(), buffer.size());
-    if (password.empty())
-        return std::unexpected(CommandError{ExitCode::usage, "There is no password on standard input."});
-    if (end > longestPassword)
-        return std::unexpected(CommandError{ExitCode::usage, "The password is longer than 4096 bytes."});
-    if (!isTyped(password.reveal()))
-        return std::unexpected(
-            CommandError{ExitCode::usage, "The password holds control characters, or is not text in UTF-8."});
-    return password;
-}
+using Session = std::unique_ptr<CommandSession>;
 
 CommandError commandError(const ConfigurationProblem& problem)
 {
@@ -112,7 +29,7 @@ CommandError commandError(const ConfigurationProblem& problem)
 std::string sentence(std::string text) { return text.ends_with('.') ? text : text + "."; }
 
 /// Loads the stored account. A missing password is not this function's business.
-std::expected<std::unique_ptr<CommandSession>, CommandError> sessionWithConfiguration()
+std::expected<Session, CommandError> sessionWithConfiguration()
 {
     auto session = CommandSession::make();
     if (!session)
@@ -124,69 +41,126 @@ std::expected<std::unique_ptr<CommandSession>, CommandError> sessionWithConfigur
     return session;
 }
 
-const CommandError noAccount{ExitCode::signInNeeded,
-                             "There is no account. Sign in with \"tidewell account set\"."};
-
-}  // namespace
-
-ExitCode runAccountSet(const AccountSetOptions& options)
+/// The stored account with its password, for a command that signs in with it.
+std::expected<GlucoseAccountConfiguration, CommandError> storedAccount(CommandSession& session)
 {
-    const auto provider = glucoseProvider(options.provider);
-    if (!provider)
-        return report({ExitCode::usage, "The provider must be \"dexcom\" or \"libreLinkUp\"."});
-    if (*provider == GlucoseProvider::libreLinkUp)
-        return report({ExitCode::usage, "This version of Tidewell reads Dexcom Share accounts only."});
-    if (options.patientID)
-        return report({ExitCode::usage, "A Dexcom Share account has no --patient."});
-    const auto first = options.username.find_first_not_of(" \t\r\n");
-    if (first == std::string::npos)
-        return report({ExitCode::usage, "The user name is empty."});
-    const auto username =
-        options.username.substr(first, options.username.find_last_not_of(" \t\r\n") - first + 1);
-    if (username.size() > longestUsername)
-        return report({ExitCode::usage, "The user name is longer than 512 bytes."});
-    if (!isTyped(username))
-        return report({ExitCode::usage, "The user name holds control characters, or is not text in UTF-8."});
+    const auto& configuration = session.configuration();
+    if (!configuration.account())
+        return std::unexpected(CommandError{ExitCode::signInNeeded,
+                                            "There is no account. Sign in with \"tidewell account set\"."});
+    if (configuration.account()->password.empty())
+        return std::unexpected(
+            CommandError{ExitCode::keyring, configuration.problem()
+                                                ? configuration.problem()->message
+                                                : "The password is not in the keyring. Sign in again."});
+    return *configuration.account();
+}
 
-    // Before the password is asked for: whatever can be refused without it.
-    auto session = CommandSession::make();
-    if (!session)
-        return report(session.error());
-    if (!(*session)->environment().endpoints.dexcomRegion(options.region)) {
-        std::string known;
-        for (const auto& [code, endpoint] : (*session)->environment().endpoints.dexcom)
-            known += (known.empty() ? "" : ", ") + code;
-        return report({ExitCode::usage, "Invalid region. Dexcom Share has these: " + known + "."});
-    }
-    auto password = readPassword();
-    if (!password)
-        return report(password.error());
+/// A command that selects a person, to be copied into a shell: the id is the service's and may hold anything
+/// that can be printed.
+std::string selectCommand(std::string_view patientID)
+{
+    constexpr std::string_view harmless =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.:@";
+    if (patientID.find_first_not_of(harmless) == std::string_view::npos && !patientID.starts_with('-'))
+        return fmt::format("tidewell account set --patient {}", patientID);
+    std::string quoted;
+    for (const char c : patientID)
+        quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    return fmt::format("tidewell account set --patient='{}'", quoted);
+}
 
-    GlucoseAccountConfiguration account{
-        .provider = *provider,
-        .username = username,
-        .password = std::move(*password),
-        .region = options.region,
-    };
-    const auto check =
-        (*session)->run(checkAccount((*session)->engine().executor(), (*session)->makeAPIClient(account)));
-    if (check.result == AccountCheck::Result::refused)
-        return report({ExitCode::signInNeeded,
-                       "The sign-in was refused: " + sentence(check.error->text) +
-                           " Check the user name, the password and the region. Nothing was stored."});
+std::string nameOf(const LibreConnection& person)
+{
+    return personName(person.displayName(), person.patientId).toStdString();
+}
 
-    (void)(*session)->run((*session)->configuration().load());
-    if (const auto saved = (*session)->run((*session)->configuration().saveAccount(std::move(account)));
-        !saved)
-        return report(commandError(saved.error()));
-    (*session)->defaults().set(onboardingCompletedKey, true);
-    (*session)->defaults().set(accountConfirmedAtKey, (*session)->clock().now());
-    const auto error = (*session)->defaults().save();
-    (*session)->announceChange();
+/// "ID  NAME" for each person, and "  (selected)" behind that one.
+std::string peopleLines(const LibreConnections& connections, const std::optional<std::string>& selected = {})
+{
+    std::string lines;
+    for (const auto& person : connections.people)
+        lines += fmt::format("{}  {}{}\n", person.patientId, nameOf(person),
+                             person.patientId == selected ? "  (selected)" : "");
+    return lines;
+}
+
+/// How a person is selected, as one line.
+std::string selectionHint(const LibreConnections& connections)
+{
+    if (connections.people.size() == 1)
+        return fmt::format(
+            "One person shares with this account: {}. Nobody is selected. To select that one:\n{}\n",
+            nameOf(connections.people.front()), selectCommand(connections.people.front().patientId));
+    return fmt::format("Nobody is selected. To select the first of them, for example:\n{}\n",
+                       selectCommand(connections.people.front().patientId));
+}
+
+/// Why a check of the account ends the command; `nothing` says what did not happen. Not for an account whose
+/// service is unreachable.
+CommandError refusal(GlucoseProvider provider, const GlucoseAPIError& error, std::string_view nothing)
+{
+    if (accountCheckResult(error) == AccountCheck::Result::actionRequired)
+        return {ExitCode::signInNeeded,
+                fmt::format("The account needs attention: {} {}", sentence(error.text), nothing)};
+    const std::string_view check = provider == GlucoseProvider::dexcom
+                                       ? "Check the user name, the password and the region."
+                                       : "Use the follower's e-mail address and password.";
+    return {ExitCode::signInNeeded,
+            fmt::format("The sign-in was refused: {} {} {}", sentence(error.text), check, nothing)};
+}
+
+bool isUnreachable(const GlucoseAPIError& error)
+{
+    return accountCheckResult(error) == AccountCheck::Result::unreachable;
+}
+
+/// Stores the account and tells those who follow it, also when it is the one that they follow already.
+std::expected<void, CommandError> store(CommandSession& session, GlucoseAccountConfiguration account)
+{
+    if (const auto saved = session.run(session.configuration().saveAccount(std::move(account))); !saved)
+        return std::unexpected(commandError(saved.error()));
+    session.defaults().set(onboardingCompletedKey, true);
+    session.defaults().set(accountConfirmedAtKey, session.clock().now());
+    const auto error = session.defaults().save();
+    session.announceChange();
     if (error)
-        return report({ExitCode::failure, "The account is stored, but " +
-                                              (*session)->environment().defaults().string() +
-                                              " cannot be written: " + error.message()});
+        return std::unexpected(CommandError{ExitCode::failure, "The account is stored, but " +
+                                                                   session.environment().defaults().string() +
+                                                                   " cannot be written: " + error.message()});
+    return {};
+}
+
+/// Gives the account the person with that id, out of those who share with it.
+std::expected<void, CommandError> selectPerson(GlucoseAccountConfiguration& account,
+                                               const std::string& patientID,
+                                               const LibreConnections& connections)
+{
+    const auto person = std::ranges::find(connections.people, patientID, &LibreConnection::patientId);
+    if (person == connections.people.end()) {
+        if (connections.people.empty())
+            return std::unexpected(
+                CommandError{ExitCode::usage, noConnectionsText() + " Nothing was changed."});
+        return std::unexpected(CommandError{
+            ExitCode::usage,
+            "Nobody with the id \"" + patientID +
+                "\" shares with this account. Nothing was changed. These people share with it:"});
+    }
+    account.patientID = person->patientId;
+    account.patientName.reset();
+    if (std::string name = person->displayName(); !name.empty())
+        account.patientName = std::move(name);
+    return {};
+}
+
+ExitCode setDexcom(CommandSession& session, GlucoseAccountConfiguration account)
+{
+    const auto client = makeServiceClient(session.clientParts(), account);
+    const auto check = session.run(checkAccount(session.engine().executor(), client));
+    if (check.result == AccountCheck::Result::refused || check.result == AccountCheck::Result::actionRequired)
+        return report(refusal(account.provider, *check.error, "Nothing was stored."));
+    if (const auto stored = store(session, std::move(account)); !stored)
+        return report(stored.error());
     if (check.result == AccountCheck::Result::unreachable)
         fmt::print("The account is stored. It could not be checked: {}\n", sentence(check.error->text));
     else if (check.error)
@@ -196,25 +170,216 @@ ExitCode runAccountSet(const AccountSetOptions& options)
     return ExitCode::good;
 }
 
+/// Takes over the home region that the service named, and says so when it is another one.
+void moveHome(GlucoseAccountConfiguration& account, const std::string& home)
+{
+    if (home.empty() || home == account.region)
+        return;
+    fmt::print(stderr, "The account lives in the region \"{}\", not in \"{}\"; that is what is stored.\n",
+               home, account.region);
+    account.region = home;
+}
+
+/// Stores an account with the person that it has.
+ExitCode storeFollowing(CommandSession& session, GlucoseAccountConfiguration account)
+{
+    const auto name = personName(account.patientName.value_or(""), *account.patientID).toStdString();
+    if (const auto stored = store(session, std::move(account)); !stored)
+        return report(stored.error());
+    fmt::print("Signed in. The account is stored. It follows {}.\n", name);
+    return ExitCode::good;
+}
+
+ExitCode setLibreLinkUp(CommandSession& session, GlucoseAccountConfiguration account,
+                        const std::optional<std::string>& patientID)
+{
+    const auto client = makeLibreLinkUpClient(session.clientParts(), account);
+    const auto connections = session.run(askConnections(session.engine().executor(), client));
+    if (!connections) {
+        if (!isUnreachable(connections.error()))
+            return report(refusal(account.provider, connections.error(), "Nothing was stored."));
+        const auto why = sentence(connections.error().text);
+        if (patientID)
+            return report({ExitCode::failure, "Who shares with the account could not be asked: " + why +
+                                                  " Nothing was stored."});
+        if (const auto stored = store(session, std::move(account)); !stored)
+            return report(stored.error());
+        fmt::print(
+            "The account is stored. It could not be checked: {}\n"
+            "Nobody is selected. To see who shares with it:\ntidewell account connections\n",
+            why);
+        return ExitCode::good;
+    }
+
+    if (patientID) {
+        if (const auto selected = selectPerson(account, *patientID, *connections); !selected) {
+            (void)report(selected.error());
+            fmt::print(stderr, "{}", peopleLines(*connections));
+            return selected.error().code;
+        }
+    }
+    moveHome(account, connections->region);
+    const auto& former = session.configuration().account();
+    if (!patientID && former && former->provider == account.provider &&
+        former->username == account.username && former->patientID)
+        (void)selectPerson(account, *former->patientID, *connections);  // Who signs in again means the same.
+    if (account.patientID)
+        return storeFollowing(session, std::move(account));
+
+    if (const auto stored = store(session, std::move(account)); !stored)
+        return report(stored.error());
+    if (connections->people.empty())
+        fmt::print(
+            "Signed in. The account is stored. {}\nWhen that is done, see who shares with it:\n"
+            "tidewell account connections\n",
+            noConnectionsText());
+    else
+        fmt::print("Signed in. The account is stored. These people share with it:\n{}\n{}",
+                   peopleLines(*connections), selectionHint(*connections));
+    return ExitCode::good;
+}
+
+/// "--patient ID" alone: another person of the stored account.
+ExitCode changePerson(const std::string& patientID)
+{
+    const auto session = sessionWithConfiguration();
+    if (!session)
+        return report(session.error());
+    auto account = storedAccount(**session);
+    if (!account)
+        return report(account.error());
+    if (account->provider != GlucoseProvider::libreLinkUp)
+        return report(
+            {ExitCode::usage, "The stored account is a Dexcom Share account, which has no --patient."});
+    const auto client = makeLibreLinkUpClient((*session)->clientParts(), *account);
+    const auto connections = (*session)->run(askConnections((*session)->engine().executor(), client));
+    if (!connections) {
+        if (!isUnreachable(connections.error()))
+            return report(refusal(account->provider, connections.error(), "Nothing was changed."));
+        return report({ExitCode::failure, "Who shares with the account could not be asked: " +
+                                              sentence(connections.error().text) + " Nothing was changed."});
+    }
+    if (const auto selected = selectPerson(*account, patientID, *connections); !selected) {
+        (void)report(selected.error());
+        fmt::print(stderr, "{}", peopleLines(*connections));
+        return selected.error().code;
+    }
+    moveHome(*account, connections->region);
+    return storeFollowing(**session, *std::move(account));
+}
+
+/// The regions of a provider that the endpoints in force name.
+std::vector<std::string> regionCodes(const ServiceEndpoints& endpoints, GlucoseProvider provider)
+{
+    std::vector<std::string> codes;
+    if (provider == GlucoseProvider::dexcom)
+        for (const auto& [code, endpoint] : endpoints.dexcom)
+            codes.push_back(code);
+    else
+        for (const auto& [code, base] : endpoints.libreLinkUp)
+            codes.push_back(code);
+    return codes;
+}
+
+/// What `account set` was not given although it signs in with it, as "--username, --region".
+std::string missingOptions(const AccountSetOptions& options)
+{
+    std::string missing;
+    const auto need = [&missing](bool given, std::string_view name) {
+        if (!given)
+            missing += fmt::format("{}{}", missing.empty() ? "" : ", ", name);
+    };
+    need(options.provider.has_value(), "--provider");
+    need(options.username.has_value(), "--username");
+    need(options.region.has_value(), "--region");
+    need(options.passwordFromInput, "--password-stdin");
+    return missing;
+}
+
+/// The account that the options describe, but for its password. What is wrong with them is a usage error.
+std::expected<GlucoseAccountConfiguration, CommandError> describedAccount(const AccountSetOptions& options)
+{
+    const auto mistake = [](std::string message) {
+        return std::unexpected(CommandError{ExitCode::usage, std::move(message)});
+    };
+    if (const auto missing = missingOptions(options); !missing.empty())
+        return mistake("These options are missing: " + missing +
+                       ". Only --patient can stand alone: it selects another person of the stored account.");
+    const auto provider = glucoseProvider(*options.provider);
+    if (!provider)
+        return mistake("The provider must be \"dexcom\" or \"libreLinkUp\".");
+    if (options.patientID && *provider == GlucoseProvider::dexcom)
+        return mistake("A Dexcom Share account has no --patient.");
+    const auto first = options.username->find_first_not_of(" \t\r\n");
+    if (first == std::string::npos)
+        return mistake("The user name is empty.");
+    auto username =
+        options.username->substr(first, options.username->find_last_not_of(" \t\r\n") - first + 1);
+    if (username.size() > longestUsername)
+        return mistake("The user name is longer than 512 bytes.");
+    if (!isTyped(username))
+        return mistake("The user name holds control characters, or is not text in UTF-8.");
+    return GlucoseAccountConfiguration{
+        .provider = *provider,
+        .username = std::move(username),
+        .region = *provider == GlucoseProvider::libreLinkUp ? lowerCased(*options.region) : *options.region};
+}
+
+}  // namespace
+
+ExitCode runAccountSet(const AccountSetOptions& options)
+{
+    if (options.patientID && (options.patientID->empty() || options.patientID->size() > longestPatientID ||
+                              !isTyped(*options.patientID)))
+        return report(
+            {ExitCode::usage, "--patient must be an id that \"tidewell account connections\" lists."});
+    if (options.patientID && !options.provider && !options.username && !options.region &&
+        !options.passwordFromInput)
+        return changePerson(*options.patientID);
+
+    // Before the password is asked for: whatever can be refused without it.
+    auto account = describedAccount(options);
+    if (!account)
+        return report(account.error());
+    auto session = CommandSession::make();
+    if (!session)
+        return report(session.error());
+    const auto& endpoints = (*session)->environment().endpoints;
+    const bool dexcom = account->provider == GlucoseProvider::dexcom;
+    if (dexcom ? !endpoints.dexcomRegion(account->region) : !endpoints.libreLinkUp.contains(account->region))
+        return report(
+            {ExitCode::usage,
+             fmt::format("Invalid region. {} has these: {}.", dexcom ? "Dexcom Share" : "LibreLinkUp",
+                         fmt::join(regionCodes(endpoints, account->provider), ", "))});
+    auto password = readPassword();
+    if (!password)
+        return report(password.error());
+    account->password = *std::move(password);
+
+    // A document that cannot be read is no hindrance: the save sets it aside.
+    (void)(*session)->run((*session)->configuration().load());
+    return dexcom ? setDexcom(**session, *std::move(account))
+                  : setLibreLinkUp(**session, *std::move(account), options.patientID);
+}
+
 ExitCode runAccountShow()
 {
     const auto session = sessionWithConfiguration();
     if (!session)
         return report(session.error());
-    const auto& configuration = (*session)->configuration();
-    if (!configuration.account())
-        return report(noAccount);
-    const auto& account = *configuration.account();
-    fmt::print("provider  {}\nusername  {}\nregion    {}\n", rawValue(account.provider), account.username,
-               account.region);
-    if (account.patientID)
-        fmt::print("patient   {}\n", account.patientName.value_or(*account.patientID));
-    fmt::print("password  {}\n", account.password.empty() ? "not available" : "stored");
-    if (account.password.empty())
-        return report({ExitCode::keyring, configuration.problem()
-                                              ? configuration.problem()->message
-                                              : "The password is not in the keyring. Sign in again."});
-    return ExitCode::good;
+    const auto stored = storedAccount(**session);
+    const auto& account = (*session)->configuration().account();
+    if (!account)
+        return report(stored.error());
+    fmt::print("provider  {}\nusername  {}\nregion    {}\n", rawValue(account->provider), account->username,
+               account->region);
+    if (account->patientID)
+        fmt::print("patient   {}\nname      {}\n", *account->patientID,
+                   personName(account->patientName.value_or(""), *account->patientID).toStdString());
+    else if (account->provider == GlucoseProvider::libreLinkUp)
+        fmt::print("patient   not selected\n");
+    fmt::print("password  {}\n", stored ? "stored" : "not available");
+    return stored ? ExitCode::good : report(stored.error());
 }
 
 ExitCode runAccountConnections()
@@ -222,9 +387,65 @@ ExitCode runAccountConnections()
     const auto session = sessionWithConfiguration();
     if (!session)
         return report(session.error());
-    if (!(*session)->configuration().account())
-        return report(noAccount);
-    fmt::print("A Dexcom Share account has one person, its own. There is nothing to select.\n");
+    const auto account = storedAccount(**session);
+    const auto& stored = (*session)->configuration().account();
+    if (stored && stored->provider == GlucoseProvider::dexcom) {
+        fmt::print("A Dexcom Share account has one person, its own. There is nothing to select.\n");
+        return ExitCode::good;
+    }
+    if (!account)
+        return report(account.error());
+    const auto client = makeLibreLinkUpClient((*session)->clientParts(), *account);
+    const auto connections = (*session)->run(askConnections((*session)->engine().executor(), client));
+    if (!connections) {
+        if (!isUnreachable(connections.error()))
+            return report(refusal(account->provider, connections.error(), ""));
+        return report({ExitCode::failure, "Who shares with the account could not be asked: " +
+                                              sentence(connections.error().text)});
+    }
+    fmt::print("{}", peopleLines(*connections, account->patientID));
+    const bool there = std::ranges::find(connections->people, account->patientID,
+                                         &LibreConnection::patientId) != connections->people.end();
+    if (connections->people.empty()) {
+        fmt::print(stderr, "{}\n", noConnectionsText());
+    } else if (!there) {
+        if (account->patientID)
+            fmt::print(stderr, "The selected person, {}, no longer shares with this account.\n",
+                       personName(account->patientName.value_or(""), *account->patientID).toStdString());
+        fmt::print(stderr, "{}", selectionHint(*connections));
+    }
+    return ExitCode::good;
+}
+
+ExitCode runAccountReconnect()
+{
+    const auto session = sessionWithConfiguration();
+    if (!session)
+        return report(session.error());
+    auto account = storedAccount(**session);
+    if (!account)
+        return report(account.error());
+    const auto client = makeServiceClient((*session)->clientParts(), *account);
+    const auto check = (*session)->run(checkAccount((*session)->engine().executor(), client));
+    if (check.result == AccountCheck::Result::refused ||
+        check.result == AccountCheck::Result::actionRequired) {
+        using enum LibreLinkUpError::Kind;
+        const bool anotherPerson =
+            std::ranges::any_of(std::array{connectionSelectionRequired, connectionUnavailable},
+                                [&](auto kind) { return check.error->text == description({.kind = kind}); });
+        return report(refusal(account->provider, *check.error,
+                              anotherPerson ? "\"tidewell account connections\" lists them." : ""));
+    }
+    account->password = {};  // Stays as it is stored.
+    if (const auto stored = store(**session, *std::move(account)); !stored)
+        return report(stored.error());
+    if (check.result == AccountCheck::Result::unreachable)
+        fmt::print("The account could not be checked: {} A running Tidewell tries again.\n",
+                   sentence(check.error->text));
+    else if (check.error)
+        fmt::print("Signed in. A running Tidewell reconnects. {}\n", sentence(check.error->text));
+    else
+        fmt::print("Signed in. A running Tidewell reconnects.\n");
     return ExitCode::good;
 }
 

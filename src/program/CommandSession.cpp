@@ -1,7 +1,6 @@
 #include "program/CommandSession.h"
 
 #include "platform/linux/SingleInstance.h"
-#include "program/ServiceClient.h"
 #include "support/Log.h"
 
 namespace tidewell {
@@ -42,11 +41,10 @@ void CommandSession::announceChange()
     (void)SingleInstance::send(environment_.folders.runtime, InstanceWord::configurationChanged);
 }
 
-std::shared_ptr<GlucoseAPIProtocol> CommandSession::makeAPIClient(const GlucoseAccountConfiguration& account)
+ServiceClientParts CommandSession::clientParts()
 {
-    return makeServiceClient(
-        {.engine = engine_.executor(), .http = http_, .clock = clock_, .endpoints = environment_.endpoints},
-        account);
+    return {
+        .engine = engine_.executor(), .http = http_, .clock = clock_, .endpoints = environment_.endpoints};
 }
 
 }  // namespace tidewell

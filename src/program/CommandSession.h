@@ -7,14 +7,14 @@
 #include "config/ConfigurationManager.h"
 #include "config/UserDefaults.h"
 #include "program/Environment.h"
-#include "sources/GlucoseAPIProtocol.h"
+#include "program/ServiceClient.h"
 #include "support/CurlHttpClient.h"
 #include "support/Engine.h"
 #include "support/SystemClock.h"
 
 namespace tidewell {
 
-/// What a short command needs of the core: configuration, secrets, and a service client; no desktop, no Qt.
+/// What a short command needs of the core: configuration, secrets, and service clients; no desktop, no Qt.
 /// Its main executor runs only inside run().
 class CommandSession {
 public:
@@ -28,8 +28,8 @@ public:
     [[nodiscard]] ConfigurationManager& configuration() { return *configuration_; }
     [[nodiscard]] const Environment& environment() const { return environment_; }
     [[nodiscard]] UserDefaults& defaults() { return defaults_; }
-    [[nodiscard]] std::shared_ptr<GlucoseAPIProtocol> makeAPIClient(
-        const GlucoseAccountConfiguration& account);
+    /// For the clients of accounts that are checked here.
+    [[nodiscard]] ServiceClientParts clientParts();
 
     /// Tells the running application, if there is one, that the stored configuration changed. It notices by
     /// itself too, but not on every file system.

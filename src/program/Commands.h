@@ -25,15 +25,21 @@ struct WatchOptions {
 [[nodiscard]] ExitCode runWatch(const WatchOptions& options);
 
 struct AccountSetOptions {
-    std::string provider;
-    std::string username;
-    std::string region;
+    std::optional<std::string> provider;
+    std::optional<std::string> username;
+    std::optional<std::string> region;
     std::optional<std::string> patientID;
+    bool passwordFromInput = false;
 };
-/// Reads the password from standard input, checks the account with its service and stores it.
+/// Reads the password from standard input, checks the account with its service and stores it; with a person
+/// alone, follows that one of those who share with the stored account.
 [[nodiscard]] ExitCode runAccountSet(const AccountSetOptions& options);
 [[nodiscard]] ExitCode runAccountShow();
+/// One person to a line of standard output: the id, two spaces, the name, and "  (selected)" behind the one
+/// who is followed. What else there is to say goes to standard error.
 [[nodiscard]] ExitCode runAccountConnections();
+/// Tries the stored account, and unless it is refused lets a running program try again too.
+[[nodiscard]] ExitCode runAccountReconnect();
 [[nodiscard]] ExitCode runAccountClear();
 
 /// One setting, or all of them without a key.

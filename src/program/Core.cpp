@@ -2,7 +2,6 @@
 
 #include <future>
 
-#include "program/ServiceClient.h"
 #include "support/Log.h"
 #include "support/Workers.h"
 
@@ -89,10 +88,9 @@ Core::~Core()
         (void)shutDown();
 }
 
-std::shared_ptr<GlucoseAPIProtocol> Core::makeAPIClient(const GlucoseAccountConfiguration& account)
+ServiceClientParts Core::clientParts()
 {
-    return makeServiceClient(
-        {.engine = engine(), .http = http_, .clock = clock_, .endpoints = environment_.endpoints}, account);
+    return {.engine = engine(), .http = http_, .clock = clock_, .endpoints = environment_.endpoints};
 }
 
 void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding)
@@ -105,7 +103,9 @@ void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating
         .statusBarViewModel = *viewModel_,
         .pollingCoordinator = *coordinator_,
         .makeAPIClient =
-            [this](const GlucoseAccountConfiguration& account) { return makeAPIClient(account); },
+            [this](const GlucoseAccountConfiguration& account) {
+                return makeServiceClient(clientParts(), account);
+            },
         .ensureStatusItem = std::move(ensureStatusItem),
         .workspace = workspace_.get(),
         .onboardingCoordinator = onboarding,
@@ -132,10 +132,15 @@ asio::awaitable<void> Core::concludeFromAccount()
 asio::awaitable<void> Core::prepareDemo()
 {
     const DemoAccount demo = environment_.demo->account();
-    GlucoseAccountConfiguration account{.provider = GlucoseProvider::dexcom,
-                                        .username = demo.username,
-                                        .password = SecretText{demo.password},
-                                        .region = demo.region};
+    GlucoseAccountConfiguration account{
+        .provider = glucoseProvider(demo.provider).value_or(GlucoseProvider::dexcom),
+        .username = demo.username,
+        .password = SecretText{demo.password},
+        .region = demo.region};
+    if (!demo.patientID.empty())
+        account.patientID = demo.patientID;
+    if (!demo.patientName.empty())
+        account.patientName = demo.patientName;
     (void)co_await configuration_->load();
     if (const auto saved = co_await configuration_->saveAccount(std::move(account)); !saved)
         coreLog.error("The demonstration's account was not stored: " + saved.error().message);

@@ -10,6 +10,7 @@
 #include "platform/linux/LogindEvents.h"
 #include "platform/linux/QtMainLoop.h"
 #include "program/Environment.h"
+#include "program/ServiceClient.h"
 #include "support/CurlHttpClient.h"
 #include "support/Engine.h"
 #include "support/SystemClock.h"
@@ -43,9 +44,8 @@ public:
     [[nodiscard]] AppDelegate& delegate() { return *delegate_; }
     [[nodiscard]] const Folders& folders() const { return environment_.folders; }
 
-    /// A client for an account that is checked before it is stored.
-    [[nodiscard]] std::shared_ptr<GlucoseAPIProtocol> makeAPIClient(
-        const GlucoseAccountConfiguration& account);
+    /// For the clients of accounts that are checked before they are stored.
+    [[nodiscard]] ServiceClientParts clientParts();
 
     /// Begins the launch sequence. `ensureStatusItem` and `onboarding` may be empty for a run without
     /// windows.

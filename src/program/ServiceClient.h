@@ -4,6 +4,7 @@
 
 #include "config/AppConfiguration.h"
 #include "sources/GlucoseAPIProtocol.h"
+#include "sources/LibreLinkUpAPI.h"
 #include "sources/ServiceEndpoints.h"
 #include "support/Clock.h"
 #include "support/HttpClient.h"
@@ -18,8 +19,12 @@ struct ServiceClientParts {
     const ServiceEndpoints& endpoints;
 };
 
-/// A client for the account's provider, that lives on the engine; null for one that cannot be followed yet.
+/// A client for the account's provider, that lives on the engine; never null.
 [[nodiscard]] std::shared_ptr<GlucoseAPIProtocol> makeServiceClient(
+    const ServiceClientParts& parts, const GlucoseAccountConfiguration& account);
+
+/// The same for a LibreLinkUp account, whose client can also tell whom it may follow.
+[[nodiscard]] std::shared_ptr<LibreLinkUpAPI> makeLibreLinkUpClient(
     const ServiceClientParts& parts, const GlucoseAccountConfiguration& account);
 
 }  // namespace tidewell

@@ -8,8 +8,9 @@
 
 namespace tidewell {
 
-/// The sign-in window and what it does: checks the account with its service, stores it, and lets polling
-/// begin. Until the first-run steps have windows of their own, it stands for them. Main thread.
+/// The sign-in window and what it does: checks the account with its service, asks whom to follow where the
+/// service leaves that open, stores it, and lets polling begin. Until the first-run steps have windows of
+/// their own, it stands for them. Main thread.
 class SignInController final : public OnboardingCoordinating {
 public:
     explicit SignInController(Core& core);
@@ -21,10 +22,16 @@ public:
 
 private:
     void submit(GlucoseAccountConfiguration account);
+    void follow(const LibreConnection& person);
     asio::awaitable<void> check(GlucoseAccountConfiguration account);
+    asio::awaitable<void> checkDexcom(GlucoseAccountConfiguration account);
+    asio::awaitable<void> checkLibreLinkUp(GlucoseAccountConfiguration account);
+    asio::awaitable<void> store(GlucoseAccountConfiguration account);
+    void showFailure(GlucoseProvider provider, const GlucoseAPIError& error);
 
     Core& core_;
-    std::unique_ptr<SignInDialog> dialog_;  ///< Made when it is first shown.
+    std::unique_ptr<SignInDialog> dialog_;                ///< Made when it is first shown.
+    std::optional<GlucoseAccountConfiguration> pending_;  ///< Checked; the person to follow is not chosen.
     Task<void> check_;
 };
 

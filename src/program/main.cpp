@@ -25,7 +25,7 @@ void addDemo(CLI::App& command, bool& demo, std::string& scenario)
                 if (!name.empty())
                     scenario = name;
             },
-            "Use the built-in simulator instead of an account; nothing is saved")
+            "Use the built-in simulator instead of an account, \"libre\" for LibreLinkUp; nothing is saved")
         ->expected(0, 1)
         ->default_str("")
         ->option_text("[=SCENARIO]");
@@ -56,18 +56,24 @@ ExitCode run(int count, char** values)
     auto* account = app.add_subcommand("account", "The account that is followed");
     account->require_subcommand(1);
     AccountSetOptions set;
-    bool passwordFromInput = false;
     auto* accountSet = account->add_subcommand("set", "Sign in: check the account and store it");
-    accountSet->add_option("--provider", set.provider, "dexcom")->required();
-    accountSet->add_option("--username", set.username, "User name, e-mail address or phone number")
-        ->required();
-    accountSet->add_option("--region", set.region, "us, ous (outside the United States) or jp")->required();
-    accountSet->add_option("--patient", set.patientID, "The person to follow, where an account has several");
-    accountSet->add_flag("--password-stdin", passwordFromInput, "Read the password from standard input")
-        ->required();
+    accountSet->add_option("--provider", set.provider, "dexcom or libreLinkUp");
+    accountSet->add_option("--username", set.username,
+                           "dexcom: user name, e-mail address or phone number; libreLinkUp: the follower's "
+                           "e-mail address");
+    accountSet->add_option("--region", set.region,
+                           "dexcom: us, ous (outside the United States) or jp; libreLinkUp: ae, ap, au, ca, "
+                           "cn, de, eu, eu2, fr, jp, la, ru or us");
+    accountSet->add_option("--patient", set.patientID,
+                           "libreLinkUp: the person to follow, by the id that \"account connections\" lists; "
+                           "alone: another person of the stored account");
+    accountSet->add_flag("--password-stdin", set.passwordFromInput, "Read the password from standard input")
+        ->disable_flag_override();
     auto* accountShow = account->add_subcommand("show", "Show the account, without its password");
     auto* accountConnections =
-        account->add_subcommand("connections", "List the people whose readings it can see");
+        account->add_subcommand("connections", "List the people whose readings it can see: id and name");
+    auto* accountReconnect = account->add_subcommand(
+        "reconnect", "Try the account again, after what it needed was done elsewhere");
     auto* accountClear = account->add_subcommand("clear", "Sign out: remove the account and its password");
 
     auto* settings = app.add_subcommand("settings", "The preferences");
@@ -107,6 +113,8 @@ ExitCode run(int count, char** values)
         return runAccountShow();
     if (*accountConnections)
         return runAccountConnections();
+    if (*accountReconnect)
+        return runAccountReconnect();
     if (*accountClear)
         return runAccountClear();
     if (*settingsSet)

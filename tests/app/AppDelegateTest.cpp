@@ -125,8 +125,8 @@ protected:
             .pollingCoordinator = coordinator,
             .makeAPIClient =
                 [this](const GlucoseAccountConfiguration& wanted) {
-                    clientsMadeFor.push_back(wanted.username);
-                    return wanted.provider == GlucoseProvider::dexcom ? api : nullptr;
+                    clientsMadeFor.push_back(wanted.patientID.value_or(wanted.username));
+                    return api;
                 },
             .ensureStatusItem = [this] { recorder.calls.emplace_back("item"); },
             .workspace = &workspace,
@@ -260,6 +260,28 @@ TEST_F(AppDelegateTest, signingInElsewhereToTheSameAccountIsAnotherTry)
     delegate->storedStateDidReload();
     clock.advance(1s);
     EXPECT_EQ(api->fetches, fetches + 1);
+}
+
+TEST_F(AppDelegateTest, anotherPersonOfTheSameAccountNeverGetsTheValuesOfTheFormer)
+{
+    auto follower = account();
+    follower.provider = GlucoseProvider::libreLinkUp;
+    follower.patientID = "grace";
+    asio::co_spawn(io, manager->saveAccount(follower), asio::detached);
+    settle();
+    makeManager();
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    clock.advance(6s);
+    ASSERT_EQ(viewModel.state().statusTitle, "120 →");
+
+    api->refused = true;
+    follower.patientID = "ben";
+    asio::co_spawn(io, manager->saveAccount(follower), asio::detached);
+    clock.advance(1min);
+    EXPECT_EQ(clientsMadeFor, (Calls{"grace", "ben"}));
+    EXPECT_EQ(viewModel.state().statusTitle, "");
+    EXPECT_TRUE(viewModel.state().glucoseHistory.empty());
 }
 
 TEST_F(AppDelegateTest, aDamagedDocumentSaysSoAndIsLeftAlone)
