@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace tidewell {
@@ -29,6 +30,25 @@ bool isGraphValue(const GlucoseReading& reading)
     return reading.source == GlucoseProvider::libreLinkUp && reading.sampleDuration > longestCurrentSample;
 }
 
+/// Of readings in the same second: the one fetched later, but no graph value for a current one.
+std::vector<GlucoseReading> onePerSecond(std::vector<GlucoseReading> held,
+                                         std::vector<GlucoseReading> fetched)
+{
+    std::map<std::pair<double, GlucoseProvider>, GlucoseReading> byIdentity;
+    for (std::vector<GlucoseReading>* readings : {&held, &fetched}) {
+        for (GlucoseReading& reading : *readings) {
+            const auto [place, isNew] = byIdentity.try_emplace(identity(reading), std::move(reading));
+            if (!isNew && !(isCurrentValue(place->second) && isGraphValue(reading)))
+                place->second = std::move(reading);
+        }
+    }
+    std::vector<GlucoseReading> kept;
+    kept.reserve(byIdentity.size());
+    for (auto& [key, reading] : byIdentity)
+        kept.push_back(std::move(reading));
+    return kept;
+}
+
 void removeDoubledGraphValues(std::vector<GlucoseReading>& readings)
 {
     std::vector<Date> currentDates;
@@ -44,21 +64,33 @@ void removeDoubledGraphValues(std::vector<GlucoseReading>& readings)
     });
 }
 
+/// The current value may lag behind the graph. One that is a little older than `newest`, the newest reading
+/// so far, would take its place, and the history would end earlier than before: then it is the current value
+/// that goes.
+void keepNewest(std::vector<GlucoseReading>& readings, const GlucoseReading& newest)
+{
+    if (!readings.empty() && identity(readings.back()) >= identity(newest))
+        return;
+    std::erase_if(readings, [&](const GlucoseReading& reading) {
+        return isCurrentValue(reading) && reading.date >= newest.date - sameMeasurement;
+    });
+    readings.push_back(newest);
+}
+
 }  // namespace
 
 std::vector<GlucoseReading> mergedReadings(std::vector<GlucoseReading> held,
                                            std::vector<GlucoseReading> fetched)
 {
-    std::map<std::pair<double, GlucoseProvider>, GlucoseReading> byIdentity;
-    for (std::vector<GlucoseReading>* readings : {&held, &fetched}) {
-        for (GlucoseReading& reading : *readings)
-            byIdentity[identity(reading)] = std::move(reading);
+    const auto newestHeld = held.empty() ? std::nullopt : std::optional{identity(held.back())};
+    std::vector<GlucoseReading> merged = onePerSecond(std::move(held), std::move(fetched));
+    if (newestHeld) {
+        const GlucoseReading newest = *std::ranges::lower_bound(merged, *newestHeld, {}, identity);
+        removeDoubledGraphValues(merged);
+        keepNewest(merged, newest);
+    } else {
+        removeDoubledGraphValues(merged);
     }
-    std::vector<GlucoseReading> merged;
-    merged.reserve(byIdentity.size());
-    for (auto& [key, reading] : byIdentity)
-        merged.push_back(std::move(reading));
-    removeDoubledGraphValues(merged);
     if (!merged.empty()) {
         const Date earliest = merged.back().date - historyLength;
         std::erase_if(merged, [&](const GlucoseReading& reading) { return reading.date < earliest; });
