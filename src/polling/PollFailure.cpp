@@ -46,7 +46,8 @@ ErrorInfo accountLockedStatus(GlucoseProvider provider)
     return {.title = "Account locked",
             .message = sharingApp(provider) + " has locked the account after too many failed sign-ins.",
             .remediation = "Wait a while, check your username and password, then sign in again.",
-            .needsSignIn = true};
+            .needsSignIn = true,
+            .canReconnect = true};
 }
 
 ErrorInfo unreachableStatus(const PollFailureContext& context)
@@ -116,7 +117,8 @@ PollFailureVerdict pollFailureVerdict(const GlucoseAPIError& error, const PollFa
         return waitForPerson({.title = sharingApp(context.provider) + " needs attention",
                               .message = error.text,
                               .remediation = "Resolve the issue, then choose Reconnect in Account settings.",
-                              .needsSignIn = true});
+                              .needsSignIn = true,
+                              .canReconnect = true});
     if (error.kind == accountLocked)
         return waitForPerson(accountLockedStatus(context.provider));
     if (isAuthenticationError(error))

@@ -38,6 +38,13 @@ constexpr Seconds authReachabilityTimeout{10};
 /// Between two looks at an account that waits for the person; nothing is requested at these.
 constexpr Seconds accountActionPause{1800};
 
+/// How often LibreLinkUp's current value changes. Dexcom's readings are the schedule's own five minutes
+/// apart.
+constexpr Seconds libreReadingInterval{60};
+/// After LibreLinkUp has asked us to slow down: how long we come less often, and then how often.
+constexpr Seconds restraintPeriod{3600};
+constexpr Seconds restrainedInterval{300};
+
 /// Between the end of one fetch and the start of the next, whoever asks.
 constexpr Milliseconds fetchSpacing = 1s;
 /// Between two refreshes because the network returned; a path that comes and goes must not make a storm.
@@ -52,8 +59,8 @@ constexpr Seconds clockJump{30};
 /// How far ahead of our clock a reading may be dated. Less than this is two clocks that are a little apart;
 /// with more, an old reading could pass for a new one.
 constexpr Seconds futureTolerance{300};
-/// The furthest ahead that a reading puts the next poll: tolerance, interval and grace.
-constexpr Seconds furthestTarget{300 + 300 + 30};
+/// The longest backoff, which is the furthest target while no reading is known.
+constexpr Seconds longestBackoff{2700 + 540};
 
 using Fetched = std::expected<std::vector<GlucoseReading>, GlucoseAPIError>;
 
@@ -117,6 +124,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     std::shared_ptr<GlucoseAPIProtocol> client{};
     GlucoseProvider provider = GlucoseProvider::dexcom;
     std::optional<Date> retryNotBefore{};
+    std::optional<Date> rateLimitedAt{};  ///< When the service last asked to wait.
     bool requiresAccountAction = false;
     std::int64_t refusedSignIns = 0;  ///< In a row.
     std::vector<GlucoseReading> glucoseHistory{};
@@ -200,6 +208,8 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         plan.reset();
     }
 
+    /// Back to the first poll. That the service asked us to slow down is no matter of ours: it stays until
+    /// there is another account.
     void resetRecoveryState()
     {
         retryNotBefore.reset();
@@ -242,21 +252,46 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         if (jump > Seconds{0})
             return;
         for (std::optional<Date>* date :
-             {&retryNotBefore, &pollingSchedule.nextPollDate, &pollingSchedule.lastNoDataAt,
+             {&retryNotBefore, &rateLimitedAt, &pollingSchedule.nextPollDate, &pollingSchedule.lastNoDataAt,
               &lastWakeRefreshAt, &lastReconnectRefreshAt, &lastFetchAt}) {
             if (*date)
                 **date += jump;
         }
     }
 
+    /// How often a reading is to be expected, and asked for.
+    [[nodiscard]] Seconds readingInterval(Date now) const
+    {
+        if (provider == GlucoseProvider::dexcom)
+            return StatusBarPollingSchedule::usualReadingInterval;
+        const bool restrained = rateLimitedAt && now - *rateLimitedAt < restraintPeriod;
+        return restrained ? restrainedInterval : libreReadingInterval;
+    }
+
+    /// The clock was set back while we looked elsewhere: no moment of our own making may then be awaited
+    /// again.
+    void forgetWhatCannotBe(Date now)
+    {
+        if (rateLimitedAt && *rateLimitedAt - now > clockJump) {
+            rateLimitedAt.reset();
+            retryNotBefore.reset();
+        }
+        std::optional<Date>& target = pollingSchedule.nextPollDate;
+        if (!target || requiresAccountAction || retryNotBefore)
+            return;
+        const Date furthest = pollingSchedule.lastReadingDate
+                                  ? pollingSchedule.targetBehind(now + futureTolerance)
+                                  : now + longestBackoff;
+        if (*target > furthest)
+            target = now;
+    }
+
     [[nodiscard]] Plan makePlan(Date now)
     {
+        forgetWhatCannotBe(now);
         std::optional<Date>& target = pollingSchedule.nextPollDate;
         if (requiresAccountAction && (!target || *target <= now + Seconds{5}))
             target = now + accountActionPause;
-        const bool byReading = pollingSchedule.lastReadingDate && !requiresAccountAction && !retryNotBefore;
-        if (byReading && target && *target - now > furthestTarget)
-            target = now;  // The clock was set back while we looked elsewhere.
 
         std::int64_t delay = pollingSchedule.delayForNextPoll(now);
         if (retryNotBefore)
@@ -426,6 +461,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         });
 
         const Date newest = glucoseHistory.back().date;
+        pollingSchedule.readingInterval = readingInterval(now);
         const Date target =
             pollingSchedule.recordSuccess(newest, !previousNewest || newest > *previousNewest);
         log.debug(fmt::format("⏱️ [Scheduler] nowUTC={} lastReadingUTC={} lastReadingLocal={} nextPollUTC={}",
@@ -462,7 +498,9 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         using enum PollFailureVerdict::Action;
         const Date now = parts.clock.now();
         pollingSchedule.recordFailure(verdict.outcome, now);
+        retryNotBefore.reset();
         if (verdict.action == waitForService) {
+            rateLimitedAt = now;
             retryNotBefore = now + verdict.wait;
             pollingSchedule.nextPollDate = retryNotBefore;
         }
@@ -592,6 +630,7 @@ void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<Gluco
     asio::post(impl_->parts.engine, [impl = impl_, run, client = std::move(client), provider] {
         // Also when this run is over already: the next one must not find another account's readings.
         impl->resetRecoveryState();
+        impl->rateLimitedAt.reset();
         impl->glucoseHistory.clear();
         impl->lastFetchedHistoryCount = 0;
         if (impl->isCurrent(run))

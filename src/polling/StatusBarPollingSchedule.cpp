@@ -95,6 +95,12 @@ double StatusBarPollingSchedule::readingAgeBackoff(double ageSeconds) const
     return jittered(ageSteps.back().base, randomUnit);
 }
 
+Date StatusBarPollingSchedule::targetBehind(Date reading) const
+{
+    const Seconds grace{readingInterval < usualReadingInterval ? 10 : 30};
+    return reading + readingInterval + grace;
+}
+
 Date StatusBarPollingSchedule::recordSuccess(Date newestReading, bool isNew)
 {
     consecutiveFailures = 0;
@@ -105,8 +111,7 @@ Date StatusBarPollingSchedule::recordSuccess(Date newestReading, bool isNew)
                        isNew ? StatusBarPollOutcome::Kind::newData : StatusBarPollOutcome::Kind::noNewData};
     if (isNew)
         fastResumeCycles = std::max(fastResumeCycles, fastResumes);
-    const double grace = readingInterval < 300 ? 10 : 30;
-    nextPollDate = newestReading + Seconds{readingInterval + grace};
+    nextPollDate = targetBehind(newestReading);
     return *nextPollDate;
 }
 

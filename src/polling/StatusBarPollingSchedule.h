@@ -21,8 +21,10 @@ struct StatusBarPollOutcome {
 /// Plain values without a clock: `now` is passed in, so every rule can be tested on its own.
 /// Owned by StatusBarPollingCoordinator and used on its executor only; it has no lock.
 struct StatusBarPollingSchedule {
-    std::function<double()> randomUnit;  ///< Jitter, -1 to +1; a value outside is clamped.
-    double readingInterval = 300;        ///< Seconds between two readings of the service.
+    static constexpr Seconds usualReadingInterval{300};
+
+    std::function<double()> randomUnit;              ///< Jitter, -1 to +1; a value outside is clamped.
+    Seconds readingInterval = usualReadingInterval;  ///< How often the service publishes a reading.
     std::int64_t consecutiveFailures = 0;
     StatusBarPollOutcome lastOutcome{};
     std::optional<Date> lastReadingDate{};
@@ -34,7 +36,10 @@ struct StatusBarPollingSchedule {
     /// Whole milliseconds to sleep; 5000 for the very first poll, else at least 1000. May spend a fast-resume
     /// cycle.
     [[nodiscard]] std::int64_t delayForNextPoll(Date now);
-    /// Records a good answer; returns the new target: reading + interval + grace.
+    /// When to ask for the reading that comes after one of that date: after the interval and a grace of 10 s,
+    /// from five minutes on 30 s.
+    [[nodiscard]] Date targetBehind(Date reading) const;
+    /// Records a good answer; returns the new target, which lies behind that reading.
     Date recordSuccess(Date newestReading, bool isNew);
     /// Records an answer without readings; returns the new count within the window.
     std::int64_t recordNoData(Date now, Seconds window);

@@ -23,9 +23,10 @@ PollFailureVerdict recorded(Outcome outcome, ErrorInfo status)
     return {.outcome = {.kind = outcome}, .status = std::move(status)};
 }
 
-PollFailureVerdict person(ErrorInfo status)
+PollFailureVerdict person(ErrorInfo status, bool canReconnect = true)
 {
     status.needsSignIn = true;
+    status.canReconnect = canReconnect;
     return {.action = Action::waitForPerson, .outcome = {.kind = Outcome::sessionExpired}, .status = status};
 }
 
@@ -60,12 +61,14 @@ const std::vector<Case> cases{
      {Kind::credentialsRefused, "R"},
      {.refusedSignIns = 2},
      person({"Authentication failed", "Unable to authenticate with Dexcom Share.",
-             "Check your username and password in Settings."})},
+             "Check your username and password in Settings."},
+            false)},
     {"refused, signed in again already",
      {Kind::credentialsRefused, "R"},
      {.provider = libre, .signedInAgain = true, .refusedSignIns = 1},
      person({"Authentication failed", "Unable to authenticate with LibreLinkUp.",
-             "Check your username and password in Settings."})},
+             "Check your username and password in Settings."},
+            false)},
     {"locked",
      {Kind::accountLocked, "L"},
      {},

@@ -74,6 +74,7 @@ private:
 /// Coordinator and view model on one thread and one fake clock, with a scripted service.
 struct PollingFixture {
     static constexpr Date start = dateFromUnix(1'772'438'000);
+    static constexpr GlucoseProvider libre = GlucoseProvider::libreLinkUp;
     using Kind = GlucoseAPIError::Kind;
     using Fetched = ScriptedGlucoseAPI::Fetched;
 
@@ -117,6 +118,12 @@ struct PollingFixture {
         const double newest = std::floor(unixSeconds(clock.now()) / 300) * 300;
         return std::vector{reading(dateFromUnix(newest)), reading(dateFromUnix(newest - 300))};
     }
+    /// The same of LibreLinkUp: a current value each minute.
+    [[nodiscard]] Fetched currentValue() const
+    {
+        const double newest = std::floor(unixSeconds(clock.now()) / 60) * 60;
+        return std::vector{makeReading(120, "Flat", dateFromUnix(newest), Seconds{60}, libre)};
+    }
     static Fetched failure(Kind kind, std::string text = "Text")
     {
         return std::unexpected{GlucoseAPIError{.kind = kind, .text = std::move(text)}};
@@ -159,6 +166,7 @@ struct PollingFixture {
     {
         const Date from = clock.now();
         const std::size_t before = service->fetches.size();
+        clock.runReady();
         while (service->fetches.size() == before && clock.now() - from < limit && clock.sleepers() > 0)
             clock.advance(clock.untilNextWake());
         return service->fetches.size() > before ? service->fetches.back() - from : limit;

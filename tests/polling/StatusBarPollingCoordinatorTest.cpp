@@ -304,6 +304,91 @@ TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEn
     EXPECT_TRUE(log.text().contains(": nextPoll scheduled in 1000000000000ms")) << log.text();
 }
 
+/// Polls of a LibreLinkUp account, and what makes them come less often for an hour.
+struct LibrePacing : StatusBarPollingCoordinatorTest {
+    void SetUp() override
+    {
+        service->onFetch = [this] { return currentValue(); };
+        coordinator->start(service, libre);
+        untilNextFetch();
+    }
+
+    void limit(Seconds wait)
+    {
+        failWith(Kind::rateLimited, wait);
+        untilNextFetch();
+        service->onFetch = [this] { return currentValue(); };
+        untilNextFetch();
+    }
+    /// From the reading that is shown to the fetch after it.
+    Seconds pace()
+    {
+        const Date shown = state().presentedReading->date;
+        untilNextFetch();
+        return service->fetches.back() - shown;
+    }
+};
+
+TEST_F(LibrePacing, currentValueIsFetchedEachMinuteAndForAnHourAfterARateLimitEveryFive)
+{
+    EXPECT_EQ(pace(), Seconds{70});
+    EXPECT_EQ(pace(), Seconds{70});
+    limit(Seconds{600});
+    const Date limited = service->fetches.back() - Seconds{600};
+    while (service->fetches.back() < limited + Seconds{3600 - 331.0})
+        ASSERT_EQ(pace(), Seconds{330});
+    while (service->fetches.back() < limited + Seconds{3600})
+        pace();
+    EXPECT_EQ(pace(), Seconds{70});
+
+    // Signing in again as somebody else is a new beginning; the same account goes on with restraint.
+    limit(Seconds{60});
+    coordinator->stop();
+    coordinator->start(service, libre);
+    clock.advance(Seconds{6});
+    untilNextFetch();
+    EXPECT_EQ(pace(), Seconds{330});
+    clock.advance(Seconds{2});
+    coordinator->reconnect();
+    clock.runReady();
+    EXPECT_EQ(pace(), Seconds{330});
+    coordinator->resetForNewConfiguration(service, libre);
+    untilNextFetch();
+    EXPECT_EQ(pace(), Seconds{70});
+}
+
+TEST_F(LibrePacing, clockThatIsSetBackMakesNoLongWaitOfAnyMoment)
+{
+    // While the loop sleeps it sees the jump; at a new start it has to see that the moments cannot be.
+    for (const bool restart : {false, true}) {
+        for (const bool afterwards : {false, true}) {
+            SCOPED_TRACE(testing::Message() << restart << afterwards);
+            failWith(Kind::rateLimited, Seconds{900});
+            untilNextFetch();
+            service->onFetch = [this] { return currentValue(); };
+            if (afterwards)
+                untilNextFetch();
+            clock.setWallClock(clock.now() - Seconds{5 * 3600.0});
+            if (restart) {
+                coordinator->stop();
+                coordinator->start(service, libre);
+            }
+            EXPECT_LE(untilNextFetch().count(), 901);
+            EXPECT_EQ(errorTitle(), "");
+            coordinator->resetForNewConfiguration(service, libre);
+            untilNextFetch();
+        }
+    }
+    // Also without any reading.
+    failWith(Kind::sessionExpired);
+    coordinator->resetForNewConfiguration(service, libre);
+    untilNextFetch();
+    clock.advance(Seconds{10});
+    clock.setWallClock(clock.now() - Seconds{5 * 3600.0});
+    coordinator->start(service, libre);
+    EXPECT_LE(untilNextFetch().count(), 3240);
+}
+
 TEST_F(StatusBarPollingCoordinatorTest, expiredSessionIsRenewedOnceWithItsTwoWaits)
 {
     runToFirstReading();

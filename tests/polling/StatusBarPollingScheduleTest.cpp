@@ -41,7 +41,7 @@ TEST(StatusBarPollingSchedule, aimsBehindTheNextReadingAndChasesALateOne)
     EXPECT_EQ(chased.delayForNextPoll(start + Seconds{650}), 45'000);
     EXPECT_EQ(chased.delayForNextPoll(start + Seconds{650}), 75'000);
 
-    chased.readingInterval = 299;
+    chased.readingInterval = Seconds{299};
     EXPECT_EQ(chased.recordSuccess(start, false), start + Seconds{309});
     EXPECT_EQ(chased.lastOutcome.kind, noNewData);
     EXPECT_EQ(chased.fastResumeCycles, 0);
