@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 
 #include "program/AccountCheck.h"
 #include "program/CommandSession.h"
@@ -96,18 +97,21 @@ std::string selectionHint(const LibreConnections& connections)
                        selectCommand(connections.people.front().patientId));
 }
 
-/// Why a check of the account ends the command; `nothing` says what did not happen. Not for an account whose
-/// service is unreachable.
-CommandError refusal(GlucoseProvider provider, const GlucoseAPIError& error, std::string_view nothing)
+/// Why a check of the account ends the command; `then` says what did not happen, or what to do. Not for an
+/// account whose service is unreachable.
+CommandError refusal(GlucoseProvider provider, const GlucoseAPIError& error, std::string_view then)
 {
+    std::string message;
     if (accountCheckResult(error) == AccountCheck::Result::actionRequired)
-        return {ExitCode::signInNeeded,
-                fmt::format("The account needs attention: {} {}", sentence(error.text), nothing)};
-    const std::string_view check = provider == GlucoseProvider::dexcom
-                                       ? "Check the user name, the password and the region."
-                                       : "Use the follower's e-mail address and password.";
-    return {ExitCode::signInNeeded,
-            fmt::format("The sign-in was refused: {} {} {}", sentence(error.text), check, nothing)};
+        message = "The account needs attention: " + sentence(error.text);
+    else
+        message = fmt::format("The sign-in was refused: {} {}", sentence(error.text),
+                              provider == GlucoseProvider::dexcom
+                                  ? "Check the user name, the password and the region."
+                                  : "Use the follower's e-mail address and password.");
+    if (!then.empty())
+        message += fmt::format(" {}", then);
+    return {ExitCode::signInNeeded, std::move(message)};
 }
 
 bool isUnreachable(const GlucoseAPIError& error)
@@ -170,21 +174,27 @@ ExitCode setDexcom(CommandSession& session, GlucoseAccountConfiguration account)
     return ExitCode::good;
 }
 
-/// Takes over the home region that the service named, and says so when it is another one.
-void moveHome(GlucoseAccountConfiguration& account, const std::string& home)
+/// Stores an account that lives in the region `home`, and says so when that is not the one it was given.
+std::expected<void, CommandError> storeAtHome(CommandSession& session, GlucoseAccountConfiguration account,
+                                              const std::string& home)
 {
-    if (home.empty() || home == account.region)
-        return;
-    fmt::print(stderr, "The account lives in the region \"{}\", not in \"{}\"; that is what is stored.\n",
-               home, account.region);
-    account.region = home;
+    const std::string given = account.region;
+    if (!home.empty())
+        account.region = home;
+    const bool moved = account.region != given;
+    if (const auto stored = store(session, std::move(account)); !stored)
+        return stored;
+    if (moved)
+        fmt::print(stderr, "The account lives in the region \"{}\", not in \"{}\"; that is what is stored.\n",
+                   home, given);
+    return {};
 }
 
-/// Stores an account with the person that it has.
-ExitCode storeFollowing(CommandSession& session, GlucoseAccountConfiguration account)
+/// The same for an account with the person that it follows.
+ExitCode storeFollowing(CommandSession& session, GlucoseAccountConfiguration account, const std::string& home)
 {
     const auto name = personName(account.patientName.value_or(""), *account.patientID).toStdString();
-    if (const auto stored = store(session, std::move(account)); !stored)
+    if (const auto stored = storeAtHome(session, std::move(account), home); !stored)
         return report(stored.error());
     fmt::print("Signed in. The account is stored. It follows {}.\n", name);
     return ExitCode::good;
@@ -218,15 +228,14 @@ ExitCode setLibreLinkUp(CommandSession& session, GlucoseAccountConfiguration acc
             return selected.error().code;
         }
     }
-    moveHome(account, connections->region);
     const auto& former = session.configuration().account();
     if (!patientID && former && former->provider == account.provider &&
         former->username == account.username && former->patientID)
         (void)selectPerson(account, *former->patientID, *connections);  // Who signs in again means the same.
     if (account.patientID)
-        return storeFollowing(session, std::move(account));
+        return storeFollowing(session, std::move(account), connections->region);
 
-    if (const auto stored = store(session, std::move(account)); !stored)
+    if (const auto stored = storeAtHome(session, std::move(account), connections->region); !stored)
         return report(stored.error());
     if (connections->people.empty())
         fmt::print(
@@ -264,8 +273,7 @@ ExitCode changePerson(const std::string& patientID)
         fmt::print(stderr, "{}", peopleLines(*connections));
         return selected.error().code;
     }
-    moveHome(*account, connections->region);
-    return storeFollowing(**session, *std::move(account));
+    return storeFollowing(**session, *std::move(account), connections->region);
 }
 
 /// The regions of a provider that the endpoints in force name.
@@ -404,6 +412,7 @@ ExitCode runAccountConnections()
                                               sentence(connections.error().text)});
     }
     fmt::print("{}", peopleLines(*connections, account->patientID));
+    (void)std::fflush(stdout);  // The notes come after the list in a terminal and in a file alike.
     const bool there = std::ranges::find(connections->people, account->patientID,
                                          &LibreConnection::patientId) != connections->people.end();
     if (connections->people.empty()) {

@@ -63,9 +63,17 @@ protected:
     }
     ~CommandLineTest() override { std::filesystem::remove_all(home); }
 
+    /// In the place of the one that runs, if there is one.
     void startService(std::string scenario = "steady")
     {
-        auto started = DemoService::start(clock, {.scenario = std::move(scenario)});
+        std::uint16_t port = 0;
+        if (service) {
+            const auto base = parseJson(service->endpointsDocument()).value().at("libreLinkUp").at("de");
+            const std::string address{base.as_string()};
+            port = static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
+            service.reset();
+        }
+        auto started = DemoService::start(clock, {.port = port, .scenario = std::move(scenario)});
         ASSERT_TRUE(started) << started.error();
         service = std::move(*started);
         std::ofstream{home / "endpoints.json"} << service->endpointsDocument();
@@ -129,6 +137,18 @@ protected:
                    password + "\n");
     }
 
+    /// `account set` for LibreLinkUp, from a region that is not the account's own.
+    Ended setLibreLinkUp(std::vector<std::string> more = {}, std::string region = "DE")
+    {
+        std::vector<std::string> arguments{"account",         "set",
+                                           "--provider",      "libreLinkUp",
+                                           "--username",      service->account().username,
+                                           "--region",        std::move(region),
+                                           "--password-stdin"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run(arguments, service->account().password + "\n");
+    }
+
     asio::io_context io{1};
     SystemClock clock{io};
     std::filesystem::path home;
@@ -168,6 +188,13 @@ TEST_F(CommandLineTest, helpAndVersionNeedNothingAndMistakesGetOneLineAndCodeTwo
         {"account", "set", "--provider", "dexcom", "--username", "ada", "--region", "mars",
          "--password-stdin"},
         {"account", "set", "--provider", "dexcom", "--username", "ada", "--region", "us", "--password-stdin"},
+        {"account", "set", "--provider", "libreLinkUp", "--username", "ada", "--region", "mars",
+         "--password-stdin"},
+        {"account", "set", "--provider", "dexcom", "--username", "ada", "--region", "us", "--patient", "x",
+         "--password-stdin"},
+        {"account", "set", "--patient", "x", "--region", "us"},
+        {"account", "set", "--patient", ""},
+        {"account", "set"},
         {"settings", "get", "colour"},
         {"settings", "set", "lowGlucoseThreshold", "12"},
         {"settings", "set", "measurementUnit", "stone"},
@@ -230,6 +257,109 @@ TEST_F(CommandLineTest, signsInShowsTheValueAndSignsOutAgain)
     EXPECT_EQ(run({"watch", "--once"}).code, 5);
 }
 
+TEST_F(CommandLineTest, aLibreLinkUpAccountFollowsWhoWasSelectedAndNobodyElse)
+{
+    ASSERT_NO_FATAL_FAILURE(startService("libre-several"));
+    const auto document = home / ".config/tidewell/configuration.json";
+    EXPECT_EQ(setLibreLinkUp({"--patient", "nobody"}).code, 2);
+    EXPECT_FALSE(std::filesystem::exists(document));
+
+    const auto set = setLibreLinkUp();
+    EXPECT_EQ(set.code, 0) << set.errors;
+    EXPECT_NE(set.errors.find("lives in the region \"eu2\", not in \"de\""), std::string::npos) << set.errors;
+    const auto listed = run({"account", "connections"});
+    EXPECT_EQ(listed.code, 0);
+    EXPECT_EQ(std::ranges::count(listed.output, '\n'), 3) << listed.output;
+    EXPECT_NE(set.output.find(listed.output), std::string::npos) << set.output;
+    const std::string id = listed.output.substr(0, listed.output.find("  "));
+    const std::string name = listed.output.substr(id.size() + 2, listed.output.find('\n') - id.size() - 2);
+    const std::string select = "\ntidewell account set --patient " + id + "\n";
+    EXPECT_NE(set.output.find(select), std::string::npos);
+    EXPECT_NE(listed.errors.find(select), std::string::npos);
+    EXPECT_NE(run({"account", "show"}).output.find("patient   not selected\n"), std::string::npos);
+    EXPECT_EQ(run({"account", "reconnect"}).code, 5);
+    EXPECT_EQ(run({"watch", "--once"}).code, 5);
+
+    const auto before = contents(document);
+    const auto wrong = run({"account", "set", "--patient", "nobody"});
+    EXPECT_EQ(wrong.code, 2);
+    EXPECT_NE(wrong.errors.find(listed.output), std::string::npos) << wrong.errors;
+    EXPECT_EQ(contents(document), before);
+
+    EXPECT_EQ(run({"account", "set", "--patient", id}).code, 0);
+    const auto shown = run({"account", "show"});
+    EXPECT_NE(shown.output.find("region    eu2\npatient   " + id + "\nname      " + name + "\n"),
+              std::string::npos)
+        << shown.output;
+    const auto marked = run({"account", "connections"});
+    EXPECT_NE(marked.output.find(id + "  " + name + "  (selected)\n"), std::string::npos);
+    EXPECT_EQ(marked.output.find("(selected)"), marked.output.rfind("(selected)"));
+    EXPECT_EQ(run({"account", "reconnect"}).code, 0);
+    EXPECT_EQ(run({"watch", "--once"}).code, 0);
+
+    const auto again = setLibreLinkUp({}, "eu2");
+    EXPECT_NE(again.output.find("follows " + name), std::string::npos) << "who signs in again means the same";
+    for (const auto& text :
+         {set.output + set.errors, listed.errors, shown.output, again.errors, contents(document)})
+        EXPECT_EQ(text.find(service->account().password), std::string::npos);
+}
+
+TEST_F(CommandLineTest, oneOrNobodyWhoSharesIsSaidWithWhatToDo)
+{
+    ASSERT_NO_FATAL_FAILURE(startService("libre"));
+    const auto [provider, username, password, region, id, name] = service->account();
+    EXPECT_EQ(setLibreLinkUp().code, 0);
+    const auto one = run({"account", "connections"});
+    EXPECT_EQ(one.output, id + "  " + name + "\n");
+    EXPECT_NE(one.errors.find("shares with this account: " + name), std::string::npos) << one.errors;
+    EXPECT_NE(one.errors.find("tidewell account set --patient " + id + "\n"), std::string::npos);
+    EXPECT_NE(run({"account", "show"}).output.find("not selected"), std::string::npos);
+    EXPECT_EQ(setLibreLinkUp({"--patient", id}).code, 0);
+
+    ASSERT_NO_FATAL_FAILURE(startService("libre-none"));
+    const std::string text =
+        "No LibreLinkUp connections were found. Accept a sharing invitation in the "
+        "LibreLinkUp app first.";
+    const auto none = run({"account", "connections"});
+    EXPECT_EQ(none.code, 0);
+    EXPECT_EQ(none.output, "");
+    EXPECT_NE(none.errors.find("\n" + text), std::string::npos) << none.errors;
+    const auto stored = setLibreLinkUp();
+    EXPECT_EQ(stored.code, 0);
+    EXPECT_NE(stored.output.find(text), std::string::npos) << stored.output;
+    EXPECT_NE(run({"account", "show"}).output.find("not selected"), std::string::npos);
+
+    EXPECT_EQ(run({"account", "clear"}).code, 0);
+    ASSERT_NO_FATAL_FAILURE(startService("libre-action"));
+    const auto pending = setLibreLinkUp();
+    EXPECT_EQ(pending.code, 5);
+    EXPECT_NE(pending.errors.find("complete the account setup"), std::string::npos) << pending.errors;
+    EXPECT_EQ(run({"account", "show"}).code, 5) << "nothing was stored";
+}
+
+TEST_F(CommandLineTest, reconnectingTellsThoseWhoFollowTheAccountUnlessItIsRefused)
+{
+    ASSERT_NO_FATAL_FAILURE(startService("libre"));
+    ASSERT_EQ(setLibreLinkUp({"--patient", service->account().patientID}).code, 0);
+    // A program that runs notices a new document, and then looks up when the account was confirmed.
+    const auto document = home / ".config/tidewell/configuration.json";
+    const auto trace = [&] {
+        struct stat file{};
+        EXPECT_EQ(::stat(document.c_str(), &file), 0);
+        return std::pair{file.st_ino, contents(home / ".local/state/tidewell/defaults.json")};
+    };
+    const auto content = contents(document);
+    const auto before = trace();
+    ASSERT_NO_FATAL_FAILURE(startService("libre-action"));
+    EXPECT_EQ(run({"account", "reconnect"}).code, 5);
+    EXPECT_EQ(trace(), before);
+    ASSERT_NO_FATAL_FAILURE(startService("libre"));
+    EXPECT_EQ(run({"account", "reconnect"}).code, 0);
+    EXPECT_NE(trace().first, before.first);
+    EXPECT_NE(trace().second, before.second);
+    EXPECT_EQ(contents(document), content);
+}
+
 TEST_F(CommandLineTest, settingsAreKeptAndShown)
 {
     EXPECT_EQ(run({"settings", "set", "measurementUnit", "mmol/L"}).code, 0);
@@ -267,7 +397,8 @@ TEST_F(CommandLineTest, badSurroundingsGetOneClearLine)
 TEST_F(CommandLineTest, whatNobodyTypesIsNoAccount)
 {
     ASSERT_NO_FATAL_FAILURE(startService());
-    const auto [username, password, region] = service->account();
+    const auto account = service->account();
+    const auto& [provider, username, password, region, patientID, patientName] = account;
     const std::string longText(4097, 'x');
     const std::vector<std::pair<std::string, std::string>> mistakes{
         {username, ""},
