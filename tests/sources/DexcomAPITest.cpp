@@ -1,19 +1,12 @@
 #include "sources/DexcomAPI.h"
 
-#include <source_location>
-
-#include "support/Log.h"
+#include "sources/ClientFixture.h"
 #include "support/Random.h"
-#include "testing/FakeClock.h"
-#include "testing/Running.h"
-#include "testing/ScriptedHttpClient.h"
 
 namespace tidewell {
 namespace {
 
 using ErrorKind = GlucoseAPIError::Kind;
-using Readings = std::expected<std::vector<GlucoseReading>, GlucoseAPIError>;
-
 constexpr std::string_view accountId = "3b0c1f6e-6a0d-4f7b-8f43-9d5e2a71c0aa";
 constexpr std::string_view sessionId = "7c1f0b52-3f4e-4d0a-9a53-1be0c2d4e611";
 constexpr std::string_view nullId = "00000000-0000-0000-0000-000000000000";
@@ -41,77 +34,17 @@ char stepOf(const HttpRequest& request)
     return request.url.ends_with("Publisher/ReadPublisherLatestGlucoseValues") ? 'r' : '?';
 }
 
-class DexcomAPITest : public testing::Test {
+class DexcomAPITest : public ClientFixture<DexcomAPI> {
 protected:
-    DexcomAPITest()
-    {
-        earlierSink_ = setLogSink([this](LogLevel, std::string_view category, std::string_view line) {
-            EXPECT_EQ(category, "DexcomAPI");
-            EXPECT_TRUE(line.starts_with("🧪 [DexcomAPI] ")) << line;
-            log_.emplace_back(line.substr(std::string_view{"🧪 [DexcomAPI] "}.size()));
-        });
-        account_.username = "ada@example.org";
-        account_.password = SecretText{std::string_view{"correct horse"}};
-        account_.region = "us";
-    }
-    ~DexcomAPITest() override { setLogSink(std::move(earlierSink_)); }
+    DexcomAPITest() : ClientFixture{"DexcomAPI"} {}
 
-    std::unique_ptr<DexcomAPI> client()
-    {
-        return std::make_unique<DexcomAPI>(io_.get_executor(), http_, clock_, ServiceEndpoints::builtIn(),
-                                           account_);
-    }
     void answerSignIn()
     {
         http_.answer(200, idBody(accountId));
         http_.answer(200, idBody(sessionId));
     }
-    Running<Readings> startFetch(DexcomAPI& api) { return {io_.get_executor(), api.fetchLatestReadings()}; }
-    Readings fetch(DexcomAPI& api)
-    {
-        const auto running = startFetch(api);
-        clock_.runReady();
-        if (!running.ended())
-            clock_.advance(1s);  // The pause before a read is repeated.
-        EXPECT_TRUE(running.ended());
-        return running.result();
-    }
-    auto signInAgain(DexcomAPI& api)
-    {
-        const Running<std::expected<void, GlucoseAPIError>> running{io_.get_executor(), api.signInAgain()};
-        clock_.runReady();
-        EXPECT_TRUE(running.ended());
-        return running.result();
-    }
-    void expectError(const Readings& result, ErrorKind kind, std::string_view text,
-                     std::source_location at = std::source_location::current())
-    {
-        const testing::ScopedTrace trace{at.file_name(), static_cast<int>(at.line()), "called"};
-        ASSERT_FALSE(result);
-        EXPECT_EQ(result.error(), (GlucoseAPIError{.kind = kind, .text = std::string{text}}));
-    }
-    /// The steps asked for since the last call, as letters.
-    std::string takeSteps()
-    {
-        std::string steps;
-        for (const HttpRequest& request : http_.requests())
-            steps += stepOf(request);
-        http_.forgetRequests();
-        return steps;
-    }
-    bool logged(std::string_view text) const
-    {
-        return std::ranges::any_of(log_, [&](const auto& line) { return line == text; });
-    }
-
-    asio::io_context io_;
-    FakeClock clock_{io_, dateFromUnix(1'772'438'400)};
-    ScriptedHttpClient http_;
-    GlucoseAccountConfiguration account_;
-    std::vector<std::string> log_;
-
-private:
-    LogSink earlierSink_;
+    auto signInAgain(DexcomAPI& api) { return ended(api.signInAgain()); }
+    std::string takeSteps() { return ClientFixture::takeSteps(stepOf); }
 };
 
 TEST_F(DexcomAPITest, signsInOnceAndReadsWithTheSameSession)
@@ -411,86 +344,6 @@ TEST_F(DexcomAPITest, signingInAgainDropsTheSession)
     http_.answer(200, std::string{oneReading});
     EXPECT_TRUE(fetch(*api));
     EXPECT_EQ(takeSteps(), "aalr") << "the old session is gone";
-}
-
-TEST_F(DexcomAPITest, everyWaitCanBeCancelledAndTheNextCallWorks)
-{
-    for (int answered = 0; answered < 3; ++answered) {
-        SCOPED_TRACE(answered);
-        const auto api = client();
-        if (answered > 0)
-            http_.answer(200, idBody(accountId));
-        if (answered > 1)
-            http_.answer(200, idBody(sessionId));
-        http_.hang();
-        auto hanging = startFetch(*api);
-        auto queued = startFetch(*api);
-        const auto patient = startFetch(*api);
-        clock_.runReady();
-        EXPECT_EQ(http_.running(), 1);
-        EXPECT_FALSE(hanging.ended() || queued.ended());
-
-        queued.cancel();  // While it waits for its turn; it must not take one with it.
-        clock_.runReady();
-        EXPECT_TRUE(queued.cancelled());
-        EXPECT_FALSE(hanging.ended());
-
-        if (answered < 2)
-            answerSignIn();
-        http_.answer(200, std::string{oneReading});
-        hanging.cancel();
-        clock_.runReady();
-        EXPECT_TRUE(hanging.cancelled());
-        ASSERT_TRUE(patient.ended());
-        EXPECT_TRUE(patient.result());
-        EXPECT_EQ(http_.running(), 0);
-        EXPECT_EQ(http_.unused(), 0U);
-    }
-}
-
-TEST_F(DexcomAPITest, aCallCancelledBetweenAnyTwoStepsPassesItsTurnOn)
-{
-    for (std::size_t cancelledCall : {0U, 1U}) {
-        bool both = false;
-        for (int steps = 0; !both; ++steps) {
-            SCOPED_TRACE(steps);
-            const auto api = client();
-            answerSignIn();
-            http_.answer(200, std::string{oneReading});
-            http_.answer(200, std::string{oneReading});
-            std::array calls{startFetch(*api), startFetch(*api)};
-            io_.restart();
-            for (int i = 0; i < steps; ++i)
-                io_.poll_one();
-            both = calls[0].ended() && calls[1].ended();
-            calls[cancelledCall].cancel();
-            clock_.runReady();
-            EXPECT_TRUE(calls[0].ended() && calls[1].ended());
-
-            http_.forgetAnswers();
-            const auto next = startFetch(*api);
-            answerSignIn();
-            http_.answer(200, std::string{oneReading});
-            clock_.runReady();
-            ASSERT_TRUE(next.ended());
-            http_.forgetAnswers();
-        }
-    }
-}
-
-TEST_F(DexcomAPITest, aRunningCallOutlivesItsClient)
-{
-    auto api = client();
-    answerSignIn();
-    http_.answer(200, std::string{oneReading});
-    const auto running = startFetch(*api);
-    const auto queued = startFetch(*api);
-    io_.poll_one();
-    http_.answer(200, std::string{oneReading});
-    api.reset();
-    clock_.runReady();
-    EXPECT_TRUE(running.ended() && running.result());
-    EXPECT_TRUE(queued.ended() && queued.result());
 }
 
 TEST_F(DexcomAPITest, nothingSecretIsLogged)
