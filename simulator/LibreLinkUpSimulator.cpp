@@ -354,11 +354,13 @@ LibreLinkUpSimulator::Admission LibreLinkUpSimulator::admit(std::string_view reg
     if (!options_.minimumVersion.empty() && version < versionNumbers(options_.minimumVersion))
         return refuse(403, fmt::format(R"({{"data":{{"minimumVersion":{}}},"status":920}})",
                                        jsonText(options_.minimumVersion)));
+    const auto* account = ticketHolder(region, request, now);
+    if (!account)
+        return refuse(401, std::string{ticketRefused});
     const auto accountId = requestHeader(request, "account-id");
     if (options_.requireAccountId && !accountId)
         return refuse(400, std::string{headerMissing});
-    const auto* account = ticketHolder(region, request, now);
-    if (!account || (options_.requireAccountId && *accountId != sha256Hex(account->userId)))
+    if (options_.requireAccountId && *accountId != sha256Hex(account->userId))
         return refuse(401, std::string{ticketRefused});
     return {.account = account};
 }

@@ -106,8 +106,11 @@ std::vector<LibreReadings::Measurement> LibreReadings::graph(Date now) const
     const auto slot = [&](Date date) {
         return static_cast<std::int64_t>(std::floor((unixSeconds(date) - phase) / interval));
     };
-    const auto last = slot(newestMeasured(now) - options_.graphLag + options_.graphInterval / 2);
-    for (auto at = slot(now - options_.graphLag - options_.graphSpan) + 1; at <= last; ++at) {
+    const Date newest = newestMeasured(now);
+    const auto last = slot(newest - options_.graphLag + options_.graphInterval / 2);
+    // A clock that was set back does not make the graph longer.
+    for (auto at = slot(std::max(now, newest) - options_.graphLag - options_.graphSpan) + 1; at <= last;
+         ++at) {
         if (options_.gapShare > 0 && std::abs(chance(at, gapOf)) < options_.gapShare)
             continue;
         const Date date = dateFromUnix(phase + static_cast<double>(at) * interval) +

@@ -94,10 +94,11 @@ asio::awaitable<void> close(Connection& connection)
 
 std::string headText(const SimulatedAnswer& answer, std::string_view encodingLines, bool keepAlive)
 {
-    const auto reason =
-        http::obsolete_reason(http::int_to_status(static_cast<unsigned>(answer.response.status)));
-    std::string head = fmt::format("HTTP/1.1 {} {}\r\n", answer.response.status,
-                                   std::string_view{reason.data(), reason.size()});
+    // A status without a standard meaning, such as 430, comes without a reason.
+    const auto status = http::int_to_status(static_cast<unsigned>(answer.response.status));
+    const std::string reason =
+        status == http::status::unknown ? "" : std::string{http::obsolete_reason(status)};
+    std::string head = fmt::format("HTTP/1.1 {} {}\r\n", answer.response.status, reason);
     for (const auto& header : answer.response.headers)
         head += fmt::format("{}: {}\r\n", header.name, header.value);
     head += encodingLines;

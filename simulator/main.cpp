@@ -48,7 +48,7 @@ int fail(ExitCode code, std::string_view what)
 void listScenarios()
 {
     for (const auto& scenario : Scenario::builtIn())
-        say(fmt::format("{:<15} {}", scenario.name, scenario.summary));
+        say(fmt::format("{:<20} {}", scenario.name, scenario.summary));
 }
 
 std::expected<Scenario, std::string> chosenScenario(const Arguments& arguments)
@@ -90,17 +90,19 @@ int serve(const Arguments& arguments, SimulatedServices::Options options, bool p
     asio::io_context context{1};
     SystemClock clock{context};
     asio::signal_set signals{context, SIGTERM, SIGINT, SIGHUP};
-    const auto account = options.dexcom.accounts.front();
     const auto region = options.region;
     const std::string note = options.scenario.steps.empty() ? "" : options.scenario.steps.front().note;
     const std::string name = options.scenario.name;
 
     SimulatedServices services{std::move(options), clock.now()};
+    const auto account = services.dexcom(region).options().accounts.front();
+    const auto libre = services.libreLinkUp().options().accounts.front();
     LoopbackServer::Options server{.host = arguments.host, .port = arguments.port};
     if (!arguments.quiet) {
         server.onRequest = [&clock](const std::string& path, int status) {
             const std::string outcome = status == 0 ? "no answer" : fmt::format("{}", status);
-            say(fmt::format("{}  {:<9}  {}", timeOfDay(clock.now()), outcome, path));
+            say(fmt::format("{}  {:<9}  {}", timeOfDay(clock.now()), outcome,
+                            SimulatedServices::loggedPath(path)));
         };
         services.onStep([&clock](Seconds, std::string_view text) {
             say(fmt::format("{}  {}", timeOfDay(clock.now()), text));
@@ -119,12 +121,18 @@ int serve(const Arguments& arguments, SimulatedServices::Options options, bool p
             return fail(failure,
                         fmt::format("Cannot write {}: {}", arguments.endpointsFile, error.message()));
     }
-    say(fmt::format("Serving Dexcom Share on {} (scenario {})", origin,
+    const auto password = [passwordIsOurs](const std::string& ours) {
+        return passwordIsOurs ? fmt::format("password \"{}\" (invented, protects nothing)", ours)
+                              : std::string{"password as given"};
+    };
+    say(fmt::format("Serving Dexcom Share and LibreLinkUp on {} (scenario {})", origin,
                     name.empty() ? "of the script" : name));
-    say(fmt::format("Account: {}, region {}, {}", account.name, region,
-                    passwordIsOurs
-                        ? fmt::format("password \"{}\" (invented, protects nothing)", account.password)
-                        : "password as given"));
+    say(fmt::format("Dexcom Share: {}, region {}, {}", account.name, region, password(account.password)));
+    say(fmt::format("LibreLinkUp: {}, region {}, {}", libre.email, libre.homeRegion,
+                    password(libre.password)));
+    for (const auto& person : libre.people)
+        say(fmt::format("  shared by {} {}, patient {}", person.firstName, person.lastName,
+                        person.patientId));
     if (!arguments.endpointsFile.empty())
         say(fmt::format("Endpoints: {}", arguments.endpointsFile));
     if (!arguments.quiet && !note.empty())
@@ -144,6 +152,11 @@ int run(int argc, char** argv)
         "person's glucose trace so that its newest reading is now."};
     app.name("tidewell-simulator");
     app.set_version_flag("--version", TIDEWELL_VERSION);
+    app.footer(
+        "The built-in traces come from the data sets PhysioCGM (CC0 1.0, doi 10.6084/m9.figshare.28136294) "
+        "and "
+        "BrisT1D-Open (CC BY 4.0, https://creativecommons.org/licenses/by/4.0/, University of Bristol, doi "
+        "10.5523/bris.33z5jc8fa6tob21ptrugzqog08; cut and reformatted). They are not medical advice.");
     app.add_option("--port", arguments.port, "Port to listen on; 0 takes any free one")
         ->capture_default_str();
     app.add_option("--host", arguments.host, "Loopback address to listen on")->capture_default_str();
@@ -156,9 +169,10 @@ int run(int argc, char** argv)
     app.add_option("--age", arguments.age, "Seconds: how old the newest reading is at the start")
         ->check(CLI::Range(0.0, 172800.0));
     app.add_option("--seed", arguments.seed, "Number that fixes all chance")->capture_default_str();
-    auto* user = app.add_option("--user", arguments.user, "Name of the account");
+    auto* user = app.add_option("--user", arguments.user,
+                                "Name of the accounts, which for LibreLinkUp is an e-mail address");
     app.add_flag("--password-stdin", arguments.passwordFromInput,
-                 "Read the account's password from the standard input")
+                 "Read the accounts' password from the standard input")
         ->needs(user);
     app.add_option("--write-endpoints", arguments.endpointsFile,
                    "Write the endpoints file for Tidewell here");
@@ -179,8 +193,10 @@ int run(int argc, char** argv)
     auto chosen = chosenScenario(arguments);
     if (!chosen)
         return fail(usage, chosen.error());
-    if (arguments.age)
+    if (arguments.age) {
         chosen->steps.front().readings["newestAge"] = *arguments.age;
+        chosen->steps.front().libreReadings["newestAge"] = *arguments.age;
+    }
     SimulatedServices::Options options{.scenario = *std::move(chosen), .seed = arguments.seed};
 
     GlucoseTrace trace;
@@ -191,14 +207,19 @@ int run(int argc, char** argv)
         trace = *std::move(loaded);
         options.trace = &trace;
         options.startPosition = afterADay(trace);
+        options.libreTrace = &trace;
+        options.libreStart = trace.points[static_cast<std::size_t>(options.startPosition)].seconds;
     }
-    if (!arguments.user.empty())
+    if (!arguments.user.empty()) {
         options.dexcom.accounts.front().name = arguments.user;
+        options.libreLinkUp.accounts.front().email = arguments.user;
+    }
     if (arguments.passwordFromInput) {
         auto password = passwordFromInput();
         if (!password)
             return fail(usage, password.error());
-        options.dexcom.accounts.front().password = *std::move(password);
+        options.dexcom.accounts.front().password = *password;
+        options.libreLinkUp.accounts.front().password = *std::move(password);
     }
     return serve(arguments, std::move(options), !arguments.passwordFromInput);
 }
