@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
+#include <map>
+#include <ranges>
+#include <set>
 #include <utility>
 
 #include "sources/HeaderText.h"
@@ -282,28 +284,20 @@ std::expected<std::vector<LibreConnection>, LibreLinkUpError> libreConnections(c
     const json::array* entries = data.if_array();
     if (!entries)
         return failure(Kind::invalidResponse);
-    std::vector<LibreConnection> people;
+    std::set<std::string, std::less<>> ids;
+    std::map<std::pair<std::string, std::string>, LibreConnection> byName;
     for (const json::value& entry : *entries) {
-        const std::string_view id = textOf(member(&entry, "patientId"));
-        if (isHeaderText(id, longestPatientId)) {
-            people.push_back({.patientId = std::string{id},
-                              .firstName = nameAt(entry, "firstName"),
-                              .lastName = nameAt(entry, "lastName")});
-        }
+        const std::string id{textOf(member(&entry, "patientId"))};
+        if (!isHeaderText(id, longestPatientId) || !ids.insert(id).second)
+            continue;
+        LibreConnection person{
+            .patientId = id, .firstName = nameAt(entry, "firstName"), .lastName = nameAt(entry, "lastName")};
+        byName.emplace(std::pair{person.displayName(), id}, std::move(person));
     }
-    if (people.empty() && !entries->empty())
+    if (byName.empty() && !entries->empty())
         return failure(Kind::invalidResponse);
-    const auto byId = [](const LibreConnection& person) {
-        return std::pair{person.patientId, person.displayName()};
-    };
-    const auto byName = [](const LibreConnection& person) {
-        return std::pair{person.displayName(), person.patientId};
-    };
-    std::ranges::sort(people, {}, byId);
-    const auto again = std::ranges::unique(people, {}, &LibreConnection::patientId);
-    people.erase(again.begin(), again.end());
-    std::ranges::sort(people, {}, byName);
-    return people;
+    const auto people = std::views::values(byName);
+    return std::vector<LibreConnection>{people.begin(), people.end()};
 }
 
 std::expected<LibreGraph, LibreLinkUpError> libreReadings(const json::value& data, std::string_view patientId,

@@ -36,15 +36,15 @@ struct LibreSignIn {
 };
 [[nodiscard]] std::expected<LibreSignIn, LibreLinkUpError> libreSignIn(const json::value& data);
 
-/// The people of a connections answer, by name and id. An entry without a usable id is left out.
+/// The people of a connections answer, by name and id. An entry without a usable id is left out; when no
+/// entry has one, the answer is not understood.
 [[nodiscard]] std::expected<std::vector<LibreConnection>, LibreLinkUpError> libreConnections(
     const json::value& data);
 
 /// A graph answer that holds at least one reading.
 struct LibreGraph {
     std::vector<GlucoseReading> readings{};  ///< Graph values in the service's order, then the current one.
-    std::size_t impossible =
-        0;  ///< Left out: cannot have been measured (up to 12, over 1000 mg/dL; far ahead).
+    std::size_t impossible = 0;              ///< Left out: cannot have been measured, see ReadingLimits.h.
 };
 /// The readings of `patientId`. connectionUnavailable when the answer is about nobody or somebody else. One
 /// measurement whose value or time cannot be read fails the whole answer.

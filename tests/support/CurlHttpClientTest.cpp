@@ -65,6 +65,15 @@ std::string gzipped(std::string_view text)
     return packed;
 }
 
+struct RefusingDelegate final : HttpRedirectDelegate {
+    std::string asked{};
+    bool mayFollow(std::string_view from, std::string_view to) override
+    {
+        asked += fmt::format("{} {}", from, to);
+        return false;
+    }
+};
+
 class CurlHttpClientTest : public testing::Test {
 protected:
     static asio::awaitable<void> record(HttpClient* client, HttpRequest request, std::optional<Result>* into)
@@ -274,6 +283,11 @@ TEST_F(CurlHttpClientTest, followsRedirectsOnTheSameServiceOnly)
     for (const std::string_view path : {"/four", "/loop", "/port", "/name", "/host", "/file", "/user"})
         EXPECT_EQ(failureOf(get(server.url(path))), Kind::redirectRefused) << path;
     EXPECT_EQ(other.connections(), 0U);
+
+    const auto refusing = std::make_shared<RefusingDelegate>();
+    HttpRequest watched{.url = server.url("/keep"), .redirectDelegate = refusing};
+    EXPECT_EQ(failureOf(send(std::move(watched))), Kind::redirectRefused);
+    EXPECT_EQ(refusing->asked, server.url("/keep") + " " + server.url("/end"));
 
     const auto lastOf = [&](std::string_view path) {
         HttpRequest request{.method = HttpMethod::post,
