@@ -30,6 +30,9 @@ struct Choice {
 };
 
 constexpr int textWidth = 400;  // Pixels; about sixty characters to a line.
+/// Of the list of people: it looks like a list even with one, and scrolls beyond a handful.
+constexpr int fewestRows = 2;
+constexpr int mostRows = 6;
 
 constexpr std::array dexcomRegions{
     Choice{"us", QT_TRANSLATE_NOOP("SignInDialog", "United States")},
@@ -258,9 +261,10 @@ struct SignInDialog::Impl {
                                }) == 1;
             list->addItem(alone ? name : personNameWithID(person.displayName(), person.patientId));
         }
-        constexpr int mostRows = 6;
-        const int rows = std::clamp(list->count(), 2, mostRows);
-        list->setFixedHeight(rows * std::max(list->sizeHintForRow(0), list->fontMetrics().height()) +
+        const int rowHeight = list->fontMetrics().height() * 8 / 5;  // Room for a finger or a careless hand.
+        for (int row = 0; row < list->count(); ++row)
+            list->item(row)->setSizeHint({0, rowHeight});
+        list->setFixedHeight(std::clamp(list->count(), fewestRows, mostRows) * rowHeight +
                              2 * list->frameWidth());
         const auto known = std::ranges::find(people, stored.patientID, &LibreConnection::patientId);
         if (known != people.end())
@@ -382,8 +386,8 @@ void SignInDialog::Impl::makeAccountPage(QWidget* parent)
 void SignInDialog::Impl::makePeoplePage(QWidget* parent)
 {
     peoplePage = new QWidget{parent};
+    peoplePage->setMinimumWidth(textWidth);
     question = wrappedLabel(tr("&Whose readings do you want to see?"), peoplePage);
-    question->setMinimumWidth(textWidth);
     QFont strong = question->font();
     strong.setBold(true);
     question->setFont(strong);
@@ -418,7 +422,6 @@ void SignInDialog::Impl::makeProblem(QWidget* parent)
     auto* layout = new QVBoxLayout{problem};
     for (QLabel* label : {problemTitle, problemDetail, problemHint}) {
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        label->setMinimumWidth(textWidth);
         layout->addWidget(label);
     }
 }
