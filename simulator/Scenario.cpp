@@ -497,9 +497,9 @@ std::expected<Scenario, std::string> Scenario::named(std::string_view name)
 /// steady.
 ///
 /// The story moves on with the client's reads. Its readings are just over five minutes old and 15 s apart: a
-/// client that aims half a minute past the next five-minute reading then asks every 10 to 25 s. Likewise the
-/// current values of "libre-story" are 50 s old and 10 s apart for a client that aims at 70 s past each. Its
-/// waits are what such a client needs to meet a fault once: it asks again half a minute after one.
+/// client that aims half a minute past the next five-minute reading then asks every 10 to 25 s.
+/// Likewise the current values of "libre-story" are about a minute old and 5 s apart, so that a client that
+/// aims 70 s past each of them asks every 7 to 12 s. It asks again half a minute after a failure.
 const std::vector<Scenario::BuiltIn>& Scenario::builtIn()
 {
     static const std::vector<BuiltIn> all{
@@ -554,26 +554,24 @@ const std::vector<Scenario::BuiltIn>& Scenario::builtIn()
          "person removed",
          R"({"account": "libreLinkUp", "note": "The terms of use wait to be accepted",
              "libreLinkUp": {"service": {"pendingStep": "tou", "lockDuration": 30},
-                             "readings": {"newestAge": 50, "currentInterval": 10, "publicationDelay": 50}},
+                             "readings": {"newestAge": 58, "currentInterval": 5, "publicationDelay": 58}},
              "steps": [
                {"afterSeconds": 15, "note": "The terms are accepted in the app: choose Reconnect",
                 "libreLinkUp": {"service": {"pendingStep": ""}}},
                {"afterReads": 2, "note": "The current value stands still",
                 "libreLinkUp": {"readings": {"frozen": true}}},
-               {"afterReads": 1, "note": "New values", "libreLinkUp": {"readings": {"frozen": false}}},
-               {"afterReads": 1, "note": "The service is down",
-                "libreLinkUp": {"fault": {"kind": "html", "status": 503}}},
-               {"afterSeconds": 25, "note": "The service is back", "libreLinkUp": {"fault": {"kind": "none"}}},
-               {"afterReads": 1, "note": "The edge servers block the address",
-                "libreLinkUp": {"fault": {"kind": "html", "status": 403}}},
-               {"afterSeconds": 25, "note": "The block ends", "libreLinkUp": {"fault": {"kind": "none"}}},
+               {"afterReads": 1, "note": "The next answer is that the service is down",
+                "libreLinkUp": {"readings": {"frozen": false},
+                                "fault": {"steps": ["graph"], "kind": "html", "status": 503, "times": 1}}},
+               {"afterReads": 1, "note": "The next answer is a block by the edge servers",
+                "libreLinkUp": {"fault": {"steps": ["graph"], "kind": "html", "status": 403, "times": 1}}},
                {"afterReads": 1, "note": "The service wants a newer client",
                 "libreLinkUp": {"service": {"minimumVersion": "99.0.0"}}},
                {"afterSeconds": 25, "note": "The client is new enough again",
                 "libreLinkUp": {"service": {"minimumVersion": "4.16.0"}}},
                {"afterReads": 1, "note": "Every ticket is revoked", "revokeTickets": true},
-               {"afterReads": 1, "note": "Tickets last 20 seconds", "revokeTickets": true,
-                "libreLinkUp": {"service": {"ticketLifetime": 20}}},
+               {"afterReads": 1, "note": "Every ticket is revoked, and new ones last 20 seconds",
+                "revokeTickets": true, "libreLinkUp": {"service": {"ticketLifetime": 20}}},
                {"afterReads": 2, "note": "The account is locked",
                 "libreLinkUp": {"service": {"locked": true}}},
                {"afterSeconds": 45, "note": "The lock ends; the person no longer shares",

@@ -95,6 +95,10 @@ TEST(LoopbackServer, keepsConnectionsOpenAndPassesTheRequestOn)
                   "keep-alive\r\n\r\n");
         EXPECT_EQ(wire.exactly(5), "hello");
     }
+    setting.server->perform([&] { setting.answer.response.status = 430; });
+    wire.request("/");
+    EXPECT_TRUE(wire.until("\r\n\r\n").starts_with("HTTP/1.1 430 \r\n")) << "no reason of our own making";
+    EXPECT_EQ(wire.exactly(5), "hello");
     wire.request("/", "Connection: close\r\n");
     EXPECT_TRUE(wire.rest().first.ends_with("Connection: close\r\n\r\nhello"));
     setting.server->perform([&] {
@@ -210,6 +214,21 @@ TEST(DemoService, servesItsAccountWhereItsEndpointsSay)
         fmt::format("POST {}/General/AuthenticatePublisherAccount HTTP/1.1\r\nContent-Length: {}\r\n\r\n{}",
                     base.substr(path), body.size(), body));
     EXPECT_NE(wire.until("\r\n\r\n").find("Content-Length: 38"), std::string::npos);
+    EXPECT_EQ(demo->account().provider, "dexcom");
+
+    const auto libre = DemoService::start(clock, {.scenario = "libre"}).value();
+    const auto account = libre->account();
+    EXPECT_EQ(account.provider, "libreLinkUp");
+    EXPECT_EQ(account.patientName, "Grace Muster");
+    EXPECT_FALSE(account.patientID.empty());
+    const std::string libreBase{
+        json::parse(libre->endpointsDocument()).at("libreLinkUp").at(account.region).as_string()};
+    Wire libreWire{libreBase.substr(0, libreBase.find('/', 8))};
+    libreWire.request(libreBase.substr(libreBase.find('/', 8)) + "/llu/auth/login", "product: llu.ios\r\n");
+    EXPECT_EQ(libreWire.until("\r\n"), "HTTP/1.1 400 Bad Request\r\n");
+    for (const auto* scenario : {"libre-none", "libre-several"})
+        EXPECT_EQ(DemoService::start(clock, {.scenario = scenario}).value()->account().patientID, "")
+            << "there is nobody, or one is to be chosen";
     EXPECT_NE(DemoService::start(clock, {.scenario = "none"}).error().find("steady"), std::string::npos);
 }
 

@@ -5,6 +5,7 @@
 
 #include "simulator/SimulatedServices.h"
 #include "support/Json.h"
+#include "support/Sha256.h"
 
 namespace tidewell {
 namespace {
@@ -74,6 +75,70 @@ struct Client {
     }
 };
 
+/// The same of LibreLinkUp: what comes of signing in, when there is no ticket, and of asking for the graph.
+struct LibreClient {
+    SimulatedServices services;
+    std::string base{};
+    std::vector<HttpHeader> ticket{};
+
+    explicit LibreClient(Scenario scenario) : services{{.scenario = std::move(scenario)}, start}
+    {
+        const auto document = json::parse(SimulatedServices::endpointsDocument("http://127.0.0.1:1"));
+        base = document.at("libreLinkUp").at("eu2").as_string();
+    }
+
+    /// The data of a good answer, or in one or two words what went wrong.
+    std::expected<json::value, std::string> ask(std::string_view path, Date now, std::string_view body = "")
+    {
+        HttpRequest request{.method = body.empty() ? HttpMethod::get : HttpMethod::post,
+                            .url = base + std::string{path},
+                            .headers = ticket,
+                            .body = SecretText{body}};
+        request.headers.push_back({"product", "llu.ios"});
+        request.headers.push_back({"version", "4.16.0"});
+        const auto answer = services.handle(request, now);
+        const auto status = std::to_string(answer.response.status);
+        if (answer.fault != TransportFault::none)
+            return std::unexpected{"fault"};
+        boost::system::error_code notJson;
+        const auto value = json::parse(answer.response.body, notJson);
+        if (notJson || !value.is_object() || !value.get_object().contains("status"))
+            return std::unexpected{status};
+        const auto& envelope = value.get_object();
+        if (envelope.at("status") != 0)
+            return std::unexpected{status + ' ' + json::serialize(envelope.at("status"))};
+        return envelope.at("data");
+    }
+
+    std::string signIn(Date now)
+    {
+        const auto data =
+            ask("/llu/auth/login", now, R"({"email":"ada@example.org","password":"correct horse"})");
+        if (!data)
+            return data.error();
+        if (data->as_object().contains("redirect"))
+            return "to " + std::string{data->at("region").as_string()};
+        ticket = {{"Account-Id", sha256Hex(data->at("user").at("id").as_string())},
+                  {"Authorization", "Bearer " + std::string{data->at("authTicket").at("token").as_string()}}};
+        return "good";
+    }
+
+    /// "age 20" of the current value, "no value", or what went wrong.
+    std::string read(double seconds)
+    {
+        const Date now = start + Seconds{seconds};
+        if (ticket.empty())
+            if (auto error = signIn(now); error != "good")
+                return error;
+        const auto data = ask("/llu/connections/" + LibrePerson{}.patientId + "/graph", now);
+        if (!data)
+            return data.error();
+        const auto current = services.libreLinkUp().readings().current(now);
+        EXPECT_EQ(data->at("connection").at("glucoseMeasurement").is_null(), !current);
+        return current ? fmt::format("age {}", std::lround((now - current->date).count())) : "no value";
+    }
+};
+
 Scenario parsed(std::string_view document)
 {
     auto scenario = Scenario::parse(document);
@@ -106,6 +171,20 @@ TEST(Scenario, saysWhatIsWrongAndWhere)
         {R"({"fault": {"kind": "error"}})", R"(fault: "code" is missing)"},
         {R"({"fault": {"kind": "hang", "steps": ["reed"]}})", R"(fault: "steps" may hold)"},
         {R"({"fault": {"kind": "html", "headers": {"a": 1}}})", R"(fault: "headers" must be)"},
+        {R"({"fault": {"kind": "html", "retryAfterDate": "x"}})", R"(fault: "retryAfterDate" must be)"},
+        {R"({"account": "libre"})", R"("account" must be one of dexcom, libreLinkUp)"},
+        {R"({"libreLinkUp": []})", R"("libreLinkUp" must be an object)"},
+        {R"({"libreLinkUp": {"read": {}}})", R"(libreLinkUp: "read" is not known here)"},
+        {R"({"libreLinkUp": {"service": {"people": 5}}})", R"(libreLinkUp: service: "people" must be)"},
+        {R"({"libreLinkUp": {"service": {"redirect": "away"}}})", "one of home, unknown, self, circle"},
+        {R"({"libreLinkUp": {"readings": {"currentInterval": 0}}})", R"("currentInterval" must be a number)"},
+        {R"({"steps": [{"at": 1, "libreLinkUp": {"readings": {"graphInterval": 1}}}]})",
+         R"(Step 1: libreLinkUp: readings: "graphInterval" must be)"},
+        {R"({"libreLinkUp": {"fault": {"kind": "error", "code": "x"}}})",
+         R"(libreLinkUp: fault: "kind" must not be error or nullId)"},
+        {R"({"libreLinkUp": {"fault": {"kind": "nullId"}}})", "must not be error or nullId"},
+        {R"({"libreLinkUp": {"fault": {"kind": "hang", "steps": ["read"]}}})",
+         R"("steps" may hold login, connections, graph)"},
     };
     for (const auto& [document, part] : cases) {
         const auto scenario = Scenario::parse(document);
@@ -167,6 +246,103 @@ TEST(Scenario, theStoryFollowsAClientThatPollsByItsReadings)
     EXPECT_EQ(notes.size(), 6U);
 }
 
+TEST(Scenario, builtInOnesOfLibreLinkUpDoWhatTheirNamesSay)
+{
+    const std::vector<std::tuple<std::string_view, double, std::string_view>> cases{
+        {"libre", 0, "age 20"},
+        {"libre", 45, "age 5"},
+        {"libre-terms", 119, "200 4"},
+        {"libre-terms", 120, "age 20"},
+        {"libre-action", 0, "200 4"},
+        {"libre-locked", 119, "200 429"},
+        {"libre-locked", 120, "age 20"},
+        {"libre-version", 0, "403 920"},
+        {"libre-wrong-password", 0, "200 2"},
+        {"libre-none", 0, "200 4"},
+        {"libre-several", 0, "age 20"},
+        {"libre-frozen", 600, "age 1440"},
+        {"libre-empty", 0, "no value"},
+        {"libre-redirects", 0, "to fr"},
+        {"libre-redirects", 60, "age 20"},
+        {"libre-rough", 0, "age 20"},
+        {"steady", 0, "age 20"},
+    };
+    for (const auto& [name, seconds, expected] : cases) {
+        LibreClient client{*Scenario::named(name)};
+        std::ignore = client.services.handle({.url = "/"}, start + Seconds{seconds});
+        if (name == "libre-none") {
+            EXPECT_EQ(client.signIn(start), "good");
+            EXPECT_EQ(client.ask("/llu/connections", start), json::array{});
+        }
+        EXPECT_EQ(client.read(seconds), expected) << name << " at " << seconds;
+        EXPECT_EQ(Scenario::named(name)->account == Scenario::Account::libreLinkUp, name != "steady");
+    }
+    LibreClient removed{*Scenario::named("libre-removed")};
+    EXPECT_EQ(removed.read(0), "age 20");
+    EXPECT_EQ(removed.read(60), "200 4");
+    LibreClient edge{*Scenario::named("libre-edge")};
+    EXPECT_EQ(edge.read(0), "age 20");
+    for (const auto& [seconds, expected] :
+         {std::pair{60, "403"}, {89, "403"}, {90, "429"}, {239, "429"}, {240, "502"}, {389, "502"}})
+        EXPECT_EQ(edge.read(seconds), expected) << seconds;
+    EXPECT_TRUE(edge.read(390).starts_with("age"));
+}
+
+/// A client that polls by its readings and by its backoff, with jitter -1 ... +1: first after 5 s, 70 s past
+/// each new value, or, when that is not five seconds ahead, 45 or 75 s later; 30 s after a failure, 60 s
+/// after a lock. It signs in when its ticket lasts no longer than half a minute, and once more when it was
+/// refused.
+struct StoryReader {
+    LibreClient client{*Scenario::named("libre-story")};
+    std::vector<std::string> seen{};
+    double now = 5;
+
+    /// One poll; returns when the next is due.
+    double poll(double jitter)
+    {
+        if (client.services.libreLinkUp().options().ticketLifetime <= Seconds{30})
+            client.ticket.clear();
+        auto outcome = client.read(now);
+        if (outcome == "401") {
+            client.ticket.clear();
+            outcome = client.read(now);
+        }
+        const bool good = outcome.starts_with("age ");
+        const double age = good ? std::stod(outcome.substr(4)) : 0;
+        const bool isNew = good && now - age > newest_;
+        const std::string word = good ? isNew ? "new" : "old" : outcome;
+        if (seen.empty() || seen.back() != word)
+            seen.push_back(word);
+        if (good)
+            newest_ = now - age;
+        if (good && newest_ + 70 - now >= 5)
+            return newest_ + 70;
+        if (word == "200 429")
+            return now + 60;
+        return now + (good ? isNew ? 45 + 9 * jitter : 75 + 15 * jitter : 30 + 6 * jitter);
+    }
+
+private:
+    double newest_ = -1e9;
+};
+
+TEST(Scenario, theLibreStoryFollowsAClientThatPollsByItsReadings)
+{
+    for (const double jitter : {-1.0, 0.0, 1.0}) {
+        StoryReader story;
+        std::vector<std::string> notes;
+        story.client.services.onStep([&](Seconds, std::string_view note) { notes.emplace_back(note); });
+        EXPECT_NEAR(story.poll(jitter), 35, 6) << "the terms wait; nothing before the user reconnects";
+        for (story.now = 18; story.seen.size() < 11 && story.now < 600;)
+            story.now = story.poll(jitter);
+        const std::vector<std::string> expected{"200 4", "new",     "old", "503",     "new",  "403",
+                                                "new",   "403 920", "new", "200 429", "200 4"};
+        EXPECT_EQ(story.seen, expected) << jitter;
+        EXPECT_TRUE(story.now > 240 && story.now < 420) << story.now;
+        EXPECT_EQ(notes.size(), 10U);
+    }
+}
+
 TEST(Scenario, stepsBeginAndEndAtTheirOwnMoments)
 {
     Client client{parsed(R"({"readings": {"spacing": 300, "publicationDelay": 0}, "steps": [
@@ -190,6 +366,42 @@ TEST(Scenario, stepsBeginAndEndAtTheirOwnMoments)
         Client{parsed(R"({"steps": [{"at": 10, "readings": {"publishing": false, "newestAge": 20}}]})")}.read(
             500),
         "age 510");
+}
+
+TEST(Scenario, readsOfEitherServiceMoveItOnAndItsFaultsAreOfOneServiceOnly)
+{
+    const auto document = R"({"steps": [
+        {"afterReads": 2, "libreLinkUp": {"fault": {"steps": ["graph"], "kind": "status", "status": 502,
+                                                    "times": 1}}},
+        {"afterReads": 1, "revokeTickets": true},
+        {"afterSeconds": 1, "libreLinkUp": {"readings": {"newestAge": 1000, "publishing": false}}}]})";
+    LibreClient client{parsed(document)};
+    EXPECT_EQ(client.read(0), "age 20");
+    EXPECT_EQ(client.read(1), "age 21");
+    EXPECT_EQ(client.read(2), "502");
+    EXPECT_EQ(client.read(3), "age 23");
+    EXPECT_EQ(client.read(3.5), "401");
+    EXPECT_EQ(client.signIn(start + 4s), "good");
+    EXPECT_EQ(client.read(10), "age 1006");
+
+    Client dexcom{parsed(document)};
+    EXPECT_EQ(dexcom.read(0), "age 60");
+    EXPECT_EQ(dexcom.read(1), "age 61");
+    EXPECT_EQ(dexcom.read(2), "age 62");
+    EXPECT_EQ(dexcom.services.libreLinkUp().options().graph.status, 502);
+}
+
+TEST(SimulatedServices, aLoggedPathNamesNobody)
+{
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"/libre/eu2/llu/connections", "/libre/eu2/llu/connections"},
+        {"/libre/eu2/llu/connections/9a7b/graph", "/libre/eu2/llu/connections/…/graph"},
+        {"/llu/connections/9a7b", "/llu/connections/…"},
+        {"/llu/connections//graph", "/llu/connections/…/graph"},
+        {"/us/ShareWebServices/Services/x", "/us/ShareWebServices/Services/x"},
+    };
+    for (const auto& [path, expected] : cases)
+        EXPECT_EQ(SimulatedServices::loggedPath(path), expected);
 }
 
 TEST(SimulatedServices, regionsHaveSeparateAccounts)
