@@ -46,6 +46,7 @@ ExitCode run(int count, char** values)
     WatchOptions watch;
     std::string format = "text";
     auto* watchCommand = app.add_subcommand("watch", "Print one line for each change, without a display");
+    watchCommand->fallthrough();  // --verbose may follow it.
     watchCommand->add_option("--format", format, "text or json")
         ->check(CLI::IsMember({"text", "json"}))
         ->capture_default_str();
