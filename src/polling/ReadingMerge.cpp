@@ -15,7 +15,10 @@ constexpr Seconds sameMeasurement{30};
 /// What a current value of LibreLinkUp stands for at most; a graph value stands for more.
 constexpr Seconds longestCurrentSample{60};
 
-std::pair<double, GlucoseProvider> identity(const GlucoseReading& reading)
+/// Its second, and whose it is.
+using Identity = std::pair<double, GlucoseProvider>;
+
+Identity identity(const GlucoseReading& reading)
 {
     return {std::floor(unixSeconds(reading.date)), reading.source};
 }
@@ -30,23 +33,36 @@ bool isGraphValue(const GlucoseReading& reading)
     return reading.source == GlucoseProvider::libreLinkUp && reading.sampleDuration > longestCurrentSample;
 }
 
-/// Of readings in the same second: the one fetched later, but no graph value for a current one.
+/// Of two readings in the same second the one fetched later, but no graph value for a current one.
+void replace(GlucoseReading& reading, GlucoseReading&& later)
+{
+    if (!(isCurrentValue(reading) && isGraphValue(later)))
+        reading = std::move(later);
+}
+
+/// Both by time, one reading to a second. A day of `held` is long, and in order already.
 std::vector<GlucoseReading> onePerSecond(std::vector<GlucoseReading> held,
                                          std::vector<GlucoseReading> fetched)
 {
-    std::map<std::pair<double, GlucoseProvider>, GlucoseReading> byIdentity;
-    for (std::vector<GlucoseReading>* readings : {&held, &fetched}) {
-        for (GlucoseReading& reading : *readings) {
-            const auto [place, isNew] = byIdentity.try_emplace(identity(reading), std::move(reading));
-            if (!isNew && !(isCurrentValue(place->second) && isGraphValue(reading)))
-                place->second = std::move(reading);
-        }
+    std::map<Identity, GlucoseReading> byIdentity;
+    for (GlucoseReading& reading : fetched) {
+        const auto [place, isNew] = byIdentity.try_emplace(identity(reading), std::move(reading));
+        if (!isNew)
+            replace(place->second, std::move(reading));
     }
-    std::vector<GlucoseReading> kept;
-    kept.reserve(byIdentity.size());
-    for (auto& [key, reading] : byIdentity)
-        kept.push_back(std::move(reading));
-    return kept;
+    std::vector<GlucoseReading> all;
+    all.reserve(held.size() + byIdentity.size());
+    auto next = byIdentity.begin();
+    for (GlucoseReading& reading : held) {
+        for (; next != byIdentity.end() && next->first < identity(reading); ++next)
+            all.push_back(std::move(next->second));
+        all.push_back(std::move(reading));
+        if (next != byIdentity.end() && next->first == identity(all.back()))
+            replace(all.back(), std::move((next++)->second));
+    }
+    for (; next != byIdentity.end(); ++next)
+        all.push_back(std::move(next->second));
+    return all;
 }
 
 void removeDoubledGraphValues(std::vector<GlucoseReading>& readings)
