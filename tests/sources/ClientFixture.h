@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
-#include <source_location>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,6 +14,7 @@
 #include "sources/GlucoseAPIProtocol.h"
 #include "sources/ServiceEndpoints.h"
 #include "support/Log.h"
+#include "support/Random.h"
 #include "testing/FakeClock.h"
 #include "testing/Running.h"
 #include "testing/ScriptedHttpClient.h"
@@ -21,6 +22,22 @@
 namespace tidewell {
 
 using Readings = std::expected<std::vector<GlucoseReading>, GlucoseAPIError>;
+
+/// Failures that mean "no answer", whichever service was asked.
+inline constexpr std::array transportFailures{
+    HttpError::Kind::cannotResolve,  HttpError::Kind::cannotConnect,  HttpError::Kind::tls,
+    HttpError::Kind::timedOut,       HttpError::Kind::connectionLost, HttpError::Kind::answerTooLarge,
+    HttpError::Kind::redirectRefused};
+
+/// `text` and then what breaks out of carelessly written JSON, logs and headers.
+inline std::string hostileText(SeededRandom& random, std::string text)
+{
+    constexpr std::array<std::string_view, 10> pieces{"\"",   "\\", "ü",    "💧", "\n",
+                                                      "pass", "<",  "\x01", "}",  "/"};
+    for (int i = 0; i < 8; ++i)
+        text += pieces[random.next() % pieces.size()];
+    return text;
+}
 
 /// One service's client, against a network that answers from a script, at a time that stands still:
 /// 2026-03-02 08:00:00 UTC. Every line that is logged must carry the client's name.
@@ -64,16 +81,6 @@ protected:
         clock_.runReady();
         EXPECT_TRUE(running.ended());
         return running.result();
-    }
-
-    template <class Result>
-    void expectError(const Result& result, GlucoseAPIError::Kind kind, std::string_view text,
-                     std::source_location at = std::source_location::current())
-    {
-        const testing::ScopedTrace trace{at.file_name(), static_cast<int>(at.line()), "called"};
-        ASSERT_FALSE(result);
-        EXPECT_EQ(result.error().kind, kind) << result.error().text;
-        EXPECT_EQ(result.error().text, text);
     }
 
     /// The steps asked for since the last call, each as a letter.

@@ -1,7 +1,8 @@
 #include "sources/DexcomAPI.h"
 
+#include <source_location>
+
 #include "sources/ClientFixture.h"
-#include "support/Random.h"
 
 namespace tidewell {
 namespace {
@@ -44,6 +45,13 @@ protected:
         http_.answer(200, idBody(sessionId));
     }
     auto signInAgain(DexcomAPI& api) { return ended(api.signInAgain()); }
+    void expectError(const Readings& result, ErrorKind kind, std::string_view text,
+                     std::source_location at = std::source_location::current())
+    {
+        const testing::ScopedTrace trace{at.file_name(), static_cast<int>(at.line()), "called"};
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error(), (GlucoseAPIError{.kind = kind, .text = std::string{text}}));
+    }
     std::string takeSteps() { return ClientFixture::takeSteps(stepOf); }
 };
 
@@ -313,8 +321,7 @@ TEST_F(DexcomAPITest, failuresOfTheTransportPassThroughAndKeepTheSession)
     EXPECT_TRUE(fetch(*api));
     takeSteps();
     using enum HttpError::Kind;
-    for (const HttpError::Kind kind :
-         {cannotResolve, cannotConnect, tls, timedOut, connectionLost, answerTooLarge, redirectRefused}) {
+    for (const HttpError::Kind kind : transportFailures) {
         http_.fail(kind);
         expectError(fetch(*api), ErrorKind::transport, description(HttpError{kind}));
     }
@@ -349,12 +356,7 @@ TEST_F(DexcomAPITest, signingInAgainDropsTheSession)
 TEST_F(DexcomAPITest, nothingSecretIsLogged)
 {
     SeededRandom random{42};
-    const std::array<std::string_view, 10> pieces{"\"", "\\", "ü", "💧", "\n", "pass", "<", "\x01", "}", "/"};
-    const auto draw = [&](std::string text) {
-        for (int i = 0; i < 8; ++i)
-            text += pieces[random.next() % pieces.size()];
-        return text;
-    };
+    const auto draw = [&](std::string text) { return hostileText(random, std::move(text)); };
     for (int round = 0; round < 200; ++round) {
         log_.clear();
         const std::string marker = fmt::format("{:016x}", random.next());
