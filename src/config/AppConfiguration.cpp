@@ -191,6 +191,9 @@ json::object encode(const AppSettings& settings)
             object[key] = field;
         }
     });
+    // Documents of earlier versions do not have it, and stay as they are while nobody switches it off.
+    if (settings.alertOnMissingData)
+        object.erase("alertOnMissingData");
     return object;
 }
 

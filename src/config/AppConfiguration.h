@@ -43,6 +43,7 @@ struct AppSettings {
     bool snoozeLowAlerts = true;
     bool snoozeHighAlerts = true;
     bool snoozeRapidChangeAlerts = true;
+    bool alertOnMissingData = true;  ///< Written only when false.
     bool operator==(const AppSettings&) const = default;
 };
 

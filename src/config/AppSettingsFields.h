@@ -27,6 +27,7 @@ void forEachAppSetting(Visit&& visit)
     visit("snoozeLowAlerts", &AppSettings::snoozeLowAlerts);
     visit("snoozeHighAlerts", &AppSettings::snoozeHighAlerts);
     visit("snoozeRapidChangeAlerts", &AppSettings::snoozeRapidChangeAlerts);
+    visit("alertOnMissingData", &AppSettings::alertOnMissingData);
 }
 
 }  // namespace tidewell

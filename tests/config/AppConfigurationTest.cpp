@@ -35,7 +35,8 @@ AppConfiguration fullConfiguration()
                     .lowAlertRepeatMinutes = 15,
                     .snoozeLowAlerts = false,
                     .snoozeHighAlerts = false,
-                    .snoozeRapidChangeAlerts = false}};
+                    .snoozeRapidChangeAlerts = false,
+                    .alertOnMissingData = false}};
 }
 
 json::value parsed(std::string_view text)
@@ -65,7 +66,8 @@ TEST(AppConfiguration, writesEveryKeyInItsOrderAndReadsItBack)
               R"("alertOnLowThreshold":false,"alertOnHighThreshold":false,"alertOnRapidFall":false,)"
               R"("alertOnRapidRise":false,"quietHoursEnabled":true,"quietHoursStartMinutes":1,)"
               R"("quietHoursEndMinutes":2,"allowLowAlertsDuringQuietHours":true,"lowAlertRepeatMinutes":15,)"
-              R"("snoozeLowAlerts":false,"snoozeHighAlerts":false,"snoozeRapidChangeAlerts":false}})");
+              R"("snoozeLowAlerts":false,"snoozeHighAlerts":false,"snoozeRapidChangeAlerts":false,)"
+              R"("alertOnMissingData":false}})");
     EXPECT_EQ(decodeAppConfiguration(parsed(prettyJson(document))), fullConfiguration());
 
     auto sparse = fullConfiguration();
@@ -74,7 +76,7 @@ TEST(AppConfiguration, writesEveryKeyInItsOrderAndReadsItBack)
     sparse.app.graphTimeWindowHours.reset();
     const auto sparseDocument = encode(sparse);
     EXPECT_EQ(sparseDocument.at("account").as_object().size(), 4U);
-    EXPECT_EQ(sparseDocument.at("app").as_object().size(), 17U);
+    EXPECT_EQ(sparseDocument.at("app").as_object().size(), 18U);
     EXPECT_EQ(decodeAppConfiguration(sparseDocument), sparse);
     EXPECT_NE(decodeAppConfiguration(sparseDocument), fullConfiguration());
 }
@@ -292,7 +294,7 @@ TEST(AppSettingsKeys, refuseEverythingElseInOneLineThatDoesNotRepeatIt)
 
 TEST(AppSettingsKeys, everyTextIsTakenBack)
 {
-    EXPECT_EQ(appSettingKeys().size(), 18U);
+    EXPECT_EQ(appSettingKeys().size(), 19U);
     for (const AppSettings& settings : {AppSettings{}, fullConfiguration().app}) {
         auto copy = AppSettings{};
         copy.lowGlucoseThreshold = settings.lowGlucoseThreshold;  // 65.5 is not offered

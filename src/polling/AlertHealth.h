@@ -1,0 +1,58 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/AppConfiguration.h"
+#include "sources/GlucoseAPIProtocol.h"
+#include "support/TimeText.h"
+
+namespace tidewell {
+
+/// What the desktop says about notifications and sound, as far as it can be asked; empty where it cannot.
+struct AlertPath {
+    bool serverAnswers = false;  ///< A notification server is there and answers.
+    bool serverHangs = false;    ///< It is there and does not answer.
+    std::string serverName{};
+    std::optional<bool> inhibited{};  ///< "Do not disturb" is on.
+    bool serverPlaysSound = false;
+    std::optional<bool> soundOutput{};  ///< There is an output, and its server answers.
+    std::optional<bool> muted{};
+    std::optional<double> volume{};          ///< 0 ... 1 of the usual maximum.
+    bool soundTheme = true;                  ///< The sounds that we would play are installed.
+    std::optional<Seconds> suspendsAfter{};  ///< The machine suspends itself when nobody uses it for so long.
+    bool operator==(const AlertPath&) const = default;
+};
+
+/// Everything that decides whether an alert would be seen and heard now.
+struct AlertHealthFacts {
+    Date now{};
+    TimeZone zone = TimeZone::utc();
+    AppSettings settings{};
+    std::optional<Date> snoozedUntil{};
+    AlertPath path{};
+    bool hasAccount = true;
+    std::optional<GlucoseAPIError> serviceError{};  ///< Of the last request, when it failed.
+    std::optional<Date> newestReading{};
+    bool running = true;  ///< Tidewell itself runs.
+};
+
+/// One thing that was looked at.
+struct AlertFinding {
+    enum class Severity {
+        problem,  ///< An alert would not be seen, or not be heard.
+        caution,  ///< Some alerts would not come, or not at some times.
+        good,
+    };
+    Severity severity = Severity::good;
+    std::string subject{};  ///< "notifications", "sound" … : a stable word for scripts.
+    std::string text{};     ///< One sentence.
+    std::string remedy{};   ///< What to do; empty for good ones.
+    bool operator==(const AlertFinding&) const = default;
+};
+
+/// Worst first, within a severity in a fixed order. Pure.
+[[nodiscard]] std::vector<AlertFinding> alertFindings(const AlertHealthFacts& facts);
+
+}  // namespace tidewell
