@@ -133,12 +133,13 @@ struct Scanner {
     /// Decimal digits, `fewest` to `most` of them.
     int number(std::size_t fewest, std::size_t most)
     {
-        const std::size_t count = std::min(rest.find_first_not_of("0123456789"), rest.size());
-        good = good && count >= fewest && count <= most;
+        const std::string_view digits = rest.substr(0, rest.find_first_not_of("0123456789"));
         int value = 0;
-        if (good)
-            std::from_chars(rest.data(), rest.data() + count, value);
-        rest.remove_prefix(good ? count : 0);
+        if (digits.size() < fewest || digits.size() > most)
+            good = false;
+        else
+            std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        rest.remove_prefix(digits.size());
         return value;
     }
 
@@ -207,10 +208,11 @@ std::string nameAt(const json::value& person, std::string_view key)
 {
     std::string_view name = textOf(member(&person, key));
     if (name.size() > longestName) {
+        const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
         std::size_t end = longestName;
-        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0U) == 0x80U)
-            --end;  // Not within a character.
-        name = name.substr(0, end);
+        for (; end > 0 && continues(name[end]); --end) {
+        }
+        name = name.substr(0, end);  // Whole characters only.
     }
     return std::string{name};
 }
