@@ -62,6 +62,9 @@ private:
             break;
         case MenuCommand::reconnect: core_.coordinator().reconnect(); break;
         case MenuCommand::signIn: signIn_.show(); break;
+        case MenuCommand::snooze30Minutes:
+        case MenuCommand::snooze2Hours:
+        case MenuCommand::resumeAlerts: break;
         case MenuCommand::quit: QCoreApplication::quit(); break;
         }
     }

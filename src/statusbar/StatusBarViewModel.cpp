@@ -11,8 +11,9 @@ namespace tidewell {
 
 namespace {
 
-/// The longest the shown reading goes without a look at its age. The clock that we sleep on does not notice
-/// that the wall clock was set; two minutes bound the error for half a wake-up a minute.
+/// The longest the shown reading goes without a look at its age, and a snooze at its end. The clock that we
+/// sleep on does not notice that the wall clock was set; two minutes bound the error for half a wake-up a
+/// minute.
 constexpr std::chrono::milliseconds longestSleep = 2min;
 
 std::string_view spokenActivity(StatusBarActivity activity)
@@ -71,6 +72,7 @@ struct StatusBarViewModel::Impl : std::enable_shared_from_this<Impl> {
 
     Uuid freshnessGeneration{};
     Task<void> freshnessRefreshTask{};
+    Task<void> snoozeTask{};  ///< Waits for the end of the snooze that the state tells of.
 
     std::vector<std::weak_ptr<Observation>> observations{};
     int openBatches = 0;
@@ -198,6 +200,25 @@ struct StatusBarViewModel::Impl : std::enable_shared_from_this<Impl> {
         if (self && self->freshnessGeneration == generation)
             self->change([&] { self->presentAgain(clock->now()); });
     }
+
+    void scheduleSnoozeEnd()
+    {
+        snoozeTask.cancel();
+        snoozeTask = {};
+        const auto until = state.alertsSnoozedUntil;
+        if (until && *until > clock.now())
+            snoozeTask = startTask(main, tellSnoozeEnd(weak_from_this(), &clock, *until));
+    }
+
+    static asio::awaitable<void> tellSnoozeEnd(std::weak_ptr<Impl> owner, Clock* clock, Date until)
+    {
+        for (Seconds left = until - clock->now(); left > Seconds{0}; left = until - clock->now())
+            co_await clock->sleepFor(
+                std::clamp(std::chrono::ceil<std::chrono::milliseconds>(left), 1ms, longestSleep));
+        const auto self = owner.lock();
+        if (self && self->state.alertsSnoozedUntil == until)
+            self->change([&] { self->changed = true; });
+    }
 };
 
 StatusBarViewModel::StatusBarViewModel(asio::any_io_executor main, Clock& clock, RandomSource& random,
@@ -208,7 +229,11 @@ StatusBarViewModel::StatusBarViewModel(asio::any_io_executor main, Clock& clock,
     impl_->changed = false;
 }
 
-StatusBarViewModel::~StatusBarViewModel() { impl_->cancelFreshnessCheck(); }
+StatusBarViewModel::~StatusBarViewModel()
+{
+    impl_->cancelFreshnessCheck();
+    impl_->snoozeTask.cancel();
+}
 
 const StatusBarState& StatusBarViewModel::state() const { return impl_->state; }
 
@@ -270,7 +295,15 @@ void StatusBarViewModel::setNextRetryAt(std::optional<Date> date)
 
 void StatusBarViewModel::setAlertsSnoozedUntil(std::optional<Date> date)
 {
-    impl_->change([&] { impl_->set(impl_->state.alertsSnoozedUntil, date); });
+    impl_->change([&] {
+        impl_->set(impl_->state.alertsSnoozedUntil, date);
+        impl_->scheduleSnoozeEnd();
+    });
+}
+
+void StatusBarViewModel::setAlertProblem(std::optional<std::string> problem)
+{
+    impl_->change([&] { impl_->set(impl_->state.alertProblem, std::move(problem)); });
 }
 
 void StatusBarViewModel::clear()
@@ -279,6 +312,7 @@ void StatusBarViewModel::clear()
         impl_->cancelFreshnessCheck();
         StatusBarState empty;
         empty.alertsSnoozedUntil = impl_->state.alertsSnoozedUntil;
+        empty.alertProblem = impl_->state.alertProblem;
         empty.accessibilityValue = spokenGlucose(std::nullopt, impl_->clock.now(), impl_->settings());
         impl_->set(impl_->state, std::move(empty));
     });

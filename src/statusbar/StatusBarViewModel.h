@@ -45,7 +45,9 @@ struct StatusBarState {
     std::optional<ErrorInfo> currentError{};
     std::optional<ErrorInfo> freshnessWarning{};
     bool hasWarning = false;
-    std::optional<Date> alertsSnoozedUntil{};
+    std::optional<Date> alertsSnoozedUntil{};  ///< May be over; observers hear of that moment too.
+    /// Why alerts would not be seen or heard, and what to do: one sentence.
+    std::optional<std::string> alertProblem{};
     std::optional<Date> nextRetryAt{};
     std::optional<GlucoseReading> presentedReading{};
     std::optional<ReadingFreshness> freshness{};  ///< Of the presented reading, at the last presentation.
@@ -64,7 +66,8 @@ struct StatusBarState {
 ///
 /// The shown reading ages on its own. Its age is looked at when it turns stale and when it expires, and at
 /// least every two minutes until then, so that a wall clock that is set forward is noticed. The age of one
-/// reading never goes back, so that a wall clock that is set back does not make it look new.
+/// reading never goes back, so that a wall clock that is set back does not make it look new. Observers are
+/// also called when a snooze ends, although the state stays as it is: what is shown of it changes then.
 class StatusBarViewModel {
 public:
     using SettingsSource = std::function<std::optional<AppSettings>()>;
@@ -86,6 +89,7 @@ public:
     void setCurrentError(std::optional<ErrorInfo> error);
     void setNextRetryAt(std::optional<Date> date);
     void setAlertsSnoozedUntil(std::optional<Date> date);
+    void setAlertProblem(std::optional<std::string> problem);
     /// Forgets reading, history, activity, error and retry: another account begins.
     void clear();
     void appSettingsDidUpdate();
@@ -95,8 +99,9 @@ public:
     /// Makes several changes that belong together; observers hear of them once.
     void batch(const std::function<void()>& changes);
 
-    /// Called after a call that changed the state, once for all its changes. An observer may change the state
-    /// itself: everybody is then called once more. Until the token goes, which may be at any time.
+    /// Called after a call that changed the state, once for all its changes, and at a snooze's end. An
+    /// observer may change the state itself: everybody is then called once more. Until the token goes, which
+    /// may be at any time.
     using Observer = std::function<void(const StatusBarState&)>;
     [[nodiscard]] std::shared_ptr<void> observe(Observer observer);
 

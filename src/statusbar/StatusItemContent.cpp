@@ -77,28 +77,44 @@ MenuItem text(std::string title)
 
 MenuItem separator() { return {.kind = MenuItem::Kind::separator, .enabled = false}; }
 
+void addSnooze(std::vector<MenuItem>& items, const StatusBarState& state, const AppSettings& settings,
+               Date now, TimeZone zone)
+{
+    if (state.alertsSnoozedUntil && *state.alertsSnoozedUntil > now) {
+        items.push_back(text(snoozeLine(*state.alertsSnoozedUntil, settings, zone)));
+        items.push_back({.title = "Resume alerts now", .command = MenuCommand::resumeAlerts});
+    } else {
+        items.push_back({.title = "Snooze alerts (30 min)", .command = MenuCommand::snooze30Minutes});
+        items.push_back({.title = "Snooze alerts (2 hours)", .command = MenuCommand::snooze2Hours});
+    }
+    items.push_back(separator());
+}
+
 std::vector<MenuItem> menu(const StatusBarState& state, const std::optional<ErrorInfo>& problem,
-                           TimeZone zone)
+                           const AppSettings& settings, Date now, TimeZone zone)
 {
     std::vector<MenuItem> items;
-    if (problem) {
+    if (problem)
         for (std::string& line : problemLines(*problem, state.nextRetryAt, zone))
             items.push_back(text(std::move(line)));
+    if (state.alertProblem)
+        items.push_back(text(*state.alertProblem));
+    if (!items.empty())
         items.push_back(separator());
-    }
+
     const bool canReconnect = state.currentError && state.currentError->canReconnect;
     const bool waitsForPerson = canReconnect || (state.currentError && state.currentError->needsSignIn);
-    const MenuItem refresh{
-        .title = "Refresh", .command = MenuCommand::refresh, .enabled = !state.activity && !waitsForPerson};
     if (canReconnect)
         items.push_back({.title = "Reconnect", .command = MenuCommand::reconnect});
     if (waitsForPerson) {
         items.push_back({.title = "Sign in…", .command = MenuCommand::signIn});
-        items.push_back(refresh);
-    } else {
-        items.push_back(refresh);
-        items.push_back({.title = "Switch account…", .command = MenuCommand::signIn});
+        items.push_back(separator());
     }
+    addSnooze(items, state, settings, now, zone);
+    items.push_back(
+        {.title = "Refresh", .command = MenuCommand::refresh, .enabled = !state.activity && !waitsForPerson});
+    if (!waitsForPerson)
+        items.push_back({.title = "Switch account…", .command = MenuCommand::signIn});
     items.push_back(separator());
     items.push_back({.title = "Quit", .command = MenuCommand::quit});
     return items;
@@ -152,6 +168,8 @@ std::string tooltipText(const StatusBarState& state, const std::optional<SeenRea
         lines.push_back(staleReadingWarning(seen->age).remediation);
     if (lines.empty())
         lines.emplace_back("Waiting for the first reading.");
+    if (state.alertProblem)
+        lines.push_back(*state.alertProblem);
     return fmt::format("{}", fmt::join(lines, "\n"));
 }
 
@@ -169,7 +187,7 @@ StatusItemContent statusItemContent(const StatusBarState& state, const AppSettin
         .tooltipText = tooltipText(state, seen, zone),
         .accessibilityLabel = "Tidewell",
         .accessibilityValue = state.accessibilityValue,
-        .menu = menu(state, problem, zone),
+        .menu = menu(state, problem, settings, now, zone),
     };
     if (!seen)
         return content;
@@ -179,6 +197,26 @@ StatusItemContent statusItemContent(const StatusBarState& state, const AppSettin
             spokenStatus(spokenStaleReading(seen->reading, seen->reading.date + seen->age, settings),
                          state.activity, state.currentError);
     return content;
+}
+
+std::string snoozeLine(Date until, const AppSettings& settings, TimeZone zone)
+{
+    std::vector<std::string_view> silenced;
+    if (settings.snoozeLowAlerts)
+        silenced.emplace_back("low");
+    if (settings.snoozeHighAlerts)
+        silenced.emplace_back("high");
+    if (settings.snoozeRapidChangeAlerts)
+        silenced.emplace_back("rapid-change");
+    std::string alerts = "No alerts (no category is selected)";
+    if (!silenced.empty()) {
+        const std::string_view last = silenced.back();
+        silenced.pop_back();
+        alerts =
+            fmt::format("{}{}{} alerts", fmt::join(silenced, ", "), silenced.empty() ? "" : " and ", last);
+        alerts.front() = static_cast<char>(alerts.front() - 'a' + 'A');
+    }
+    return alerts + " snoozed until " + localTimeOfDay(until, zone);
 }
 
 }  // namespace tidewell

@@ -10,7 +10,16 @@
 namespace tidewell {
 
 /// What a menu item does when it is chosen.
-enum class MenuCommand { none, refresh, reconnect, signIn, quit };
+enum class MenuCommand {
+    none,
+    refresh,
+    reconnect,
+    signIn,
+    snooze30Minutes,
+    snooze2Hours,
+    resumeAlerts,
+    quit
+};
 
 /// One line of the status item's menu.
 struct MenuItem {
@@ -42,10 +51,14 @@ struct StatusItemContent {
 };
 
 /// The content for a state at a moment. Pure. A reading that has aged since the state was made is shown with
-/// the age that it has now. The menu begins with the problem, if any. What helps comes first among its
-/// commands: "Reconnect" when the same account may be tried again, then "Sign in…", which is called "Switch
-/// account…" when nothing waits for the person.
+/// the age that it has now. The menu begins with the problem, if any, and with what keeps alerts from being
+/// noticed. What helps comes first among its commands: "Reconnect" when the same account may be tried again,
+/// then "Sign in…", which is called "Switch account…" and stands further down when nothing waits for the
+/// person.
 [[nodiscard]] StatusItemContent statusItemContent(const StatusBarState& state, const AppSettings& settings,
                                                   Date now, TimeZone zone);
+
+/// "Low, high and rapid-change alerts snoozed until 14:30": what the preferences let a snooze silence.
+[[nodiscard]] std::string snoozeLine(Date until, const AppSettings& settings, TimeZone zone);
 
 }  // namespace tidewell

@@ -234,6 +234,29 @@ TEST_F(StatusBarViewModelTest, observersHearOncePerCallAndOnlyOfChanges)
     EXPECT_EQ(titles.size(), 2U);
 }
 
+TEST_F(StatusBarViewModelTest, observersHearWhenTheSnoozeEndsAndNoTimerStays)
+{
+    int calls = 0;
+    const auto token = model->observe([&](const StatusBarState&) { ++calls; });
+    model->setAlertsSnoozedUntil(start + Seconds{600});
+    model->setAlertsSnoozedUntil(start + Seconds{1800});
+    EXPECT_EQ(calls, 2);
+    clock.advance(Seconds{1799.999});
+    EXPECT_EQ(calls, 2) << "only the later command counts";
+    clock.advance(Seconds{0.001});
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(clock.sleepers(), 0U);
+
+    model->setAlertsSnoozedUntil(clock.now() + 2h);
+    clock.setWallClock(clock.now() + 2h);
+    clock.advance(2min);
+    EXPECT_EQ(calls, 5) << "a wall clock that is set forward is noticed";
+    model->setAlertsSnoozedUntil(clock.now() + 2h);
+    model->setAlertsSnoozedUntil(std::nullopt);
+    clock.advance(Seconds{0});
+    EXPECT_EQ(clock.sleepers(), 0U);
+}
+
 TEST_F(StatusBarViewModelTest, observersMayChangeTheStateAndLeaveMeanwhile)
 {
     std::vector<std::string> first;

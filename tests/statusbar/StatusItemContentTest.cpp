@@ -92,12 +92,13 @@ TEST(StatusItemContent, showsTheAgeOfTheMomentWhenTheStateIsLate)
 
 TEST(StatusItemContent, putsProblemRetryAndSignInIntoTheMenu)
 {
-    const std::string commands = "Refresh|Switch account…|--|Quit|";
+    const std::string snooze = "Snooze alerts (30 min)|Snooze alerts (2 hours)|--|";
+    const std::string commands = snooze + "Refresh|Switch account…|--|Quit|";
     StatusBarState state = showing(120, Seconds{0});
     EXPECT_EQ(menuText(state), commands);
 
     state.activity = StatusBarActivity::refreshing;
-    EXPECT_EQ(menuText(state), "[Refresh]|Switch account…|--|Quit|");
+    EXPECT_EQ(menuText(state), snooze + "[Refresh]|Switch account…|--|Quit|");
     EXPECT_EQ(content(state).tooltipText,
               "Measured at 08:00, less than 5 minutes ago, steady\nRefreshing glucose…");
     state.activity.reset();
@@ -120,10 +121,11 @@ TEST(StatusItemContent, putsProblemRetryAndSignInIntoTheMenu)
     state.currentError = {
         .title = "Sign in required", .message = "M", .remediation = "R", .needsSignIn = true};
     state.nextRetryAt.reset();
-    EXPECT_EQ(menuText(state), "[Sign in required]|[M]|[R]|--|Sign in…|[Refresh]|--|Quit|");
+    EXPECT_EQ(menuText(state), "[Sign in required]|[M]|[R]|--|Sign in…|--|" + snooze + "[Refresh]|--|Quit|");
 
     state.currentError->canReconnect = true;
-    EXPECT_EQ(menuText(state), "[Sign in required]|[M]|[R]|--|Reconnect|Sign in…|[Refresh]|--|Quit|");
+    EXPECT_EQ(menuText(state),
+              "[Sign in required]|[M]|[R]|--|Reconnect|Sign in…|--|" + snooze + "[Refresh]|--|Quit|");
     EXPECT_EQ(content(state).menu[4].command, MenuCommand::reconnect);
 
     EXPECT_EQ(
@@ -132,9 +134,52 @@ TEST(StatusItemContent, putsProblemRetryAndSignInIntoTheMenu)
         "connection and sensor app if readings do not resume.]|--|" +
             commands);
     const std::vector<MenuItem> menu = content(showing(120, Seconds{0})).menu;
-    EXPECT_EQ(menu[0].command, MenuCommand::refresh);
-    EXPECT_EQ(menu[1].command, MenuCommand::signIn);
-    EXPECT_EQ(menu[3].command, MenuCommand::quit);
+    EXPECT_EQ(menu[0].command, MenuCommand::snooze30Minutes);
+    EXPECT_EQ(menu[1].command, MenuCommand::snooze2Hours);
+    EXPECT_EQ(menu[3].command, MenuCommand::refresh);
+    EXPECT_EQ(menu[4].command, MenuCommand::signIn);
+    EXPECT_EQ(menu[6].command, MenuCommand::quit);
+}
+
+TEST(StatusItemContent, aSnoozeNamesWhatItSilencesAndIsGoneWhenItEnds)
+{
+    StatusBarState state = showing(120, Seconds{0});
+    state.alertsSnoozedUntil = start + Seconds{840};
+    struct Case {
+        bool low, high, rapid;
+        std::string silenced;
+    };
+    const std::vector<Case> cases{
+        {true, true, true, "Low, high and rapid-change alerts"},
+        {true, false, true, "Low and rapid-change alerts"},
+        {false, true, false, "High alerts"},
+        {false, false, true, "Rapid-change alerts"},
+        {false, false, false, "No alerts (no category is selected)"},
+    };
+    for (const Case& each : cases) {
+        const AppSettings settings{.snoozeLowAlerts = each.low,
+                                   .snoozeHighAlerts = each.high,
+                                   .snoozeRapidChangeAlerts = each.rapid};
+        const auto menu = content(state, start, settings).menu;
+        EXPECT_EQ(menu[0].title, each.silenced + " snoozed until 08:14");
+        EXPECT_FALSE(menu[0].enabled);
+        EXPECT_EQ(menu[1].title, "Resume alerts now");
+        EXPECT_EQ(menu[1].command, MenuCommand::resumeAlerts);
+        EXPECT_EQ(menu[2].kind, MenuItem::Kind::separator);
+    }
+    EXPECT_TRUE(menuText(state, start + Seconds{839.9}).starts_with("[Low, "));
+    EXPECT_TRUE(menuText(state, start + Seconds{840}).starts_with("Snooze alerts (30 min)|Snooze"));
+}
+
+TEST(StatusItemContent, whatKeepsAlertsFromBeingNoticedStandsBelowTheProblem)
+{
+    StatusBarState state = showing(120, Seconds{0});
+    state.alertProblem = "No notification server is running. Start one.";
+    EXPECT_TRUE(menuText(state).starts_with("[No notification server is running. Start one.]|--|Snooze"));
+    EXPECT_TRUE(content(state).tooltipText.ends_with("\nNo notification server is running. Start one."));
+    EXPECT_FALSE(content(state).warningBadge) << "the badge speaks of the value";
+    state.currentError = {.title = "T", .message = "M"};
+    EXPECT_TRUE(menuText(state).starts_with("[T]|[M]|[No notification server is running. Start one.]|--|"));
 }
 
 }  // namespace
