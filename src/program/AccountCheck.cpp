@@ -36,10 +36,7 @@ asio::awaitable<std::expected<LibreConnections, GlucoseAPIError>> askConnections
     asio::any_io_executor engine, std::shared_ptr<LibreLinkUpAPI> client)
 {
     auto list = client->listConnections();
-    auto connections = co_await asio::co_spawn(engine, std::move(list), asio::use_awaitable);
-    if (!connections && connections.error().text == noConnectionsText())
-        co_return LibreConnections{};
-    co_return connections;
+    co_return co_await asio::co_spawn(engine, std::move(list), asio::use_awaitable);
 }
 
 std::string noConnectionsText()

@@ -192,8 +192,11 @@ struct LibreLinkUpAPI::Impl : ClientCore {
     {
         if (patientID.empty()) {
             const auto connections = co_await people();
-            co_return std::unexpected{connections ? LibreLinkUpError{Kind::connectionSelectionRequired}
-                                                  : connections.error()};
+            if (!connections)
+                co_return std::unexpected{connections.error()};
+            const Kind kind =
+                connections->people.empty() ? Kind::noConnections : Kind::connectionSelectionRequired;
+            co_return std::unexpected{failed(Call::connections, {kind})};
         }
         Message message{.call = Call::graph,
                         .path = fmt::format("llu/connections/{}/graph", pathSegment(patientID)),
@@ -216,8 +219,6 @@ struct LibreLinkUpAPI::Impl : ClientCore {
         if (!data)
             co_return std::unexpected{data.error()};
         auto found = libreConnections(*data);
-        if (found && found->empty())
-            found = std::unexpected{LibreLinkUpError{Kind::noConnections}};
         if (!found)
             co_return std::unexpected{failed(Call::connections, found.error())};
         co_return LibreConnections{.people = *std::move(found), .region = region};
@@ -255,12 +256,22 @@ struct LibreLinkUpAPI::Impl : ClientCore {
         info(fmt::format("No active session; signing in (region={})", region));
         if (username.empty() || password.empty())
             co_return std::unexpected{failed(Call::signIn, {.kind = Kind::authenticationFailed})};
+        const std::string before = region;
+        // A region that did not prove to be the account's home must not stay: nobody could undo that.
+        const auto refuse = [&](LibreLinkUpError error) {
+            const bool astray = error.kind == Kind::authenticationFailed ||
+                                error.kind == Kind::invalidRegion || error.kind == Kind::invalidResponse ||
+                                error.kind == Kind::serverError;
+            if (astray)
+                region = before;
+            return std::unexpected{failed(Call::signIn, error)};
+        };
         std::set<std::string, std::less<>> asked;
         for (;;) {
             asked.insert(region);
             auto answer = co_await logIn();
             if (!answer)
-                co_return std::unexpected{failed(Call::signIn, answer.error())};
+                co_return refuse(answer.error());
             if (!answer->redirectRegion) {
                 session = Session{std::move(answer->token), answer->expires, std::move(answer->accountHash)};
                 hasSignedIn = true;
@@ -269,9 +280,9 @@ struct LibreLinkUpAPI::Impl : ClientCore {
             }
             const std::string& home = *answer->redirectRegion;
             if (!bases.contains(home))
-                co_return std::unexpected{failed(Call::signIn, {.kind = Kind::invalidRegion})};
+                co_return refuse({.kind = Kind::invalidRegion});
             if (asked.contains(home) || asked.size() > mostRedirects)
-                co_return std::unexpected{failed(Call::signIn, {.kind = Kind::invalidResponse})};
+                co_return refuse({.kind = Kind::invalidResponse});
             region = home;
             info(fmt::format("The account lives in another region (region={})", region));
         }

@@ -89,7 +89,7 @@ public:
     [[nodiscard]] asio::awaitable<std::expected<std::vector<GlucoseReading>, GlucoseAPIError>>
     fetchLatestReadings() override;
     [[nodiscard]] asio::awaitable<std::expected<void, GlucoseAPIError>> signInAgain() override;
-    /// Whom the account may follow; fails with noConnections' text when there is nobody.
+    /// Whom the account may follow: nobody, when nobody shares with it.
     [[nodiscard]] asio::awaitable<std::expected<LibreConnections, GlucoseAPIError>> listConnections();
 
 private:

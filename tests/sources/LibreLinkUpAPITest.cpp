@@ -221,6 +221,11 @@ TEST_F(LibreLinkUpAPITest, signInFollowsTheAccountToItsHomeRegion)
             expectFailure(signedIn, {*c.error});
         EXPECT_EQ(takeRegions(), c.asked);
         EXPECT_EQ(http_.unused(), 0U);
+        if (c.error) {
+            http_.answer(200, libreLogin());
+            EXPECT_TRUE(signInAgain(*api));
+            EXPECT_EQ(takeRegions(), "us ") << "a wrong turn was kept";
+        }
     }
 
     const auto api = client();
@@ -254,9 +259,11 @@ TEST_F(LibreLinkUpAPITest, nobodyIsShownWhoWasNotSelected)
         expectFailure(fetch(*api), {Kind::connectionSelectionRequired});
         http_.answer(200, R"({"status":0,"data":[]})");
         expectFailure(fetch(*api), {Kind::noConnections});
+        http_.answer(200, R"({"status":0,"data":[]})");
+        EXPECT_EQ(list(*api), (LibreConnections{{}, "us"})) << "nobody is no failure of the list";
         http_.answer(500, "");
         expectFailure(fetch(*api), {.kind = Kind::serverError, .httpStatus = 500});
-        EXPECT_EQ(takeCalls(), "sccc");
+        EXPECT_EQ(takeCalls(), "scccc");
     }
     account_.patientID = "p1";
     const auto api = client();
