@@ -44,7 +44,9 @@ struct WordText {
     std::string_view text;
 };
 constexpr std::array words{WordText{InstanceWord::activate, "activate"},
-                           WordText{InstanceWord::configurationChanged, "configuration-changed"}};
+                           WordText{InstanceWord::configurationChanged, "configuration-changed"},
+                           WordText{InstanceWord::snoozeChanged, "snooze-changed"},
+                           WordText{InstanceWord::areYouThere, "are-you-there"}};
 
 std::error_code lastError() { return {errno, std::system_category()}; }
 
@@ -83,7 +85,7 @@ struct SingleInstance::Impl {
     UniqueFd listener{};
     std::unique_ptr<QSocketNotifier> arrivals{};
     std::function<void(InstanceWord)> handler{};
-    std::set<InstanceWord> heard{};  ///< Not told yet; a set, so a flood of words is at most two calls.
+    std::set<InstanceWord> heard{};  ///< Not told yet; a set, so a flood of words is a few calls.
     QObject loop{};
 
     struct Peer {

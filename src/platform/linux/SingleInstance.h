@@ -13,6 +13,8 @@ namespace tidewell {
 enum class InstanceWord {
     activate,              ///< The person started the program again: show what there is to show.
     configurationChanged,  ///< The stored configuration was changed by the command line.
+    snoozeChanged,         ///< So was the snooze.
+    areYouThere,           ///< Nothing; the answer is what counts.
 };
 
 /// Keeps a user to one running instance, and lets later starts reach it.

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QString>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "polling/UserNotificationCenter.h"
+
+namespace tidewell {
+
+/// Makes the sound of an alert where the desktop's notification server makes none.
+class AlertSoundPlaying {
+public:
+    virtual ~AlertSoundPlaying() = default;
+    /// Returns at once; the sound comes on its own. Main thread.
+    virtual void play(NotificationTone tone) = 0;
+};
+
+/// The name of the tone's sound in sound themes.
+[[nodiscard]] std::string_view alertSoundName(NotificationTone tone);
+
+/// The file of the tone's sound, or of the best other one that fits, below the first of the data folders that
+/// holds the freedesktop sound theme; empty when there is none. Reads folders, so not on the main thread.
+[[nodiscard]] std::filesystem::path alertSoundFile(NotificationTone tone,
+                                                   const std::vector<std::filesystem::path>& dataFolders);
+
+/// The XDG data folders in their order, the user's own first.
+[[nodiscard]] std::vector<std::filesystem::path> xdgDataFolders();
+
+/// The library that plays sounds can be loaded, and each tone has a sound. May take a while: not on the main
+/// thread.
+[[nodiscard]] bool alertSoundsInstalled();
+
+/// Plays sounds of the freedesktop sound theme through libcanberra.
+///
+/// The library is loaded for the first sound, on a thread of its own: it brings the clients of sound servers
+/// along, which a program that waits for a low need not carry in the meantime. A sound server that hangs
+/// holds up nobody: a sound is given up after 15 s, and while two are still on their way no more begin. Main
+/// thread, with a QCoreApplication.
+class AlertSound final : public AlertSoundPlaying {
+public:
+    explicit AlertSound(asio::any_io_executor main);
+    ~AlertSound() override;
+
+    void play(NotificationTone tone) override;
+
+    /// Why the last sound was not heard, as one sentence; empty when it was played, or none was yet.
+    [[nodiscard]] const std::string& problem() const;
+
+    /// Resumes when every sound that was begun has ended, at most 16 s later. For programs that end after an
+    /// alert. Awaited on the main executor.
+    [[nodiscard]] asio::awaitable<void> finished();
+
+private:
+    struct Impl;
+    std::shared_ptr<Impl> impl_;
+};
+
+}  // namespace tidewell
