@@ -46,13 +46,19 @@ struct AlertFinding {
         good,
     };
     Severity severity = Severity::good;
-    std::string subject{};  ///< "notifications", "sound" … : a stable word for scripts.
-    std::string text{};     ///< One sentence.
-    std::string remedy{};   ///< What to do; empty for good ones.
+    /// A stable word for scripts: tidewell, alerts, notifications, doNotDisturb, account, data, soundOutput,
+    /// volume, sounds, low, rapidFall, high, rapidRise, missingData, thresholds, quietHours, snooze, suspend.
+    std::string subject{};
+    std::string text{};    ///< One sentence.
+    std::string remedy{};  ///< What to do; empty for good ones.
     bool operator==(const AlertFinding&) const = default;
 };
 
-/// Worst first, within a severity in a fixed order. Pure.
+/// Worst first, within a severity in the order of the subjects. Pure.
+///
+/// What could not be asked and what follows from another finding has none of its own: without an account
+/// there is nothing to say of data, and while alerts are off nothing of categories, quiet hours and snooze.
+/// Quiet hours and a snooze that end by themselves are cautions: the person wants them.
 [[nodiscard]] std::vector<AlertFinding> alertFindings(const AlertHealthFacts& facts);
 
 }  // namespace tidewell
