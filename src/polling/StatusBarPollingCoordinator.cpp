@@ -9,8 +9,12 @@
 #include <vector>
 
 #include <fmt/format.h>
+#include <boost/asio/experimental/awaitable_operators.hpp>
+#include <boost/asio/experimental/channel.hpp>
 #include <boost/system/system_error.hpp>
 
+#include "polling/GlucoseAlertEvaluator.h"
+#include "polling/MissingDataAlert.h"
 #include "polling/PollFailure.h"
 #include "polling/ReadingMerge.h"
 #include "support/Asio.h"
@@ -56,6 +60,8 @@ constexpr Seconds pathWait{3600};
 /// A sleep that took this much more or less of the wall clock than asked was no ordinary one: the machine
 /// slept, or its time was set.
 constexpr Seconds clockJump{30};
+/// The same for the wait for missing data, which must not take a short sleep of the machine for a gap.
+constexpr Seconds shortestNap{2};
 /// How far ahead of our clock a reading may be dated. Less than this is two clocks that are a little apart;
 /// with more, an old reading could pass for a new one.
 constexpr Seconds futureTolerance{300};
@@ -63,15 +69,16 @@ constexpr Seconds futureTolerance{300};
 constexpr Seconds longestBackoff{2700 + 540};
 
 using Fetched = std::expected<std::vector<GlucoseReading>, GlucoseAPIError>;
+using Posted = std::expected<void, NotificationError>;
+using Wake = asio::experimental::channel<void(boost::system::error_code)>;
 
 /// Within thirty years, so that its milliseconds can be counted whatever a service named.
 Seconds timeUntil(Date target, Date now) { return std::clamp(target - now, Seconds{-1e9}, Seconds{1e9}); }
 
-/// What a service call returns. One that throws although nobody cancelled it is broken: that must look like
-/// any other failure, or polling would end without a word.
+/// What a call to the outside returns. One that throws although nobody cancelled it is broken: that must look
+/// like any other failure, or polling and alerts would end without a word.
 template <class T>
-asio::awaitable<std::expected<T, GlucoseAPIError>> guarded(
-    asio::awaitable<std::expected<T, GlucoseAPIError>> call)
+asio::awaitable<T> guarded(asio::awaitable<T> call, T broken)
 {
     std::exception_ptr thrown;
     try {
@@ -82,7 +89,25 @@ asio::awaitable<std::expected<T, GlucoseAPIError>> guarded(
     const asio::cancellation_state cancellation = co_await asio::this_coro::cancellation_state;
     if (cancellation.cancelled() != asio::cancellation_type::none)
         std::rethrow_exception(thrown);
-    co_return std::unexpected{GlucoseAPIError{}};
+    co_return broken;
+}
+
+/// The failure of a service call that says nothing of itself.
+template <class T>
+std::expected<T, GlucoseAPIError> unknownFailure()
+{
+    return std::unexpected{GlucoseAPIError{}};
+}
+
+NotificationTone alertTone(GlucoseAlertKind kind)
+{
+    switch (kind) {
+    case GlucoseAlertKind::lowThreshold:
+    case GlucoseAlertKind::rapidFall: return NotificationTone::urgent;
+    case GlucoseAlertKind::highThreshold:
+    case GlucoseAlertKind::rapidRise: return NotificationTone::standard;
+    }
+    std::unreachable();
 }
 
 /// Waits for a task, however that ends. A caller that is itself cancelled leaves with operation_aborted.
@@ -114,6 +139,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     explicit Impl(Parts given) : parts{std::move(given)}, run_{Uuid::random(parts.random)}
     {
         resetRecoveryState();
+        loadSnooze();
     }
 
     const Parts parts;
@@ -134,12 +160,23 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     std::optional<Date> lastReconnectRefreshAt{};
     std::optional<Date> lastFetchAt{};  ///< Its end, or its start while it runs.
     std::optional<Plan> plan{};
+    std::uint64_t pollsBegun = 0;
+    std::optional<ErrorInfo> problem{};  ///< What the last poll left to say.
+
+    std::optional<Date> alertsSnoozedUntil{};
+    Seconds snoozeLength{0};  ///< From when we learnt of it to its end.
+    GlucoseAlertEvaluator alertEvaluator{};
+    MissingDataAlert missingData{};
+    std::uint64_t alertRevision = 0;          ///< Counts the changes of snooze and preferences.
+    std::shared_ptr<Wake> missingDataWake{};  ///< Lets the run look for missing data anew.
 
     Task<void> loopTask{};
     Task<void> loopSleep{};
     Task<void> refreshTask{};
     Task<void> wakeTask{};
     Task<void> networkTask{};  ///< Waits for the network's return after failures.
+    Task<void> alertTask{};    ///< The alert pass.
+    Task<void> missingDataTask{};
 
     // --- Generation: any thread ---
 
@@ -158,6 +195,9 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     }
 
     [[nodiscard]] bool isCurrent(const Uuid& run) const { return generation() == run; }
+
+    /// On `main`: the coordinator goes, and with it what it refers to there.
+    void close() { closed_ = true; }
 
     /// Runs `work` on the engine if `run` is still the current one then.
     template <class Work>
@@ -188,23 +228,29 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         endTasks();
         client = std::move(newClient);
         provider = newProvider;
+        loadSnooze();
+        publishSnooze();
         if (!client)
             return;
-        onMain(run, [until = parts.defaults.date(alertsSnoozedUntilKey), first = glucoseHistory.empty()](
-                        StatusBarViewModel& viewModel, Date now) {
-            viewModel.setAlertsSnoozedUntil(until);
-            if (first)
+        if (glucoseHistory.empty())
+            onMain(run, [](StatusBarViewModel& viewModel, Date now) {
                 viewModel.setActivity(StatusBarActivity::loading, now);
-        });
+            });
         loopTask = startTask(parts.engine, pollingLoop(shared_from_this(), run));
+        missingData.beginRun(parts.clock.now(), pollsBegun);
+        missingDataWake = std::make_shared<Wake>(parts.engine, 1);
+        missingDataTask =
+            startTask(parts.engine, watchForMissingData(shared_from_this(), run, missingDataWake));
     }
 
     void endTasks()
     {
-        for (Task<void>* task : {&loopTask, &loopSleep, &refreshTask, &wakeTask, &networkTask}) {
+        for (Task<void>* task :
+             {&loopTask, &loopSleep, &refreshTask, &wakeTask, &networkTask, &alertTask, &missingDataTask}) {
             task->cancel();
             *task = {};
         }
+        missingDataWake.reset();
         plan.reset();
     }
 
@@ -218,6 +264,18 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         pollingSchedule = {.randomUnit = [&random = parts.random] { return random.unit(); }};
         lastWakeRefreshAt.reset();
         lastReconnectRefreshAt.reset();
+        alertEvaluator.reset();
+    }
+
+    /// Nothing of an account may be left when there is another one.
+    void forgetAccount()
+    {
+        resetRecoveryState();
+        rateLimitedAt.reset();
+        glucoseHistory.clear();
+        lastFetchedHistoryCount = 0;
+        problem.reset();
+        missingData = {};
     }
 
     // --- Loop ---
@@ -361,12 +419,33 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         if (!self->isCurrent(run))
             throw boost::system::system_error{asio::error::operation_aborted};
         self->lastFetchAt = self->parts.clock.now();
-        Fetched fetched = co_await guarded(client->fetchLatestReadings());
+        Fetched fetched =
+            co_await guarded(client->fetchLatestReadings(), unknownFailure<std::vector<GlucoseReading>>());
         self->lastFetchAt = self->parts.clock.now();
         co_return fetched;
     }
 
     static asio::awaitable<void> refreshCycle(Self self, Uuid run)
+    {
+        const std::uint64_t poll = ++self->pollsBegun;
+        const bool good = co_await pollOnce(self, run);
+        if (!self->isCurrent(run))
+            co_return;
+        self->missingData.pollEnded(poll);
+        self->lookForMissingData();
+        if (!good)
+            co_return;
+        // One pass at a time; a notification centre that hangs holds up the next one for seconds.
+        if (self->alertTask.running())
+            co_await endedWell(self->alertTask);
+        if (!self->isCurrent(run))
+            co_return;
+        self->alertTask =
+            startTask(self->parts.engine, alertPass(self, run, GlucoseReading{self->glucoseHistory.back()}));
+    }
+
+    /// Fetches, and draws the conclusions. True when there are readings to alert by.
+    static asio::awaitable<bool> pollOnce(Self self, Uuid run)
     {
         NetworkMonitor& network = self->parts.networkMonitor;
         Clock& clock = self->parts.clock;
@@ -377,8 +456,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         Fetched fetched = co_await fetch(self, run, client);
         while (self->isCurrent(run)) {
             if (fetched) {
-                self->finishWithReadings(run, std::move(*fetched));
-                co_return;
+                co_return self->finishWithReadings(run, std::move(*fetched));
             }
             const GlucoseAPIError error = fetched.error();
             const bool nothingFound = error.kind == GlucoseAPIError::Kind::transport ||
@@ -393,11 +471,11 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                     continue;
                 }
                 if (!self->isCurrent(run))
-                    co_return;
+                    co_return false;
             }
             if (error.kind == GlucoseAPIError::Kind::noReadings) {
                 self->finishWithoutReadings(run);
-                co_return;
+                co_return false;
             }
             if (error.kind == GlucoseAPIError::Kind::credentialsRefused)
                 ++self->refusedSignIns;
@@ -409,7 +487,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                                            .consecutiveFailures = self->pollingSchedule.consecutiveFailures});
             if (verdict.action != PollFailureVerdict::Action::signInAgain) {
                 self->finishWithFailure(run, verdict);
-                co_return;
+                co_return false;
             }
 
             signedInAgain = true;
@@ -419,10 +497,10 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             // Whatever comes of the wait: the path is a hint, and the service is the one to ask.
             co_await network.waitUntilReachable(authReachabilityTimeout);
             if (!self->isCurrent(run))
-                co_return;
-            const auto signedIn = co_await guarded(client->signInAgain());
+                co_return false;
+            const auto signedIn = co_await guarded(client->signInAgain(), unknownFailure<void>());
             if (!self->isCurrent(run))
-                co_return;
+                co_return false;
             if (!signedIn) {
                 self->log.warning("Reauthentication failed: " + signedIn.error().text);
                 fetched = std::unexpected{signedIn.error()};
@@ -431,18 +509,24 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             co_await clock.sleepFor(postReauthenticationDelay);
             fetched = co_await fetch(self, run, client);
         }
+        co_return false;
     }
 
-    void finishWithReadings(const Uuid& run, std::vector<GlucoseReading> fetched)
+    /// Whether there is something to alert by.
+    bool finishWithReadings(const Uuid& run, std::vector<GlucoseReading> fetched)
     {
         const Date now = parts.clock.now();
         lastFetchedHistoryCount = fetched.size();
-        if (fetched.empty())
-            return finishWithoutReadings(run);
+        if (fetched.empty()) {
+            finishWithoutReadings(run);
+            return false;
+        }
         const Date newestFetched = std::ranges::max(fetched, {}, &GlucoseReading::date).date;
-        if (newestFetched - now > futureTolerance)
-            return finishWithFailure(run, {.outcome = {.kind = StatusBarPollOutcome::Kind::httpError},
-                                           .status = clockStatus(newestFetched - now)});
+        if (newestFetched - now > futureTolerance) {
+            finishWithFailure(run, {.outcome = {.kind = StatusBarPollOutcome::Kind::httpError},
+                                    .status = clockStatus(newestFetched - now)});
+            return false;
+        }
 
         std::optional<Date> previousNewest;
         if (!glucoseHistory.empty())
@@ -450,6 +534,8 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         glucoseHistory = mergedReadings(std::move(glucoseHistory), std::move(fetched));
         refusedSignIns = 0;
         retryNotBefore.reset();
+        problem.reset();
+        missingData.recordReading(glucoseHistory.back().date, now);
 
         onMain(run, [history = glucoseHistory](StatusBarViewModel& viewModel, Date seen) mutable {
             const GlucoseReading newest = history.back();
@@ -470,6 +556,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         log.debug(
             fmt::format("Readings fetched: {}, held: {}", lastFetchedHistoryCount, glucoseHistory.size()));
         replan(now);
+        return true;
     }
 
     /// The service answered, and has no reading for us.
@@ -516,11 +603,229 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
 
     void showStatus(const Uuid& run, std::optional<ErrorInfo> status, std::optional<Date> nextRetryAt)
     {
+        problem = status;
         onMain(run, [status = std::move(status), nextRetryAt](StatusBarViewModel& viewModel, Date) {
             viewModel.setCurrentError(status);
             viewModel.setNextRetryAt(nextRetryAt);
             viewModel.finishActivity();
         });
+    }
+
+    // --- Alerts ---
+
+    /// The preferences in force, read on `main`.
+    static asio::awaitable<GlucoseAlertSettings> alertSettings(Self self)
+    {
+        struct Answer {
+            explicit Answer(const asio::any_io_executor& engine) : ready{engine, 1} {}
+            Wake ready;
+            GlucoseAlertSettings settings{};
+        };
+        const auto answer = std::make_shared<Answer>(self->parts.engine);
+        const std::weak_ptr awaited = answer;  // A caller who gave up waits no longer.
+        asio::post(self->parts.main, [self, awaited] {
+            if (self->closed_)
+                return;
+            const GlucoseAlertSettings settings = glucoseAlertSettings(self->parts.settings());
+            asio::post(self->parts.engine, [awaited, settings] {
+                const auto waiting = awaited.lock();
+                if (!waiting)
+                    return;
+                waiting->settings = settings;
+                waiting->ready.try_send(boost::system::error_code{});
+            });
+        });
+        co_await answer->ready.async_receive(asio::use_awaitable);
+        co_return answer->settings;
+    }
+
+    [[nodiscard]] GlucoseAlertEvaluator::Pass alertMoment() const
+    {
+        return {.now = parts.clock.now(), .snoozedUntil = alertsSnoozedUntil, .zone = TimeZone::current()};
+    }
+
+    [[nodiscard]] asio::awaitable<bool> mayPost()
+    {
+        return guarded(parts.alertDelivery.requestAuthorizationIfNeeded(), false);
+    }
+
+    [[nodiscard]] asio::awaitable<Posted> post(GlucoseAlertContent content, NotificationTone tone,
+                                               bool offersSnooze)
+    {
+        return guarded(parts.alertDelivery.sendNotification(std::move(content.title), std::move(content.body),
+                                                            tone, offersSnooze),
+                       Posted{std::unexpect, "The notification centre failed."});
+    }
+
+    void logFailedPost(const NotificationError& error) const
+    {
+        log.error("Failed to post glucose alert notification: " + error.message);
+    }
+
+    /// Posts what is due by `reading`, at most one notification.
+    static asio::awaitable<void> alertPass(Self self, Uuid run, GlucoseReading reading)
+    {
+        while (!co_await alertPassEnded(self, run, reading)) {
+        }
+    }
+
+    /// False when snooze or preferences changed while the desktop kept us waiting: then the pass begins anew.
+    static asio::awaitable<bool> alertPassEnded(Self self, Uuid run, GlucoseReading reading)
+    {
+        const GlucoseAlertSettings settings = co_await alertSettings(self);
+        if (!self->isCurrent(run))
+            co_return true;
+        self->followSnooze();
+        const std::uint64_t revision = self->alertRevision;
+        const GlucoseAlertEvaluator::Pass pass = self->alertMoment();
+        const auto kind = self->alertEvaluator.evaluate(reading, settings, pass);
+        if (!kind)
+            co_return true;
+        const bool granted = co_await self->mayPost();
+        if (!granted || !self->isCurrent(run))
+            co_return true;
+        if (self->alertRevision != revision)
+            co_return false;
+        if (!self->isStillDue(*kind, reading, settings))
+            co_return true;
+        const Posted posted = co_await self->post(GlucoseAlertEvaluator::content(*kind, reading, settings),
+                                                  alertTone(*kind), true);
+        if (!self->isCurrent(run))
+            co_return true;
+        if (posted)
+            self->alertEvaluator.recordPosted(*kind, pass.now);
+        else
+            self->logFailedPost(posted.error());
+        co_return true;
+    }
+
+    /// What was due when the desktop was asked may be too old, or overtaken, when it answers.
+    [[nodiscard]] bool isStillDue(GlucoseAlertKind kind, const GlucoseReading& reading,
+                                  const GlucoseAlertSettings& settings) const
+    {
+        GlucoseAlertEvaluator asOfNow = alertEvaluator;
+        return glucoseHistory.back() == reading && asOfNow.evaluate(reading, settings, alertMoment()) == kind;
+    }
+
+    /// The wait for missing data has to be planned anew.
+    void lookForMissingData()
+    {
+        if (missingDataWake)
+            missingDataWake->try_send(boost::system::error_code{});
+    }
+
+    static asio::awaitable<void> watchForMissingData(Self self, Uuid run, std::shared_ptr<Wake> wake)
+    {
+        while (self->isCurrent(run)) {
+            const GlucoseAlertSettings settings = co_await alertSettings(self);
+            if (!self->isCurrent(run))
+                co_return;
+            MissingDataAlert::Look look = self->missingData.look(settings, self->alertMoment());
+            if (look.post) {
+                if (co_await tellOfMissingData(self, run, settings))
+                    continue;
+                look.again = self->parts.clock.now() + MissingDataAlert::lookInterval;
+            }
+            co_await pause(self, wake, look.again);
+        }
+    }
+
+    /// Until that moment, or something has changed.
+    static asio::awaitable<void> pause(Self self, std::shared_ptr<Wake> wake, std::optional<Date> until)
+    {
+        using namespace asio::experimental::awaitable_operators;
+        if (!until) {
+            co_await wake->async_receive(asio::use_awaitable);
+            co_return;
+        }
+        Clock& clock = self->parts.clock;
+        const auto delay =
+            std::max(std::chrono::ceil<Milliseconds>(timeUntil(*until, clock.now())), Milliseconds{1});
+        const Date planned = clock.now() + delay;
+        co_await (wake->async_receive(asio::use_awaitable) || clock.sleepFor(delay));
+        if (clock.now() - planned > shortestNap)
+            self->missingData.hold(clock.now(), self->pollsBegun);
+    }
+
+    /// False when it could not be posted and has to be tried again later.
+    static asio::awaitable<bool> tellOfMissingData(Self self, Uuid run, GlucoseAlertSettings settings)
+    {
+        const std::uint64_t gap = self->missingData.gap();
+        const std::uint64_t revision = self->alertRevision;
+        const bool granted = co_await self->mayPost();
+        if (!granted || !self->isCurrent(run))
+            co_return false;
+        // While the desktop made up its mind, a reading may have come, or somebody has snoozed.
+        if (self->alertRevision != revision || !self->missingData.look(settings, self->alertMoment()).post)
+            co_return true;
+        const Date now = self->parts.clock.now();
+        const Posted posted =
+            co_await self->post(self->missingData.content(self->problem, now, TimeZone::current()),
+                                NotificationTone::urgent, false);
+        if (!self->isCurrent(run))
+            co_return false;
+        if (posted)
+            self->missingData.recordTold(gap);
+        else
+            self->logFailedPost(posted.error());
+        co_return posted.has_value();
+    }
+
+    // --- Snooze: of the program, whatever run it is ---
+
+    /// Reads the stored snooze. What no snooze of ours can be is ignored, and removed when it would be long.
+    void loadSnooze()
+    {
+        std::optional<Date> until = parts.defaults.date(alertsSnoozedUntilKey);
+        const Date now = parts.clock.now();
+        if (until && *until - now > longestSnooze) {
+            parts.defaults.remove(alertsSnoozedUntilKey);
+            until.reset();
+        }
+        if (until == alertsSnoozedUntil)
+            return;
+        alertsSnoozedUntil = until;
+        snoozeLength = until ? *until - now : Seconds{0};
+        ++alertRevision;
+    }
+
+    void storeSnooze(std::optional<Date> until)
+    {
+        alertsSnoozedUntil = until;
+        ++alertRevision;
+        if (until)
+            parts.defaults.set(alertsSnoozedUntilKey, *until);
+        else
+            parts.defaults.remove(alertsSnoozedUntilKey);
+        publishSnooze();
+    }
+
+    void publishSnooze()
+    {
+        asio::post(parts.main, [self = shared_from_this(), until = alertsSnoozedUntil] {
+            if (!self->closed_)
+                self->parts.viewModel.setAlertsSnoozedUntil(until);
+        });
+    }
+
+    void snooze(Seconds duration)
+    {
+        // Written so that what is no number counts as the shortest.
+        snoozeLength = duration > shortestSnooze ? std::min(duration, longestSnooze) : shortestSnooze;
+        storeSnooze(parts.clock.now() + snoozeLength);
+    }
+
+    /// Clears a snooze that has ended. One that ends later than it was made for, because the clock was set
+    /// back, begins anew.
+    void followSnooze()
+    {
+        if (!alertsSnoozedUntil)
+            return;
+        const Date now = parts.clock.now();
+        if (*alertsSnoozedUntil <= now)
+            storeSnooze(std::nullopt);
+        else if (*alertsSnoozedUntil - now > snoozeLength + clockJump)
+            storeSnooze(now + snoozeLength);
     }
 
     // --- Wake and reconnect ---
@@ -585,15 +890,18 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
 private:
     mutable std::mutex generationMutex_{};
     Uuid run_;
+    bool closed_ = false;  ///< Belongs to `main`.
 };
 
 StatusBarPollingCoordinator::StatusBarPollingCoordinator(Parts parts)
     : impl_{std::make_shared<Impl>(std::move(parts))}
 {
+    impl_->publishSnooze();
 }
 
 StatusBarPollingCoordinator::~StatusBarPollingCoordinator()
 {
+    impl_->close();
     const Uuid run = impl_->renewGeneration();
     impl_->onEngine(run, [](Impl& impl) { impl.endTasks(); });
 }
@@ -629,10 +937,7 @@ void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<Gluco
     });
     asio::post(impl_->parts.engine, [impl = impl_, run, client = std::move(client), provider] {
         // Also when this run is over already: the next one must not find another account's readings.
-        impl->resetRecoveryState();
-        impl->rateLimitedAt.reset();
-        impl->glucoseHistory.clear();
-        impl->lastFetchedHistoryCount = 0;
+        impl->forgetAccount();
         if (impl->isCurrent(run))
             impl->begin(run, client, provider);
     });
@@ -660,7 +965,41 @@ void StatusBarPollingCoordinator::refreshAfterWake()
     impl_->onEngine(run, [run](Impl& impl) {
         if (!impl.client)
             return;
+        impl.missingData.hold(impl.parts.clock.now(), impl.pollsBegun);
         impl.wakeTask = startTask(impl.parts.engine, Impl::wakeRefresh(impl.shared_from_this(), run));
+    });
+}
+
+void StatusBarPollingCoordinator::snoozeAlerts(Seconds duration)
+{
+    asio::post(impl_->parts.engine, [impl = impl_, duration] {
+        impl->snooze(duration);
+        impl->lookForMissingData();
+    });
+}
+
+void StatusBarPollingCoordinator::resumeAlerts()
+{
+    asio::post(impl_->parts.engine, [impl = impl_] {
+        impl->storeSnooze(std::nullopt);
+        impl->lookForMissingData();
+    });
+}
+
+void StatusBarPollingCoordinator::alertSnoozeDidReload()
+{
+    asio::post(impl_->parts.engine, [impl = impl_] {
+        impl->loadSnooze();
+        impl->publishSnooze();
+        impl->lookForMissingData();
+    });
+}
+
+void StatusBarPollingCoordinator::alertSettingsDidUpdate()
+{
+    asio::post(impl_->parts.engine, [impl = impl_] {
+        ++impl->alertRevision;
+        impl->lookForMissingData();
     });
 }
 

@@ -4,8 +4,10 @@
 #include <memory>
 #include <optional>
 
+#include "config/AppConfiguration.h"
 #include "config/UserDefaults.h"
 #include "polling/StatusBarPollingSchedule.h"
+#include "polling/UserNotificationGlucoseAlertDelivery.h"
 #include "sources/GlucoseAPIProtocol.h"
 #include "sources/NetworkMonitor.h"
 #include "statusbar/StatusBarViewModel.h"
@@ -14,7 +16,11 @@
 
 namespace tidewell {
 
-/// The polling loop: sleeps, fetches, classifies what came, and keeps the view model current.
+/// The shortest and the longest time that alerts can be snoozed for.
+inline constexpr Seconds shortestSnooze{60};
+inline constexpr Seconds longestSnooze{24.0 * 3600};
+
+/// The polling loop: sleeps, fetches, classifies what came, keeps the view model current, and alerts.
 ///
 /// Serialised on `engine`. Every public member may be called from any thread: it marks the generation at once
 /// and does the rest on the engine. The view model is touched on `main` only, and only while the generation
@@ -23,6 +29,10 @@ namespace tidewell {
 /// The readings held go back 24 hours from the newest one, and the newest one stays on screen whatever older
 /// ones the service answers with. An answer whose newest reading is dated more than five minutes ahead of the
 /// clock is not used: one of the two clocks is wrong, and the ages of its readings are then unknown.
+///
+/// After each good answer the newest reading goes through one alert pass, which posts at most one
+/// notification. When no reading comes any more, that is told once, from a timer of its own. An end of the
+/// run ends both; what is then already on its way to the desktop still arrives there.
 class StatusBarPollingCoordinator {
 public:
     /// What is referred to outlives the coordinator and the last turn of `engine`.
@@ -34,6 +44,8 @@ public:
         StatusBarViewModel& viewModel;
         NetworkMonitor& networkMonitor;
         UserDefaults& defaults;
+        std::function<std::optional<AppSettings>()> settings;  ///< Called on `main`.
+        UserNotificationGlucoseAlertDelivery& alertDelivery;
     };
 
     explicit StatusBarPollingCoordinator(Parts parts);
@@ -58,6 +70,17 @@ public:
     [[nodiscard]] asio::awaitable<void> refreshNow();
     /// The machine woke up: a debounced refresh after the network has come back.
     void refreshAfterWake();
+
+    /// Silences the snoozed categories from now on for that long, at least `shortestSnooze` and at most
+    /// `longestSnooze`; a later call wins. Kept in the defaults and shown by the view model. Needs no run.
+    void snoozeAlerts(Seconds duration);
+    /// Ends the snooze.
+    void resumeAlerts();
+    /// The stored snooze was changed elsewhere, and the defaults were loaded again.
+    void alertSnoozeDidReload();
+    /// The preferences changed. Alerts by readings follow with the next pass in any case; missing data is
+    /// looked at anew, and a pass that has not posted yet begins again.
+    void alertSettingsDidUpdate();
 
 private:
     struct Impl;

@@ -23,6 +23,23 @@ constexpr int unwindingRounds = 4;
 /// An atomic write is several events; one reload is enough for them.
 constexpr std::chrono::milliseconds reloadDelay{200};
 
+/// The notifications of a run that has no desktop to tell anything.
+class NoNotificationCenter final : public UserNotificationCenter {
+public:
+    asio::awaitable<NotificationAuthorizationState> authorizationStatus() override
+    {
+        co_return NotificationAuthorizationState::denied;
+    }
+    asio::awaitable<std::expected<bool, NotificationError>> requestAuthorization() override
+    {
+        co_return std::expected<bool, NotificationError>{false};
+    }
+    asio::awaitable<std::expected<void, NotificationError>> add(UserNotification) override
+    {
+        co_return std::unexpected{NotificationError{"There is no notification server."}};
+    }
+};
+
 void afterTurns(asio::any_io_executor executor, int turns, std::function<void()> work)
 {
     asio::post(executor, [executor, turns, work = std::move(work)]() mutable {
@@ -69,6 +86,9 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
         main(), clock_, random_,
         [this]() -> std::optional<AppSettings> { return configuration_->settings(); });
     network_ = std::make_unique<NetworkMonitor>(clock_, random_, std::make_unique<GioNetworkPathMonitor>());
+    notificationCenter_ = std::make_unique<NoNotificationCenter>();
+    alertDelivery_ =
+        std::make_unique<UserNotificationGlucoseAlertDelivery>(engine(), *notificationCenter_, random_);
     coordinator_ = std::make_unique<StatusBarPollingCoordinator>(StatusBarPollingCoordinator::Parts{
         .engine = engine(),
         .main = main(),
@@ -77,6 +97,8 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
         .viewModel = *viewModel_,
         .networkMonitor = *network_,
         .defaults = *defaults_,
+        .settings = [this]() -> std::optional<AppSettings> { return configuration_->settings(); },
+        .alertDelivery = *alertDelivery_,
     });
     workspace_ = std::make_unique<LogindEvents>();
     engine_.start();

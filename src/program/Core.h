@@ -84,6 +84,8 @@ private:
     std::unique_ptr<ConfigurationManager> configuration_;
     std::unique_ptr<StatusBarViewModel> viewModel_;
     std::unique_ptr<NetworkMonitor> network_;
+    std::unique_ptr<UserNotificationCenter> notificationCenter_;
+    std::unique_ptr<UserNotificationGlucoseAlertDelivery> alertDelivery_;
     std::unique_ptr<StatusBarPollingCoordinator> coordinator_;
     std::unique_ptr<LogindEvents> workspace_;
     std::unique_ptr<AppDelegate> delegate_;

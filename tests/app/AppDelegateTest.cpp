@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "config/MemoryKeychainItemStore.h"
+#include "polling/FakeNotificationCenter.h"
 #include "support/AtomicFile.h"
 #include "testing/FakeClock.h"
 #include "testing/FakeNetworkPath.h"
@@ -153,13 +154,17 @@ protected:
                                  }};
     FakeNetworkPath path;
     NetworkMonitor network{clock, random, path.monitoring()};
+    FakeNotificationCenter center{clock};
+    UserNotificationGlucoseAlertDelivery delivery{io.get_executor(), center, random};
     StatusBarPollingCoordinator coordinator{{.engine = io.get_executor(),
                                              .main = io.get_executor(),
                                              .clock = clock,
                                              .random = random,
                                              .viewModel = viewModel,
                                              .networkMonitor = network,
-                                             .defaults = defaults}};
+                                             .defaults = defaults,
+                                             .settings = [this] { return manager->settings(); },
+                                             .alertDelivery = delivery}};
     std::shared_ptr<ScriptedAPI> api = std::make_shared<ScriptedAPI>(clock);
     FakeWorkspace workspace;
     Recorder recorder;

@@ -1,6 +1,7 @@
 // What a person who follows somebody with LibreLinkUp lives through, from the service's answers to the words
 // in the menu: the real client and the simulated service on one fake clock.
 
+#include "polling/FakeNotificationCenter.h"
 #include "polling/StatusBarPollingCoordinator.h"
 #include "simulator/LibreLinkUpSimulator.h"
 #include "simulator/SimulatedHttpClient.h"
@@ -59,6 +60,8 @@ struct Story {
     FakeNetworkPath path{};
     NetworkMonitor network{clock, random, path.monitoring()};
     UserDefaults defaults{};
+    FakeNotificationCenter center{clock};
+    UserNotificationGlucoseAlertDelivery delivery{io.get_executor(), center, random};
     StatusBarViewModel viewModel{io.get_executor(), clock, random, [] { return AppSettings{}; }};
     std::shared_ptr<LibreLinkUpAPI> client;
     std::optional<StatusBarPollingCoordinator> coordinator{
@@ -68,7 +71,9 @@ struct Story {
                                                           .random = random,
                                                           .viewModel = viewModel,
                                                           .networkMonitor = network,
-                                                          .defaults = defaults}};
+                                                          .defaults = defaults,
+                                                          .settings = [] { return AppSettings{}; },
+                                                          .alertDelivery = delivery}};
 
     [[nodiscard]] const StatusBarState& state() const { return viewModel.state(); }
     void become(Options options) { service.setOptions(std::move(options), clock.now()); }

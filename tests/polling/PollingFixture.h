@@ -1,5 +1,6 @@
 #pragma once
 
+#include "polling/FakeNotificationCenter.h"
 #include "polling/StatusBarPollingCoordinator.h"
 #include "testing/FakeClock.h"
 #include "testing/FakeNetworkPath.h"
@@ -85,7 +86,10 @@ struct PollingFixture {
     UserDefaults defaults{};
     FakeNetworkPath path{};
     NetworkMonitor network{coordinatorClock, random, path.monitoring()};
-    StatusBarViewModel viewModel{io.get_executor(), clock, random, [] { return AppSettings{}; }};
+    AppSettings settings{};
+    FakeNotificationCenter center{coordinatorClock};
+    UserNotificationGlucoseAlertDelivery delivery{io.get_executor(), center, random};
+    StatusBarViewModel viewModel{io.get_executor(), clock, random, [this] { return settings; }};
     std::shared_ptr<ScriptedGlucoseAPI> service = std::make_shared<ScriptedGlucoseAPI>(coordinatorClock);
     std::optional<StatusBarPollingCoordinator> coordinator{
         std::in_place, StatusBarPollingCoordinator::Parts{.engine = io.get_executor(),
@@ -94,7 +98,9 @@ struct PollingFixture {
                                                           .random = random,
                                                           .viewModel = viewModel,
                                                           .networkMonitor = network,
-                                                          .defaults = defaults}};
+                                                          .defaults = defaults,
+                                                          .settings = [this] { return settings; },
+                                                          .alertDelivery = delivery}};
 
     PollingFixture()
     {

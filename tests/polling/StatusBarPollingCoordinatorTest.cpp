@@ -379,6 +379,22 @@ TEST_F(LibrePacing, clockThatIsSetBackMakesNoLongWaitOfAnyMoment)
             untilNextFetch();
         }
     }
+    // The restraint goes on through it.
+    limit(Seconds{60});
+    clock.setWallClock(clock.now() - Seconds{3 * 3600.0});
+    untilNextFetch();
+    EXPECT_EQ(pace(), Seconds{330});
+
+    // A wait that is over does not come back.
+    failWith(Kind::rateLimited, Seconds{3600});
+    untilNextFetch();
+    failWith(Kind::serverTrouble);
+    untilNextFetch();
+    clock.advance(Seconds{1});
+    clock.setWallClock(clock.now() - Seconds{3000});
+    coordinator->start(service, libre);
+    EXPECT_LE(untilNextFetch().count(), 72);
+
     // Also without any reading.
     failWith(Kind::sessionExpired);
     coordinator->resetForNewConfiguration(service, libre);
@@ -776,6 +792,8 @@ TEST(StatusBarPollingCoordinatorThreads, afterStopOnMainNothingChangesAnyMore)
     UserDefaults defaults;
     FakeNetworkPath path;
     NetworkMonitor network{clock, random, path.monitoring()};
+    FakeNotificationCenter center{clock};
+    UserNotificationGlucoseAlertDelivery delivery{engine.get_executor(), center, random};
     StatusBarViewModel viewModel{main.get_executor(), clock, random, [] { return AppSettings{}; }};
     const auto service = std::make_shared<ScriptedGlucoseAPI>(clock);
     service->onFetch = [&clock, value = 40.0]() mutable -> ScriptedGlucoseAPI::Fetched {
@@ -789,7 +807,9 @@ TEST(StatusBarPollingCoordinatorThreads, afterStopOnMainNothingChangesAnyMore)
                                                           .random = random,
                                                           .viewModel = viewModel,
                                                           .networkMonitor = network,
-                                                          .defaults = defaults}};
+                                                          .defaults = defaults,
+                                                          .settings = [] { return AppSettings{}; },
+                                                          .alertDelivery = delivery}};
     int ended = 0;
     int changed = 0;
     constexpr int rounds = 300;
