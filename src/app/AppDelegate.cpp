@@ -12,6 +12,22 @@ const Log appLog{"AppDelegate"};
 /// A keyring often appears within seconds of the session's start, and its unlocking is announced by nobody.
 constexpr std::array<std::chrono::milliseconds, 4> passwordRetryWaits{10s, 30s, 60s, 300s};
 
+/// Nobody announces that the sound was switched off or that the machine may suspend again; looking costs a
+/// few calls.
+constexpr std::chrono::milliseconds alertPathInterval = 1h;
+
+/// What keeps alerts from being noticed, apart from what the menu shows anyway: the account, its data and a
+/// snooze count as good here.
+std::optional<std::string> alertProblem(const AlertPath& path, const AppSettings& settings, Date now)
+{
+    const auto findings = alertFindings(
+        {.now = now, .zone = TimeZone::current(), .settings = settings, .path = path, .newestReading = now});
+    if (findings.empty() || findings.front().severity != AlertFinding::Severity::problem)
+        return std::nullopt;
+    const auto& [severity, subject, text, remedy] = findings.front();
+    return remedy.empty() ? text : text + "\n" + remedy;
+}
+
 }  // namespace
 
 AppDelegate::AppDelegate(Services services) : services_{std::move(services)}
@@ -19,7 +35,11 @@ AppDelegate::AppDelegate(Services services) : services_{std::move(services)}
     observers_.push_back(services_.configurationManager.observe([this](ConfigurationChange change) {
         switch (change) {
         case ConfigurationChange::configuration: configurationDidUpdate(); break;
-        case ConfigurationChange::appSettings: services_.statusBarViewModel.appSettingsDidUpdate(); break;
+        case ConfigurationChange::appSettings:
+            services_.statusBarViewModel.appSettingsDidUpdate();
+            services_.pollingCoordinator.alertSettingsDidUpdate();
+            alertPathDidChange();
+            break;
         }
     }));
 }
@@ -30,6 +50,8 @@ AppDelegate::~AppDelegate()
         startupTask_.cancel();
     if (passwordTask_.running())
         passwordTask_.cancel();
+    if (alertPathTask_.running())
+        alertPathTask_.cancel();
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -45,6 +67,7 @@ void AppDelegate::applicationWillTerminate()
     workspaceObservers_.reset();
     startupTask_.cancel();
     passwordTask_.cancel();
+    alertPathTask_.cancel();
     services_.pollingCoordinator.stop();
 }
 
@@ -67,6 +90,7 @@ asio::awaitable<void> AppDelegate::launch()
         if (const auto loaded = co_await services_.configurationManager.load(); !loaded)
             appLog.error("Configuration not loaded: " + loaded.error().message);
     }
+    alertPathDidChange();
     if (!services_.defaults.boolean(onboardingCompletedKey)) {
         services_.pollingCoordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
         if (services_.feedbackPromptController)
@@ -92,6 +116,7 @@ void AppDelegate::observeWorkspace()
     workspaceObservers_->keep(services_.workspace->observe(WorkspaceEvent::didWake, [this] {
         services_.statusBarViewModel.refreshFreshness();
         services_.pollingCoordinator.refreshAfterWake();
+        alertPathDidChange();
     }));
     const auto installBefore = [this](std::string_view reason) {
         return [this, reason] {
@@ -114,7 +139,10 @@ void AppDelegate::configurationDidUpdate()
 
 void AppDelegate::storedStateDidReload()
 {
-    if (terminating_ || !services_.configurationManager.account())
+    if (terminating_)
+        return;
+    services_.pollingCoordinator.alertSnoozeDidReload();
+    if (!services_.configurationManager.account())
         return;
     if (!following_) {
         configurationDidUpdate();
@@ -158,6 +186,27 @@ ErrorInfo AppDelegate::passwordProblem() const
             .message = problem ? problem->message : "The password of the account is not in the keyring.",
             .remediation = "Unlock your keyring, or sign in again.",
             .needsSignIn = true};
+}
+
+void AppDelegate::alertPathDidChange()
+{
+    if (terminating_ || !services_.lookAtAlertPath)
+        return;
+    alertPathTask_.cancel();
+    alertPathTask_ = startTask(services_.main, watchAlertPath());
+}
+
+asio::awaitable<void> AppDelegate::watchAlertPath()
+{
+    for (;;) {
+        // Before the first load the preferences are not known yet.
+        if (services_.configurationManager.loaded()) {
+            const AlertPath path = co_await services_.lookAtAlertPath();
+            services_.statusBarViewModel.setAlertProblem(
+                alertProblem(path, services_.configurationManager.settings(), services_.clock.now()));
+        }
+        co_await services_.clock.sleepFor(alertPathInterval);
+    }
 }
 
 asio::awaitable<void> AppDelegate::retryPassword()

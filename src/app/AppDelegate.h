@@ -8,6 +8,7 @@
 #include "app/WorkspaceEvents.h"
 #include "config/ConfigurationManager.h"
 #include "config/UserDefaults.h"
+#include "polling/AlertHealth.h"
 #include "polling/StatusBarPollingCoordinator.h"
 #include "support/Task.h"
 
@@ -69,6 +70,9 @@ public:
         TermsAgreementCoordinating* termsAgreementCoordinator = nullptr;
         FeedbackPromptControlling* feedbackPromptController = nullptr;
         UpdateControlling* updateController = nullptr;
+        /// Looks at what an alert needs of the desktop, in a few seconds at most. Awaited on `main`, and
+        /// cancelled; empty in a run that posts no alerts.
+        std::function<asio::awaitable<AlertPath>()> lookAtAlertPath{};
     };
 
     explicit AppDelegate(Services services);
@@ -81,8 +85,11 @@ public:
     /// Resumes when the launch sequence has ended; it has been begun.
     [[nodiscard]] asio::awaitable<void> launched() const { return startupTask_.wait(); }
     /// Configuration and defaults were read again. Follows an account that another process has signed in to
-    /// since the first-run steps were begun here, and tries again when it has signed in to the same one.
+    /// since the first-run steps were begun here, and tries again when it has signed in to the same one. A
+    /// snooze that was changed elsewhere counts here too.
     void storedStateDidReload();
+    /// A notification server came or went: looks anew at whether alerts would be noticed.
+    void alertPathDidChange();
     /// The last call before the end of the process: no result reaches the status item any more.
     void applicationWillTerminate();
     /// The person started the application again. False when a window that waits for them came to the front.
@@ -91,6 +98,8 @@ public:
 private:
     asio::awaitable<void> launch();
     asio::awaitable<void> retryPassword();
+    /// Keeps the view model's alert problem true: looks now, and every hour.
+    asio::awaitable<void> watchAlertPath();
     void observeWorkspace();
     void configurationDidUpdate();
     /// Lets the coordinator follow the stored account, or shows that there is none.
@@ -100,6 +109,7 @@ private:
     Services services_;
     Task<void> startupTask_;
     Task<void> passwordTask_;  ///< Tries again to read a password that the secret store did not give.
+    Task<void> alertPathTask_;
     std::unique_ptr<AppWorkspaceObservers> workspaceObservers_;
     std::vector<std::shared_ptr<void>> observers_;
     std::optional<Date> accountConfirmedAt_;  ///< As far as it has been acted upon.

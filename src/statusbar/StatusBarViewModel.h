@@ -46,7 +46,7 @@ struct StatusBarState {
     std::optional<ErrorInfo> freshnessWarning{};
     bool hasWarning = false;
     std::optional<Date> alertsSnoozedUntil{};  ///< May be over; observers hear of that moment too.
-    /// Why alerts would not be seen or heard, and what to do: one sentence.
+    /// Why alerts would not be seen or heard, and on a second line what to do.
     std::optional<std::string> alertProblem{};
     std::optional<Date> nextRetryAt{};
     std::optional<GlucoseReading> presentedReading{};

@@ -1,6 +1,7 @@
 #include "statusbar/StatusItemContent.h"
 
 #include <algorithm>
+#include <ranges>
 
 #include <fmt/format.h>
 
@@ -98,7 +99,8 @@ std::vector<MenuItem> menu(const StatusBarState& state, const std::optional<Erro
         for (std::string& line : problemLines(*problem, state.nextRetryAt, zone))
             items.push_back(text(std::move(line)));
     if (state.alertProblem)
-        items.push_back(text(*state.alertProblem));
+        for (const auto line : std::views::split(*state.alertProblem, '\n'))
+            items.push_back(text(std::string{std::string_view{line}}));
     if (!items.empty())
         items.push_back(separator());
 

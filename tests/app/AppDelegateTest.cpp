@@ -135,6 +135,10 @@ protected:
             .termsAgreementCoordinator = &recorder,
             .feedbackPromptController = &recorder,
             .updateController = &recorder,
+            .lookAtAlertPath = [this]() -> asio::awaitable<AlertPath> {
+                ++looks;
+                co_return alertPath;
+            },
         });
         delegate->applicationDidFinishLaunching();
         settle();
@@ -168,6 +172,8 @@ protected:
     std::shared_ptr<ScriptedAPI> api = std::make_shared<ScriptedAPI>(clock);
     FakeWorkspace workspace;
     Recorder recorder;
+    AlertPath alertPath{.serverAnswers = true, .soundOutput = true};
+    int looks = 0;
     std::vector<std::string> clientsMadeFor;
     std::unique_ptr<AppDelegate> delegate;
 };
@@ -345,6 +351,62 @@ TEST_F(AppDelegateTest, aPasswordThatComesLateIsFoundWithoutARestart)
     clock.advance(5min + 6s);
     EXPECT_EQ(viewModel.state().statusTitle, "120 →");
     EXPECT_FALSE(viewModel.state().currentError);
+}
+
+TEST_F(AppDelegateTest, whatKeepsAlertsFromBeingNoticedIsLookedForWhenItMayHaveChangedAndHourly)
+{
+    const auto problem = [this] { return viewModel.state().alertProblem.value_or(""); };
+    storeAccount();
+    defaults.set(onboardingCompletedKey, true);
+    alertPath.serverAnswers = false;
+    launch();
+    EXPECT_TRUE(problem().starts_with("There is no notification server: alerts are not shown.\n"))
+        << problem();
+
+    alertPath.serverAnswers = true;
+    clock.advance(59min);
+    EXPECT_EQ(looks, 1) << "once, and nothing keeps waking up";
+    delegate->alertPathDidChange();
+    settle();
+    EXPECT_EQ(problem(), "");
+
+    AppSettings off;
+    off.alertsEnabled = false;
+    asio::co_spawn(io, manager->saveSettings(off), asio::detached);
+    settle();
+    EXPECT_TRUE(problem().starts_with("Alerts are off.\n")) << problem();
+    asio::co_spawn(io, manager->saveSettings({}), asio::detached);
+    settle();
+    EXPECT_EQ(problem(), "");
+
+    alertPath.muted = true;
+    clock.advance(1h);
+    EXPECT_TRUE(problem().starts_with("The sound is muted")) << problem();
+    alertPath.muted = false;
+    workspace.send(WorkspaceEvent::didWake);
+    settle();
+    EXPECT_EQ(problem(), "");
+
+    api->refused = true;
+    alertPath.serverHangs = true;
+    delegate->applicationWillTerminate();
+    delegate->alertPathDidChange();
+    clock.advance(24h);
+    EXPECT_EQ(problem(), "") << "it has ended";
+}
+
+TEST_F(AppDelegateTest, aSnoozeThatAnotherProcessChangedCountsHereEvenWithoutAnAccount)
+{
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    defaults.set(alertsSnoozedUntilKey, start + 30min);
+    delegate->storedStateDidReload();
+    settle();
+    EXPECT_EQ(viewModel.state().alertsSnoozedUntil, start + 30min);
+    defaults.remove(alertsSnoozedUntilKey);
+    delegate->storedStateDidReload();
+    settle();
+    EXPECT_EQ(viewModel.state().alertsSnoozedUntil, std::nullopt);
 }
 
 TEST_F(AppDelegateTest, sleepWakeAndTheEndReachWhoCares)

@@ -174,12 +174,12 @@ TEST(StatusItemContent, aSnoozeNamesWhatItSilencesAndIsGoneWhenItEnds)
 TEST(StatusItemContent, whatKeepsAlertsFromBeingNoticedStandsBelowTheProblem)
 {
     StatusBarState state = showing(120, Seconds{0});
-    state.alertProblem = "No notification server is running. Start one.";
-    EXPECT_TRUE(menuText(state).starts_with("[No notification server is running. Start one.]|--|Snooze"));
-    EXPECT_TRUE(content(state).tooltipText.ends_with("\nNo notification server is running. Start one."));
+    state.alertProblem = "There is no notification server.\nStart one.";
+    EXPECT_TRUE(menuText(state).starts_with("[There is no notification server.]|[Start one.]|--|Snooze"));
+    EXPECT_TRUE(content(state).tooltipText.ends_with("\nThere is no notification server.\nStart one."));
     EXPECT_FALSE(content(state).warningBadge) << "the badge speaks of the value";
     state.currentError = {.title = "T", .message = "M"};
-    EXPECT_TRUE(menuText(state).starts_with("[T]|[M]|[No notification server is running. Start one.]|--|"));
+    EXPECT_TRUE(menuText(state).starts_with("[T]|[M]|[There is no notification server.]|[Start one.]|--|"));
 }
 
 }  // namespace
