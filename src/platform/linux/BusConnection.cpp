@@ -100,19 +100,29 @@ std::shared_ptr<void> connectToBus(const QString& address,
                                    std::function<void(std::optional<QDBusConnection>)> done)
 {
     static std::atomic<int> count{0};
-    const QString name = QStringLiteral("tidewell-%1").arg(++count);
-    const auto connected = std::make_shared<std::atomic<bool>>(false);
+    /// A connection that nobody took, because the token had gone, is closed again.
+    struct Made {
+        QString name;
+        bool connected = false;
+        bool taken = false;
+        ~Made()
+        {
+            if (connected && !taken)
+                QDBusConnection::disconnectFromBus(name);
+        }
+    };
+    const auto made = std::make_shared<Made>(QStringLiteral("tidewell-%1").arg(++count));
     return runInBackground(
-        [address, name, connected] {
+        [address, made] {
             if (address.isEmpty() || !busGreets(address, greetingTimeout))
                 return;
-            const QDBusConnection connection = QDBusConnection::connectToBus(address, name);
-            *connected = connection.isConnected();
-            if (!*connected)
-                QDBusConnection::disconnectFromBus(name);
+            made->connected = QDBusConnection::connectToBus(address, made->name).isConnected();
+            if (!made->connected)
+                QDBusConnection::disconnectFromBus(made->name);
         },
-        [name, connected, done = std::move(done)] {
-            done(*connected ? std::optional{QDBusConnection{name}} : std::nullopt);
+        [made, done = std::move(done)] {
+            made->taken = true;
+            done(made->connected ? std::optional{QDBusConnection{made->name}} : std::nullopt);
         });
 }
 

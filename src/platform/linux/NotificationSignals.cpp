@@ -1,0 +1,37 @@
+#include "platform/linux/NotificationSignals.h"
+
+#include <utility>
+
+namespace tidewell {
+
+NotificationSignals::NotificationSignals(QDBusConnection& connection, Handlers handlers)
+    : handlers_{std::move(handlers)}
+{
+    // By path and interface rather than by sender: with a sender, the library first asks the bus who that is,
+    // and waits.
+    connection.connect({}, QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"),
+                       QStringLiteral("NameOwnerChanged"), {notificationService}, {}, this,
+                       SLOT(nameOwnerChanged(QString, QString, QString)));
+    connection.connect({}, notificationPath, notificationService, QStringLiteral("ActionInvoked"), this,
+                       SLOT(actionInvoked(QDBusMessage)));
+    connection.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
+                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                       SLOT(busDisconnected()));
+}
+
+void NotificationSignals::nameOwnerChanged(const QString& name, const QString& /*before*/, const QString& now)
+{
+    if (name == notificationService)
+        handlers_.ownerChanged(now);
+}
+
+void NotificationSignals::actionInvoked(const QDBusMessage& message)
+{
+    if (message.signature() == QLatin1String("us"))
+        handlers_.actionInvoked(message.service(), message.arguments()[0].toUInt(),
+                                message.arguments()[1].toString());
+}
+
+void NotificationSignals::busDisconnected() { handlers_.disconnected(); }
+
+}  // namespace tidewell
