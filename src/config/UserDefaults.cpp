@@ -58,14 +58,14 @@ std::error_code UserDefaults::load()
     if (file_.empty())
         return {};
     auto values = readValues(file_);
+    json::object loaded;
+    if (values && *values)
+        loaded = std::move(**values);
     const std::scoped_lock lock{mutex_};
-    changed_.clear();
-    values_.clear();
-    if (!values)
-        return values.error();
-    if (*values)
-        values_ = std::move(**values);
-    return {};
+    for (const std::string& key : changed_)
+        takeOver(loaded, values_, key);
+    values_ = std::move(loaded);
+    return values ? std::error_code{} : values.error();
 }
 
 std::error_code UserDefaults::save()

@@ -32,7 +32,7 @@ public:
     explicit UserDefaults(std::filesystem::path file);
 
     /// Blocks; at start-up. An error when there is a file that cannot be read; then nothing is set.
-    /// bad_message when its content does not decode.
+    /// bad_message when its content does not decode. What was set and is not saved yet stays.
     [[nodiscard]] std::error_code load();
     /// Writes the values when they changed since the last save. Blocks; one thread at a time. After an error
     /// the file is as it was, and the next save tries again.

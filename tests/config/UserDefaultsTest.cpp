@@ -114,6 +114,8 @@ TEST_F(UserDefaultsTest, twoProcessesKeepEachOthersKeys)
     one.set("one", true);
     one.remove("removed");
     two.set("two", true);
+    EXPECT_FALSE(two.load());
+    EXPECT_TRUE(two.boolean("two")) << "a load forgets what was set and not saved yet";
     EXPECT_FALSE(one.save());
     EXPECT_FALSE(two.save());
     EXPECT_TRUE(two.boolean("one"));
