@@ -168,7 +168,8 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     GlucoseAlertEvaluator alertEvaluator{};
     MissingDataAlert missingData{};
     std::uint64_t alertRevision = 0;          ///< Counts the changes of snooze and preferences.
-    std::shared_ptr<Wake> missingDataWake{};  ///< Lets the run look for missing data anew.
+    bool missingDataChanged = false;          ///< Since the last look for missing data.
+    std::shared_ptr<Wake> missingDataWake{};  ///< Ends the wait for the next look; of one use.
 
     Task<void> loopTask{};
     Task<void> loopSleep{};
@@ -238,9 +239,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             });
         loopTask = startTask(parts.engine, pollingLoop(shared_from_this(), run));
         missingData.beginRun(parts.clock.now(), pollsBegun);
-        missingDataWake = std::make_shared<Wake>(parts.engine, 1);
-        missingDataTask =
-            startTask(parts.engine, watchForMissingData(shared_from_this(), run, missingDataWake));
+        missingDataTask = startTask(parts.engine, watchForMissingData(shared_from_this(), run));
     }
 
     void endTasks()
@@ -710,13 +709,15 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     /// The wait for missing data has to be planned anew.
     void lookForMissingData()
     {
+        missingDataChanged = true;
         if (missingDataWake)
             missingDataWake->try_send(boost::system::error_code{});
     }
 
-    static asio::awaitable<void> watchForMissingData(Self self, Uuid run, std::shared_ptr<Wake> wake)
+    static asio::awaitable<void> watchForMissingData(Self self, Uuid run)
     {
         while (self->isCurrent(run)) {
+            self->missingDataChanged = false;
             const GlucoseAlertSettings settings = co_await alertSettings(self);
             if (!self->isCurrent(run))
                 co_return;
@@ -726,14 +727,18 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                     continue;
                 look.again = self->parts.clock.now() + MissingDataAlert::lookInterval;
             }
-            co_await pause(self, wake, look.again);
+            if (self->isCurrent(run) && !self->missingDataChanged)
+                co_await pause(self, look.again);
         }
     }
 
     /// Until that moment, or something has changed.
-    static asio::awaitable<void> pause(Self self, std::shared_ptr<Wake> wake, std::optional<Date> until)
+    static asio::awaitable<void> pause(Self self, std::optional<Date> until)
     {
         using namespace asio::experimental::awaitable_operators;
+        // Each wait has its own: a channel does not take what is sent after a receive that was cancelled.
+        const auto wake = std::make_shared<Wake>(self->parts.engine, 1);
+        self->missingDataWake = wake;
         if (!until) {
             co_await wake->async_receive(asio::use_awaitable);
             co_return;
