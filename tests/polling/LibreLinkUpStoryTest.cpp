@@ -318,7 +318,7 @@ TEST(LibreLinkUpStory, whatIsMissingAtTheFirstPollIsSaidThere)
         {.name = "wrong password",
          .error = {"Authentication failed", "Unable to authenticate with LibreLinkUp.",
                    "Check your username and password in Settings.", true},
-         .signIns = 3,  // The second one goes home at once.
+         .signIns = 4,  // The home region is kept once it has let us in, not before.
          .options = {.refusePasswords = true}},
         {.name = "nothing measured yet",
          .error = {"No data available", "No glucose readings available from FreeStyle Libre.",

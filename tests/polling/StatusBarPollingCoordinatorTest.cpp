@@ -379,11 +379,24 @@ TEST_F(LibrePacing, clockThatIsSetBackMakesNoLongWaitOfAnyMoment)
             untilNextFetch();
         }
     }
-    // The restraint goes on through it.
-    limit(Seconds{60});
-    clock.setWallClock(clock.now() - Seconds{3 * 3600.0});
+    // The restraint goes on when a clock that was ahead is set right.
+    Seconds ahead{3 * 3600.0};
+    service->onFetch = [&] {
+        const double newest = std::floor(unixSeconds(clock.now() - ahead) / 60) * 60;
+        return std::vector{makeReading(120, "Flat", dateFromUnix(newest), Seconds{60}, libre)};
+    };
+    const auto fetchInTime = service->onFetch;
+    coordinator->resetForNewConfiguration(service, libre);
     untilNextFetch();
-    EXPECT_EQ(pace(), Seconds{330});
+    failWith(Kind::rateLimited, Seconds{60});
+    untilNextFetch();
+    service->onFetch = fetchInTime;
+    untilNextFetch();
+    clock.setWallClock(clock.now() - ahead);
+    ahead = Seconds{0};
+    untilNextFetch();
+    for (int twice = 0; twice < 2; ++twice)
+        EXPECT_NEAR(pace().count(), 330, 0.002);
 
     // A wait that is over does not come back.
     failWith(Kind::rateLimited, Seconds{3600});
