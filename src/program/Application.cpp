@@ -62,9 +62,9 @@ private:
             break;
         case MenuCommand::reconnect: core_.coordinator().reconnect(); break;
         case MenuCommand::signIn: signIn_.show(); break;
-        case MenuCommand::snooze30Minutes:
-        case MenuCommand::snooze2Hours:
-        case MenuCommand::resumeAlerts: break;
+        case MenuCommand::snooze30Minutes: core_.coordinator().snoozeAlerts(30min); break;
+        case MenuCommand::snooze2Hours: core_.coordinator().snoozeAlerts(2h); break;
+        case MenuCommand::resumeAlerts: core_.coordinator().resumeAlerts(); break;
         case MenuCommand::quit: QCoreApplication::quit(); break;
         }
     }
@@ -102,7 +102,7 @@ ExitCode runApplication(const ApplicationOptions& options)
 
     // They wait for the event loop from here on, so that what was made goes again.
     const UnixSignals signals{endingSignals, [](int) { QCoreApplication::quit(); }};
-    auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario});
+    auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario, .postsAlerts = true});
     if (!core)
         return report(core.error());
     const auto runtime = (*core)->folders().runtime;
@@ -122,6 +122,8 @@ ExitCode runApplication(const ApplicationOptions& options)
                 switch (word) {
                 case InstanceWord::activate: face.reopen(); break;
                 case InstanceWord::configurationChanged: (*core)->reloadConfiguration(); break;
+                case InstanceWord::snoozeChanged: (*core)->reloadDefaults(); break;
+                case InstanceWord::areYouThere: break;
                 }
             });
         face.launch();

@@ -1,6 +1,5 @@
 #include "program/CommandSession.h"
 
-#include "platform/linux/SingleInstance.h"
 #include "support/Log.h"
 
 namespace tidewell {
@@ -36,9 +35,9 @@ CommandSession::CommandSession(Environment environment)
 
 CommandSession::~CommandSession() { (void)engine_.stop(std::chrono::milliseconds{500}); }
 
-void CommandSession::announceChange()
+SingleInstance::SendResult CommandSession::announceChange(InstanceWord what)
 {
-    (void)SingleInstance::send(environment_.folders.runtime, InstanceWord::configurationChanged);
+    return SingleInstance::send(environment_.folders.runtime, what);
 }
 
 ServiceClientParts CommandSession::clientParts()

@@ -6,6 +6,7 @@
 
 #include "config/ConfigurationManager.h"
 #include "config/UserDefaults.h"
+#include "platform/linux/SingleInstance.h"
 #include "program/Environment.h"
 #include "program/ServiceClient.h"
 #include "support/CurlHttpClient.h"
@@ -31,9 +32,9 @@ public:
     /// For the clients of accounts that are checked here.
     [[nodiscard]] ServiceClientParts clientParts();
 
-    /// Tells the running application, if there is one, that the stored configuration changed. It notices by
-    /// itself too, but not on every file system.
-    void announceChange();
+    /// Tells the running application, if there is one, that something stored changed. It notices by itself
+    /// too, but not on every file system. Blocks for a second at most.
+    SingleInstance::SendResult announceChange(InstanceWord what = InstanceWord::configurationChanged);
 
     /// Runs a coroutine on this thread to its end and returns its result.
     template <class T>

@@ -46,6 +46,17 @@ struct AccountSetOptions {
 [[nodiscard]] ExitCode runSettingsGet(const std::optional<std::string>& key);
 [[nodiscard]] ExitCode runSettingsSet(const std::string& key, const std::string& value);
 
+/// Silences alerts for as long as `length` says, and says which and until when.
+[[nodiscard]] ExitCode runSnooze(const std::string& length);
+/// Ends a snooze.
+[[nodiscard]] ExitCode runResume();
+
+/// Sends a test alert through the desktop's notifications; good only when it was sent.
+[[nodiscard]] ExitCode runTestAlert();
+/// Says whether an alert would be seen and heard now, worst first; good only when all is well. Asks the
+/// desktop and the service itself.
+[[nodiscard]] ExitCode runDoctor(bool asJson);
+
 /// Writes "tidewell: " and the message as one line to standard error; the code is passed through.
 ExitCode report(const CommandError& error);
 

@@ -23,8 +23,11 @@ constexpr int unwindingRounds = 4;
 /// An atomic write is several events; one reload is enough for them.
 constexpr std::chrono::milliseconds reloadDelay{200};
 
-/// The notifications of a run that has no desktop to tell anything.
-class NoNotificationCenter final : public UserNotificationCenter {
+/// What the snooze action on a notification stands for.
+constexpr Seconds snoozeOfAction{30min};
+
+/// The notifications of a run that posts none.
+class NoNotifications final : public UserNotificationCenter {
 public:
     asio::awaitable<NotificationAuthorizationState> authorizationStatus() override
     {
@@ -36,7 +39,7 @@ public:
     }
     asio::awaitable<std::expected<void, NotificationError>> add(UserNotification) override
     {
-        co_return std::unexpected{NotificationError{"There is no notification server."}};
+        co_return std::unexpected{NotificationError{"This run posts no notifications."}};
     }
 };
 
@@ -60,10 +63,12 @@ std::expected<std::unique_ptr<Core>, CommandError> Core::make(CoreOptions option
         options.demo ? demoEnvironment(*clock, std::move(options.demoScenario)) : standardEnvironment();
     if (!environment)
         return std::unexpected(environment.error());
-    return std::unique_ptr<Core>(new Core(std::move(*environment), std::move(engine), std::move(clock)));
+    return std::unique_ptr<Core>(
+        new Core(std::move(*environment), std::move(engine), std::move(clock), options.postsAlerts));
 }
 
-Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_ptr<SystemClock> ownClock)
+Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_ptr<SystemClock> ownClock,
+           bool postsAlerts)
     : engineOwner_{std::move(owner)},
       engine_{*engineOwner_},
       clockOwner_{std::move(ownClock)},
@@ -86,9 +91,7 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
         main(), clock_, random_,
         [this]() -> std::optional<AppSettings> { return configuration_->settings(); });
     network_ = std::make_unique<NetworkMonitor>(clock_, random_, std::make_unique<GioNetworkPathMonitor>());
-    notificationCenter_ = std::make_unique<NoNotificationCenter>();
-    alertDelivery_ =
-        std::make_unique<UserNotificationGlucoseAlertDelivery>(engine(), *notificationCenter_, random_);
+    makeAlerts(postsAlerts);
     coordinator_ = std::make_unique<StatusBarPollingCoordinator>(StatusBarPollingCoordinator::Parts{
         .engine = engine(),
         .main = main(),
@@ -97,11 +100,39 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
         .viewModel = *viewModel_,
         .networkMonitor = *network_,
         .defaults = *defaults_,
-        .settings = [this]() -> std::optional<AppSettings> { return configuration_->settings(); },
+        .settings = [this, postsAlerts]() -> std::optional<AppSettings> {
+            AppSettings settings = configuration_->settings();
+            settings.alertsEnabled = settings.alertsEnabled && postsAlerts;
+            return settings;
+        },
         .alertDelivery = *alertDelivery_,
     });
     workspace_ = std::make_unique<LogindEvents>();
     engine_.start();
+}
+
+void Core::makeAlerts(bool postsAlerts)
+{
+    if (postsAlerts) {
+        alertSound_ = std::make_unique<AlertSound>(main());
+        desktopNotifications_ = std::make_unique<NotificationCenter>(main(), clock_, *alertSound_);
+        desktopNotifications_->onAction([this](NotificationAction action) {
+            if (action == NotificationAction::snooze && coordinator_)
+                coordinator_->snoozeAlerts(snoozeOfAction);
+        });
+        desktopNotifications_->onAuthorizationChange([this](NotificationAuthorizationState) {
+            if (delegate_)
+                delegate_->alertPathDidChange();
+        });
+        // Early in a session the desktop's own server may be yet to come; nobody should start another.
+        alertProbe_ = std::make_unique<AlertProbe>(main(), clock_, AlertProbeOptions{.startsServer = false});
+    } else {
+        noNotifications_ = std::make_unique<NoNotifications>();
+    }
+    UserNotificationCenter& center = desktopNotifications_
+                                         ? static_cast<UserNotificationCenter&>(*desktopNotifications_)
+                                         : *noNotifications_;
+    alertDelivery_ = std::make_unique<UserNotificationGlucoseAlertDelivery>(engine(), center, random_);
 }
 
 Core::~Core()
@@ -117,7 +148,7 @@ ServiceClientParts Core::clientParts()
 
 void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding)
 {
-    delegate_ = std::make_unique<AppDelegate>(AppDelegate::Services{
+    AppDelegate::Services services{
         .main = main(),
         .clock = clock_,
         .configurationManager = *configuration_,
@@ -131,12 +162,15 @@ void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating
         .ensureStatusItem = std::move(ensureStatusItem),
         .workspace = workspace_.get(),
         .onboardingCoordinator = onboarding,
-    });
+    };
+    if (alertProbe_)
+        services.lookAtAlertPath = [this] { return alertProbe_->look(); };
+    delegate_ = std::make_unique<AppDelegate>(std::move(services));
     if (environment_.demo) {
         preparation_ = startTask(main(), prepareDemo());
         return;
     }
-    watchConfiguration();
+    watchStoredState();
     if (bookkeepingLost_)
         preparation_ = startTask(main(), concludeFromAccount());
     else
@@ -179,20 +213,31 @@ asio::awaitable<void> Core::launched()
         co_await delegate_->launched();
 }
 
-void Core::watchConfiguration()
+void Core::watchStoredState()
 {
-    reloadTimer_.setSingleShot(true);
-    reloadTimer_.setInterval(reloadDelay);
-    QObject::connect(&reloadTimer_, &QTimer::timeout,
-                     [this] { asio::co_spawn(main(), reload(), asio::detached); });
-    // The folder, since each atomic write replaces the file.
-    const auto folder = QString::fromStdString(environment_.folders.configuration.string());
-    QObject::connect(&fileWatcher_, &QFileSystemWatcher::directoryChanged, [this] { reloadTimer_.start(); });
-    if (!fileWatcher_.addPath(folder))
+    const auto reloadOn = [this](QTimer& timer, bool configurationToo) {
+        timer.setSingleShot(true);
+        timer.setInterval(reloadDelay);
+        QObject::connect(&timer, &QTimer::timeout, [this, configurationToo] {
+            asio::co_spawn(main(), reload(configurationToo), asio::detached);
+        });
+    };
+    reloadOn(reloadTimer_, true);
+    reloadOn(defaultsTimer_, false);
+    // The folders, since each atomic write replaces the file.
+    const auto configuration = QString::fromStdString(environment_.folders.configuration.string());
+    const auto state = QString::fromStdString(environment_.folders.state.string());
+    QObject::connect(&fileWatcher_, &QFileSystemWatcher::directoryChanged,
+                     [this, configuration](const QString& folder) {
+                         (folder == configuration ? reloadTimer_ : defaultsTimer_).start();
+                     });
+    if (!fileWatcher_.addPath(configuration))
         coreLog.info("Changes of the configuration by other processes are not noticed.");
+    if (!fileWatcher_.addPath(state))
+        coreLog.info("A snooze by another process is not noticed.");
 }
 
-asio::awaitable<void> Core::reload()
+asio::awaitable<void> Core::reload(bool configurationToo)
 {
     const auto readDefaults = [defaults = defaults_] {
         // What is not saved yet would be forgotten by a load.
@@ -200,7 +245,8 @@ asio::awaitable<void> Core::reload()
             (void)defaults->load();
     };
     co_await runOnWorker(asio::any_io_executor{defaultsFile_}, readDefaults);
-    (void)co_await configuration_->load();
+    if (configurationToo)
+        (void)co_await configuration_->load();
     if (delegate_)
         delegate_->storedStateDidReload();
 }
@@ -217,6 +263,7 @@ bool Core::shutDown()
 {
     ended_ = true;
     reloadTimer_.stop();
+    defaultsTimer_.stop();
     defaults_->setChangeHandler({});
     if (delegate_)
         delegate_->applicationWillTerminate();

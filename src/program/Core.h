@@ -6,8 +6,10 @@
 #include <memory>
 
 #include "app/AppDelegate.h"
+#include "platform/linux/AlertProbe.h"
 #include "platform/linux/GioNetworkPathMonitor.h"
 #include "platform/linux/LogindEvents.h"
+#include "platform/linux/NotificationCenter.h"
 #include "platform/linux/QtMainLoop.h"
 #include "program/Environment.h"
 #include "program/ServiceClient.h"
@@ -21,6 +23,9 @@ namespace tidewell {
 struct CoreOptions {
     bool demo = false;
     std::string demoScenario = "steady";
+    /// Whether this run posts alerts: the desktop application does, and is the only one of its user, so that
+    /// nobody is alerted twice.
+    bool postsAlerts = false;
 };
 
 /// The whole program but its face: every long-lived service, made once and kept until the end of the process.
@@ -52,6 +57,8 @@ public:
     void launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding);
     /// Reads the stored configuration again: another process says that it changed it.
     void reloadConfiguration() { reloadTimer_.start(); }
+    /// The same for the user defaults alone, which need no keyring.
+    void reloadDefaults() { defaultsTimer_.start(); }
     /// Resumes when the launch sequence has ended.
     [[nodiscard]] asio::awaitable<void> launched();
 
@@ -61,12 +68,14 @@ public:
     [[nodiscard]] bool shutDown();
 
 private:
-    Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock);
-    void watchConfiguration();
+    Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock,
+         bool postsAlerts);
+    void makeAlerts(bool postsAlerts);
+    void watchStoredState();
     void saveDefaultsLater();
     /// Lets the engine do what waits for it; false when it is too busy.
     bool engineTookTurns();
-    asio::awaitable<void> reload();
+    asio::awaitable<void> reload(bool configurationToo);
     asio::awaitable<void> prepareDemo();
     /// Of a run whose bookkeeping cannot be read: who has an account has been through the first-run steps.
     asio::awaitable<void> concludeFromAccount();
@@ -84,13 +93,17 @@ private:
     std::unique_ptr<ConfigurationManager> configuration_;
     std::unique_ptr<StatusBarViewModel> viewModel_;
     std::unique_ptr<NetworkMonitor> network_;
-    std::unique_ptr<UserNotificationCenter> notificationCenter_;
+    std::unique_ptr<AlertSound> alertSound_;  ///< Like the next two, of a run that alerts.
+    std::unique_ptr<NotificationCenter> desktopNotifications_;
+    std::unique_ptr<AlertProbe> alertProbe_;
+    std::unique_ptr<UserNotificationCenter> noNotifications_;  ///< Of a run that does not.
     std::unique_ptr<UserNotificationGlucoseAlertDelivery> alertDelivery_;
     std::unique_ptr<StatusBarPollingCoordinator> coordinator_;
     std::unique_ptr<LogindEvents> workspace_;
     std::unique_ptr<AppDelegate> delegate_;
     QFileSystemWatcher fileWatcher_;
     QTimer reloadTimer_;  ///< Lets a burst of file events pass before one reload.
+    QTimer defaultsTimer_;
     bool bookkeepingLost_ = false;
     Task<void> preparation_;  ///< Of a launch that has to be prepared.
     bool ended_ = false;

@@ -45,7 +45,8 @@ ExitCode run(int count, char** values)
 
     WatchOptions watch;
     std::string format = "text";
-    auto* watchCommand = app.add_subcommand("watch", "Print one line for each change, without a display");
+    auto* watchCommand =
+        app.add_subcommand("watch", "Print one line for each change, without a display; posts no alerts");
     watchCommand->fallthrough();  // --verbose may follow it.
     watchCommand->add_option("--format", format, "text or json")
         ->check(CLI::IsMember({"text", "json"}))
@@ -87,6 +88,17 @@ ExitCode run(int count, char** values)
     settingsSet->add_option("key", setKey, "The setting's name")->required();
     settingsSet->add_option("value", setValue, "Its new value")->required();
     settings->require_subcommand(0, 1);
+
+    std::string snoozeFor;
+    auto* snooze = app.add_subcommand("snooze", "Silence alerts for a while, by the categories selected");
+    snooze->add_option("duration", snoozeFor, "30m, 2h, 1h30m, or 90 for minutes; at most 24 hours")
+        ->required();
+    auto* resume = app.add_subcommand("resume", "Let alerts come again");
+    auto* testAlert = app.add_subcommand("test-alert", "Send a test alert to the desktop");
+    bool doctorJson = false;
+    auto* doctor =
+        app.add_subcommand("doctor", "Say whether an alert would be seen and heard now, and what to do");
+    doctor->add_flag("--json", doctorJson, "Print a JSON array of findings")->disable_flag_override();
     app.require_subcommand(0, 1);
 
     try {
@@ -122,6 +134,14 @@ ExitCode run(int count, char** values)
         return runSettingsSet(setKey, setValue);
     if (*settings || *settingsGet)
         return runSettingsGet(getKey);
+    if (*snooze)
+        return runSnooze(snoozeFor);
+    if (*resume)
+        return runResume();
+    if (*testAlert)
+        return runTestAlert();
+    if (*doctor)
+        return runDoctor(doctorJson);
     return runApplication(application);
 }
 

@@ -19,6 +19,7 @@
 #include <map>
 #include <sstream>
 
+#include "config/UserDefaults.h"
 #include "simulator/DemoService.h"
 #include "support/Json.h"
 #include "support/SystemClock.h"
@@ -198,6 +199,11 @@ TEST_F(CommandLineTest, helpAndVersionNeedNothingAndMistakesGetOneLineAndCodeTwo
         {"settings", "get", "colour"},
         {"settings", "set", "lowGlucoseThreshold", "12"},
         {"settings", "set", "measurementUnit", "stone"},
+        {"snooze"},
+        {"snooze", "30s"},
+        {"snooze", "25h"},
+        {"resume", "now"},
+        {"doctor", "--json=false"},
     };
     for (const auto& arguments : mistakes) {
         SCOPED_TRACE(testing::PrintToString(arguments));
@@ -375,6 +381,122 @@ TEST_F(CommandLineTest, settingsAreKeptAndShown)
     EXPECT_EQ(damaged.code, 1);
     EXPECT_NE(damaged.errors.find("configuration.json"), std::string::npos);
     EXPECT_EQ(contents(home / ".config/tidewell/configuration.json"), "[]");
+}
+
+TEST_F(CommandLineTest, aSnoozeIsKeptSaidAndEnded)
+{
+    const auto bookkeeping = home / ".local/state/tidewell/defaults.json";
+    const auto stored = [&] { return parseJson(contents(bookkeeping)).value().as_object(); };
+    const double before = clock.now().time_since_epoch().count();
+    const auto snoozed = run({"snooze", "1h30m"});
+    EXPECT_EQ(snoozed.code, 0) << snoozed.errors;
+    EXPECT_TRUE(snoozed.output.starts_with("Low, high and rapid-change alerts snoozed until "));
+    EXPECT_NE(snoozed.output.find("not running"), std::string::npos) << snoozed.output;
+    const double until = stored().at(alertsSnoozedUntilKey).to_number<double>();
+    EXPECT_GE(until, before + 5400);
+    EXPECT_LE(until, clock.now().time_since_epoch().count() + 5400);
+
+    EXPECT_EQ(run({"settings", "set", "snoozeLowAlerts", "off"}).code, 0);
+    EXPECT_EQ(run({"settings", "set", "alertsEnabled", "off"}).code, 0);
+    const auto shorter = run({"snooze", "1"});
+    EXPECT_TRUE(shorter.output.starts_with("High and rapid-change alerts snoozed until ")) << shorter.output;
+    EXPECT_NE(shorter.output.find("switched off altogether"), std::string::npos);
+    EXPECT_LT(stored().at(alertsSnoozedUntilKey).to_number<double>(), until) << "a later command wins";
+
+    EXPECT_TRUE(run({"resume"}).output.starts_with("Alerts are no longer snoozed.\n"));
+    EXPECT_FALSE(stored().contains(alertsSnoozedUntilKey));
+    EXPECT_TRUE(run({"resume"}).output.starts_with("Alerts were not snoozed.\n"));
+
+    std::filesystem::remove_all(bookkeeping.parent_path());
+    std::ofstream{bookkeeping.parent_path()} << "in the way";
+    const auto failed = run({"snooze", "30m"});
+    EXPECT_EQ(failed.code, 1);
+    EXPECT_NE(failed.errors.find("Nothing was changed"), std::string::npos) << failed.errors;
+    EXPECT_EQ(failed.output, "");
+}
+
+TEST_F(CommandLineTest, aRunningProgramNoticesASnooze)
+{
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    const pid_t child = start({"watch", "--format", "json"}, {}, pipe[1]);
+    ::close(pipe[1]);
+    std::string printed;
+    const auto readUntil = [&](std::string_view text) {
+        char byte = 0;
+        while (!printed.contains(text) && ::read(pipe[0], &byte, 1) == 1)
+            printed += byte;
+        return printed.contains(text);
+    };
+    EXPECT_TRUE(readUntil("Sign in required"));
+    EXPECT_EQ(run({"snooze", "2h"}).code, 0);
+    EXPECT_TRUE(readUntil("\"alertsSnoozedUntil\":\"")) << printed;
+    printed.clear();
+    EXPECT_EQ(run({"resume"}).code, 0);
+    EXPECT_TRUE(readUntil("\"alertsSnoozedUntil\":null"));
+    ::kill(child, SIGTERM);
+    EXPECT_EQ(finish(child).code, 0);
+    ::close(pipe[0]);
+}
+
+TEST_F(CommandLineTest, theDoctorSaysWhatIsWrongWhereverItRuns)
+{
+    /// "severity subject" of each finding.
+    const auto findings = [this] {
+        std::vector<std::string> all;
+        const auto ended = run({"doctor", "--json"});
+        EXPECT_EQ(ended.code, 1) << ended.errors;
+        const auto document = parseJson(ended.output);
+        EXPECT_TRUE(document) << ended.output;
+        for (const auto& finding : document->as_array()) {
+            all.push_back(std::string{finding.at("severity").as_string()} + " " +
+                          std::string{finding.at("subject").as_string()});
+            EXPECT_EQ(finding.at("severity") == "good", finding.at("remedy").as_string().empty());
+        }
+        return all;
+    };
+    const auto has = [](const std::vector<std::string>& all, std::string_view one) {
+        return std::ranges::count(all, one) == 1;
+    };
+    const auto bare = findings();
+    for (const auto* one : {"problem tidewell", "problem notifications", "problem account", "good alerts"})
+        EXPECT_TRUE(has(bare, one)) << one << testing::PrintToString(bare);
+    EXPECT_TRUE(std::ranges::is_sorted(bare, {}, [](const std::string& one) {
+        return std::string_view{"pcg"}.find(one.front());
+    })) << testing::PrintToString(bare);
+
+    ASSERT_NO_FATAL_FAILURE(startService());
+    ASSERT_EQ(signIn(service->account().password).code, 0);
+    EXPECT_EQ(run({"settings", "set", "alertOnMissingData", "off"}).code, 0);
+    EXPECT_EQ(run({"settings", "get", "alertOnMissingData"}).output, "false\n");
+    EXPECT_EQ(run({"snooze", "5m"}).code, 0);
+    const auto signedIn = findings();
+    for (const auto* one : {"good account", "good data", "caution missingData", "caution snooze"})
+        EXPECT_TRUE(has(signedIn, one)) << one << testing::PrintToString(signedIn);
+
+    std::ofstream{home / ".local/state/tidewell/defaults.json"} << R"({"TidewellAlertsSnoozedUntil":9e12})";
+    ASSERT_NO_FATAL_FAILURE(startService("no-readings"));
+    const auto noReadings = findings();
+    EXPECT_TRUE(has(noReadings, "problem account")) << testing::PrintToString(noReadings);
+    EXPECT_TRUE(has(noReadings, "good snooze")) << "one that ends too late is none";
+
+    environment["TIDEWELL_KEYCHAIN"] = "secret-service";
+    const auto keyring = run({"doctor"});
+    EXPECT_EQ(keyring.code, 1);
+    EXPECT_TRUE(keyring.output.contains("Unlock the keyring")) << keyring.output;
+    std::ofstream{home / ".config/tidewell/configuration.json"} << "[]";
+    const auto damaged = run({"doctor"});
+    EXPECT_EQ(damaged.code, 1);
+    EXPECT_TRUE(damaged.output.contains("configuration.json")) << damaged.output;
+    EXPECT_EQ(contents(home / ".config/tidewell/configuration.json"), "[]");
+}
+
+TEST_F(CommandLineTest, aTestAlertThatNobodyWouldSeeFails)
+{
+    const auto ended = run({"test-alert"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_TRUE(ended.errors.contains("tidewell: Notifications are disabled.")) << ended.errors;
 }
 
 TEST_F(CommandLineTest, badSurroundingsGetOneClearLine)
