@@ -105,7 +105,9 @@ bool isPage(const HttpResponse& response)
 
 bool refusesClient(const HttpResponse& response, std::optional<std::int64_t> status, const json::value* data)
 {
-    return response.status == 426 || status == envelope::clientTooOld || member(data, "minimumVersion");
+    const bool good = response.status >= 200 && response.status <= 299 && status == envelope::good;
+    return response.status == 426 || status == envelope::clientTooOld ||
+           (!good && member(data, "minimumVersion"));
 }
 
 bool refusesAccount(const HttpResponse& response, std::optional<std::int64_t> status)

@@ -160,6 +160,7 @@ TEST(LibreLinkUpAnswers, whatAnAnswerMeansFollowsFromItsStatusesInTheirOrder)
         {"cg", 200, R"({"status":911})", Kind::invalidResponse},
         // Good.
         {"scg", 200, R"({"status":0,"data":{}})", std::nullopt},
+        {"scg", 200, R"({"status":0,"data":{"minimumVersion":"9.0.0"}})", std::nullopt},
         {"scg", 204, R"({"data":[],"status":0.0,"ticket":7})", std::nullopt},
         {"scg", 299, " {\"status\":0}\n", std::nullopt},
     };
