@@ -153,6 +153,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     std::optional<Date> rateLimitedAt{};  ///< When the service last asked to wait.
     bool requiresAccountAction = false;
     std::int64_t refusedSignIns = 0;  ///< In a row.
+    std::uint64_t reconnects = 0;     ///< How often the person had the account tried again.
     std::vector<GlucoseReading> glucoseHistory{};
     std::size_t lastFetchedHistoryCount = 0;
     StatusBarPollingSchedule pollingSchedule{};
@@ -451,6 +452,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         const std::shared_ptr<GlucoseAPIProtocol> client = self->client;
         bool signedInAgain = false;
         bool waitedForNetwork = false;
+        std::uint64_t reconnects = self->reconnects;
 
         Fetched fetched = co_await fetch(self, run, client);
         while (self->isCurrent(run)) {
@@ -484,6 +486,15 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                                            .refusedSignIns = self->refusedSignIns,
                                            .networkReachable = network.isReachable(),
                                            .consecutiveFailures = self->pollingSchedule.consecutiveFailures});
+            if (verdict.action == PollFailureVerdict::Action::waitForPerson &&
+                reconnects != self->reconnects) {
+                // The person has resolved meanwhile what this was asked before.
+                reconnects = self->reconnects;
+                self->refusedSignIns = 0;
+                signedInAgain = false;
+                fetched = co_await fetch(self, run, client);
+                continue;
+            }
             if (verdict.action != PollFailureVerdict::Action::signInAgain) {
                 self->finishWithFailure(run, verdict);
                 co_return false;
@@ -955,6 +966,7 @@ void StatusBarPollingCoordinator::reconnect()
         if (!impl.client)
             return;
         impl.resetRecoveryState();
+        ++impl.reconnects;
         asio::co_spawn(impl.parts.engine,
                        Impl::refresh(impl.shared_from_this(), run, StatusBarActivity::refreshing),
                        asio::detached);

@@ -281,6 +281,35 @@ TEST_F(StatusBarPollingCoordinatorTest, refusalsThatWereCuredAreForgotten)
     }
 }
 
+TEST_F(StatusBarPollingCoordinatorTest, reconnectIsNotAnsweredByWhatWasAskedBefore)
+{
+    service->duration = Seconds{3};
+    for (const Kind kind : {Kind::accountActionRequired, Kind::credentialsRefused, Kind::accountLocked}) {
+        SCOPED_TRACE(static_cast<int>(kind));
+        for (const bool resolved : {true, false}) {
+            coordinator->resetForNewConfiguration(service, libre);
+            failWith(kind);
+            service->onSignIn = [kind] {
+                return ScriptedGlucoseAPI::SignedIn{std::unexpect, GlucoseAPIError{.kind = kind}};
+            };
+            untilNextFetch();
+            clock.advance(Seconds{1});
+            coordinator->reconnect();
+            // The answers on their way still say no.
+            clock.advance(kind == Kind::credentialsRefused ? Seconds{4} : Seconds{1});
+            service->onFetch = [this, kind, resolved, asked = service->fetches.size()] {
+                return resolved && service->fetches.size() > asked ? readings() : failure(kind);
+            };
+            clock.advance(Seconds{30});
+            EXPECT_EQ(errorTitle().empty(), resolved) << errorTitle();
+            EXPECT_FALSE(state().activity);
+            const std::size_t before = service->fetches.size();
+            clock.advance(Seconds{7200});
+            EXPECT_EQ(service->fetches.size() == before, !resolved);
+        }
+    }
+}
+
 TEST_F(StatusBarPollingCoordinatorTest, rateLimitHoldsBackEveryRefreshUntilItsEnd)
 {
     runToFirstReading();
