@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <QCursor>
 #include <csignal>
 
 #include "platform/linux/BusConnection.h"
@@ -29,7 +30,12 @@ public:
         item_.onCommand([this](MenuCommand command) { carryOut(command); });
         observer_ = core_.viewModel().observe([this](const StatusBarState&) { present(); });
         settings_ = core_.configuration().observe([this](ConfigurationChange) { present(); });
+        // Where the person just clicked: what there is to do about an alert is in the menu.
+        core_.onAlertOpened([this] { item_.showMenu(QCursor::pos()); });
     }
+    ~Face() { core_.onAlertOpened({}); }
+    Face(const Face&) = delete;
+    Face& operator=(const Face&) = delete;
 
     /// The item is there at once: the configuration may wait for a keyring, and that for the person.
     void launch()

@@ -117,8 +117,16 @@ void Core::makeAlerts(bool postsAlerts)
         alertSound_ = std::make_unique<AlertSound>(main());
         desktopNotifications_ = std::make_unique<NotificationCenter>(main(), clock_, *alertSound_);
         desktopNotifications_->onAction([this](NotificationAction action) {
-            if (action == NotificationAction::snooze && coordinator_)
-                coordinator_->snoozeAlerts(snoozeOfAction);
+            switch (action) {
+            case NotificationAction::open:
+                if (alertOpened_)
+                    alertOpened_();
+                break;
+            case NotificationAction::snooze:
+                if (coordinator_)
+                    coordinator_->snoozeAlerts(snoozeOfAction);
+                break;
+            }
         });
         desktopNotifications_->onAuthorizationChange([this](NotificationAuthorizationState) {
             if (delegate_)

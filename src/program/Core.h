@@ -55,6 +55,8 @@ public:
     /// Begins the launch sequence. `ensureStatusItem` and `onboarding` may be empty for a run without
     /// windows.
     void launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding);
+    /// Called when the person chose an alert's notification itself.
+    void onAlertOpened(std::function<void()> handler) { alertOpened_ = std::move(handler); }
     /// Reads the stored configuration again: another process says that it changed it.
     void reloadConfiguration() { reloadTimer_.start(); }
     /// The same for the user defaults alone, which need no keyring.
@@ -101,6 +103,7 @@ private:
     std::unique_ptr<StatusBarPollingCoordinator> coordinator_;
     std::unique_ptr<LogindEvents> workspace_;
     std::unique_ptr<AppDelegate> delegate_;
+    std::function<void()> alertOpened_;
     QFileSystemWatcher fileWatcher_;
     QTimer reloadTimer_;  ///< Lets a burst of file events pass before one reload.
     QTimer defaultsTimer_;

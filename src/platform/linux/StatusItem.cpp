@@ -408,6 +408,8 @@ StatusItem::StatusItem(StatusItemOptions options, QObject* parent)
 
 StatusItem::~StatusItem() = default;
 
+void StatusItem::showMenu(QPoint position) { impl_->clicked(position); }
+
 void StatusItem::onCommand(std::function<void(MenuCommand)> handler) { impl_->command = std::move(handler); }
 
 void StatusItem::onActivate(std::function<void(QPoint)> handler) { impl_->activate = std::move(handler); }

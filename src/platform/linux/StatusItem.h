@@ -62,6 +62,8 @@ public:
     /// Shows this from now on. What did not change causes no traffic; changes that come faster than
     /// `updateInterval` are left out, the last one is not.
     void present(const StatusItemContent& content);
+    /// Opens our own menu there, in global pixels, as a left click on the item does.
+    void showMenu(QPoint position);
 
 private:
     struct Impl;
