@@ -91,16 +91,20 @@ struct PollingFixture {
     UserNotificationGlucoseAlertDelivery delivery{io.get_executor(), center, random};
     StatusBarViewModel viewModel{io.get_executor(), clock, random, [this] { return settings; }};
     std::shared_ptr<ScriptedGlucoseAPI> service = std::make_shared<ScriptedGlucoseAPI>(coordinatorClock);
-    std::optional<StatusBarPollingCoordinator> coordinator{
-        std::in_place, StatusBarPollingCoordinator::Parts{.engine = io.get_executor(),
-                                                          .main = io.get_executor(),
-                                                          .clock = coordinatorClock,
-                                                          .random = random,
-                                                          .viewModel = viewModel,
-                                                          .networkMonitor = network,
-                                                          .defaults = defaults,
-                                                          .settings = [this] { return settings; },
-                                                          .alertDelivery = delivery}};
+    std::optional<StatusBarPollingCoordinator> coordinator{std::in_place, parts()};
+
+    [[nodiscard]] StatusBarPollingCoordinator::Parts parts()
+    {
+        return {.engine = io.get_executor(),
+                .main = io.get_executor(),
+                .clock = coordinatorClock,
+                .random = random,
+                .viewModel = viewModel,
+                .networkMonitor = network,
+                .defaults = defaults,
+                .settings = [this] { return settings; },
+                .alertDelivery = delivery};
+    }
 
     PollingFixture()
     {
