@@ -50,9 +50,20 @@ TestBus::TestBus()
 {
     std::ofstream{folder_.path() / "bus.conf"}
         << "<busconfig><type>session</type><listen>unix:path=" << (folder_.path() / "bus").string()
-        << "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
+        << "</listen><servicedir>" << (folder_.path() / "services").string()
+        << "</servicedir><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
            "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>";
     begin();
+}
+
+void TestBus::makeStartable(const std::string& name, const std::string& command)
+{
+    std::filesystem::create_directories(folder_.path() / "services");
+    std::ofstream{folder_.path() / "services" / (name + ".service")} << "[D-BUS Service]\nName=" << name
+                                                                     << "\nExec=" << command << "\n";
+    QDBusConnection bus = connect();
+    (void)callAndWait(bus, QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                          "org.freedesktop.DBus", "ReloadConfig"));
 }
 
 void TestBus::end()

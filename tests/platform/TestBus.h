@@ -26,10 +26,12 @@ private:
     QProcess process_{};
 };
 
-/// A message bus of the test's own, on which nothing is started by itself.
+/// A message bus of the test's own, on which nothing is started by itself but what a test asks for.
 class TestBus final {
 public:
     TestBus();
+    /// From now on the bus runs the command when the name is wanted.
+    void makeStartable(const std::string& name, const std::string& command);
     ~TestBus();
 
     [[nodiscard]] QString address() const { return address_; }
