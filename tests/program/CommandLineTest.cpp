@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
+#include <QCoreApplication>
 
 #include <algorithm>
 #include <array>
@@ -20,6 +21,7 @@
 #include <sstream>
 
 #include "config/UserDefaults.h"
+#include "platform/FakeNotificationServer.h"
 #include "simulator/DemoService.h"
 #include "support/Json.h"
 #include "support/SystemClock.h"
@@ -497,6 +499,39 @@ TEST_F(CommandLineTest, aTestAlertThatNobodyWouldSeeFails)
     EXPECT_EQ(ended.code, 1);
     EXPECT_EQ(ended.output, "");
     EXPECT_TRUE(ended.errors.contains("tidewell: Notifications are disabled.")) << ended.errors;
+}
+
+TEST_F(CommandLineTest, aTestAlertReachesTheDesktop)
+{
+    int count = 1;
+    std::string name{"test"};
+    char* values[] = {name.data(), nullptr};
+    const QCoreApplication application{count, values};
+    TestBus bus;
+    FakeNotificationServer server{bus, {"body", "actions", "sound"}};
+    environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address().toStdString();
+    const auto runServed = [this](const std::vector<std::string>& arguments) {
+        const pid_t child = start(arguments);
+        siginfo_t ended{};
+        EXPECT_TRUE(runUntil([&] {
+            return ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+                   ended.si_pid == child;
+        }));
+        return finish(child);
+    };
+    const auto sent = runServed({"test-alert"});
+    EXPECT_EQ(sent.code, 0) << sent.errors;
+    EXPECT_EQ(sent.output, "Test alert sent.\n");
+    ASSERT_EQ(server.posted.size(), 1U);
+    EXPECT_EQ(server.posted[0].summary, "Tidewell test alert");
+    EXPECT_EQ(server.posted[0].body, "Notifications are configured correctly.");
+    EXPECT_TRUE(runServed({"doctor", "--json"}).output.contains(R"("good","subject":"notifications")"));
+
+    server.moodForNotify = FakeNotificationServer::Mood::refuses;
+    const auto failed = runServed({"test-alert"});
+    EXPECT_EQ(failed.code, 1);
+    EXPECT_EQ(failed.output, "");
+    EXPECT_TRUE(failed.errors.contains("tidewell: Test alert could not be sent.")) << failed.errors;
 }
 
 TEST_F(CommandLineTest, badSurroundingsGetOneClearLine)
