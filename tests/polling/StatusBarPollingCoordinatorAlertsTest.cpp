@@ -410,6 +410,7 @@ TEST_F(MissingDataTest, eachGapIsToldOnceWithItsReason)
 {
     beginGap();
     expectAt(last + Seconds{900}, {missing});
+    ASSERT_FALSE(center.posted.empty());
     const UserNotification told = center.posted.back();
     EXPECT_EQ(told.body,
               fmt::format("An unexpected error occurred: Text. Last reading at {}, 15 minutes ago.",
@@ -439,6 +440,7 @@ TEST_F(MissingDataTest, runWithoutAReadingIsToldToo)
     failWith(Kind::accountActionRequired);
     run();
     expectAt(start + Seconds{900}, {missing});
+    ASSERT_FALSE(center.posted.empty());
     EXPECT_EQ(center.posted.back().body, "Dexcom Share needs attention. Text. " + since);
 
     // An account that is not there, or a run that has ended, misses nothing.
@@ -520,6 +522,28 @@ TEST_F(MissingDataTest, whatHoldsItBackDelaysItAndItIsToldOnceWhenThatEnds)
     }
 }
 
+TEST_F(MissingDataTest, changeIsHeardInWhateverTurnOfALookItComes)
+{
+    for (int turns = 0; turns < 12; ++turns) {
+        SCOPED_TRACE(turns);
+        AlertFixture day;
+        day.value = 120;
+        day.settings.alertOnMissingData = false;
+        day.run();
+        day.clock.advance(Seconds{5});
+        day.failWith(Kind::serverTrouble);
+        day.clock.advance(Seconds{1000});
+        day.coordinator->alertSettingsDidUpdate();
+        day.io.restart();
+        for (int turn = 0; turn < turns; ++turn)
+            day.io.poll_one();
+        day.settings.alertOnMissingData = true;
+        day.coordinator->alertSettingsDidUpdate();
+        day.clock.runReady();
+        EXPECT_EQ(day.posted(), Titles{missing});
+    }
+}
+
 TEST_F(MissingDataTest, dataThatComesBackWhileItIsHeldBackIsNotMissed)
 {
     beginGap();
@@ -577,11 +601,23 @@ TEST_F(MissingDataTest, nightAsleepIsNoGapBeforeAPollHasSaidSo)
         clock.advance(Seconds{600});
         EXPECT_EQ(posted(), Titles{});
     }
-    // A nap in which it fell due by a few seconds.
-    last = state().presentedReading->date;
-    advanceTo(last + Seconds{320});
-    clock.suspend(Seconds{590});
-    clock.advance(Seconds{100});
+    // Naps in which it fell due by a few seconds, and in which it nearly did while the poll takes its time.
+    for (const double length : {590.0, 575.0}) {
+        last = state().presentedReading->date;
+        advanceTo(last + Seconds{320});
+        service->duration = Seconds{length < 580 ? 20.0 : 0.0};
+        clock.suspend(Seconds{length});
+        coordinator->refreshAfterWake();
+        clock.advance(Seconds{100});
+        EXPECT_EQ(posted(), Titles{});
+        service->duration = Seconds{0};
+        untilNextFetch();
+    }
+    // While nothing ran, nothing was missed.
+    coordinator->stop();
+    clock.advance(Seconds{7200});
+    coordinator->start(service, GlucoseProvider::dexcom);
+    clock.advance(Seconds{1000});
     EXPECT_EQ(posted(), Titles{});
 }
 
