@@ -9,6 +9,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWindow>
+#include <algorithm>
+#include <utility>
 
 namespace tidewell {
 namespace {
@@ -138,17 +140,25 @@ struct StatusMenu::Impl {
         QTimer::singleShot(0, &menu, [this, chosen] { command(chosen); });
     }
 
-    void rebuild()
+    /// The actions stay and change their meaning: a menu that is emptied while it is open closes.
+    void rebuild(const std::vector<MenuItem>& before)
     {
-        menu.clear();
-        actions.clear();
-        for (const MenuItem& item : items) {
-            QAction* action =
-                item.kind == MenuItem::Kind::separator ? menu.addSeparator() : menu.addAction(QString{});
-            if (item.kind == MenuItem::Kind::action)
-                QObject::connect(action, &QAction::triggered, &menu,
-                                 [this, chosen = item.command] { choose(chosen); });
+        const auto active = std::ranges::find(actions, menu.activeAction());
+        const MenuCommand focused = active == actions.end()
+                                        ? MenuCommand::none
+                                        : before[static_cast<std::size_t>(active - actions.begin())].command;
+        for (; actions.size() > items.size(); actions.pop_back())
+            delete actions.back();
+        while (actions.size() < items.size()) {
+            QAction* action = menu.addAction(QString{});
+            QObject::connect(action, &QAction::triggered, &menu,
+                             [this, line = actions.size()] { choose(items[line].command); });
             actions.push_back(action);
+        }
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            actions[i]->setSeparator(items[i].kind == MenuItem::Kind::separator);
+            if (focused != MenuCommand::none && items[i].command == focused)
+                menu.setActiveAction(actions[i]);
         }
         if (window)
             window->rebuild(items);
@@ -157,10 +167,10 @@ struct StatusMenu::Impl {
     void refresh()
     {
         for (std::size_t i = 0; i < items.size(); ++i) {
-            if (items[i].kind == MenuItem::Kind::separator)
-                continue;
-            actions[i]->setText(plainTitle(items[i]));
-            actions[i]->setEnabled(items[i].enabled && items[i].kind == MenuItem::Kind::action);
+            const bool separator = items[i].kind == MenuItem::Kind::separator;
+            actions[i]->setText(separator ? QString{} : plainTitle(items[i]));
+            actions[i]->setEnabled(separator ||
+                                   (items[i].enabled && items[i].kind == MenuItem::Kind::action));
         }
         if (window)
             window->refresh(items);
@@ -186,10 +196,9 @@ void StatusMenu::setItems(const std::vector<MenuItem>& items)
 {
     if (items == impl_->items)
         return;
-    const bool same = sameLines(items, impl_->items);
-    impl_->items = items;
-    if (!same)
-        impl_->rebuild();
+    const std::vector<MenuItem> before = std::exchange(impl_->items, items);
+    if (!sameLines(items, before))
+        impl_->rebuild(before);
     impl_->refresh();
 }
 
