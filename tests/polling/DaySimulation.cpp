@@ -169,7 +169,7 @@ struct LibreLinkUpDay {
             {"terms pending", Pace::person, [](O& o) { o.pendingStep = "tou"; }, 1, true},
             {"something else pending", Pace::person, [](O& o) { o.pendingStep = "-"; }, 1, true},
             {"tickets refused", Pace::session, [](O& o) { o.refuseTickets = true; }, 2},
-            {"short tickets", Pace::readings, [](O& o) { o.ticketLifetime = Seconds{20}; }, 1, true},
+            {"short tickets", Pace::readings, [](O& o) { o.ticketLifetime = Seconds{40}; }, 1, true},
             {"person removed", Pace::person, [](O& o) { o.removed = true; }},
             {"current value frozen", Pace::readings, [](O& o) { o.readings.frozen = true; }},
             {"no current value", Pace::readings, [](O& o) { o.readings.noCurrent = true; }},

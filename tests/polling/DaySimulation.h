@@ -202,14 +202,21 @@ private:
         since_ = clock_.now();
         troubledSince_ = since_;
         requestsBefore_ = http_.log().size();
-        extraRefreshes_ = 0;
-        extraSignIns_ = sessionLostAt_ && (!lastGoodAnswer_ || *sessionLostAt_ > *lastGoodAnswer_) ? 1 : 0;
+        // One that somebody has asked for just before will see the fault too.
+        const bool woken = lastNap_ && since_ - *lastNap_ < Seconds{15};
+        extraRefreshes_ = viewModel_.state().activity || woken ? 1 : 0;
+        // Lost, and nobody has noticed yet.
+        const bool lost =
+            sessionLostAt_ && (!lastGoodAnswer_ || *sessionLostAt_ >= *lastGoodAnswer_ - latency);
+        extraSignIns_ = lost ? 1 : 0;
         typename Service::Options options = Service::usual();
         if (fault_->spoil)
             fault_->spoil(options);
         service_.simulator.setOptions(options, since_);
-        if (fault_->endsSession)
+        if (fault_->endsSession) {
             service_.endSession(false);
+            sessionLostAt_ = since_;
+        }
         if (fault_->place != Place::service)
             http_.setFailure(HttpError::Kind::cannotResolve);
         if (fault_->place == Place::network)

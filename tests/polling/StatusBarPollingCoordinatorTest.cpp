@@ -306,6 +306,9 @@ TEST_F(StatusBarPollingCoordinatorTest, reconnectIsNotAnsweredByWhatWasAskedBefo
             const std::size_t before = service->fetches.size();
             clock.advance(Seconds{7200});
             EXPECT_EQ(service->fetches.size() == before, !resolved);
+            // The two that a refused account gets are counted from the reconnect on.
+            const std::size_t signIns = kind != Kind::credentialsRefused ? 0U : resolved ? 1U : 2U;
+            EXPECT_EQ(std::exchange(service->signIns, {}).size(), signIns);
         }
     }
 }
