@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
+#include "platform/linux/SoundHelper.h"
 #include "program/Commands.h"
 #include "program/Process.h"
 #include "support/Log.h"
@@ -161,6 +162,7 @@ ExitCode report(const CommandError& error)
 
 int main(int count, char** values)
 {
+    tidewell::beSoundHelperWhenAsked(count, values);
     tidewell::hardenProcess();
     tidewell::processArguments() = {count, values};
     return static_cast<int>(tidewell::afterOutput(tidewell::run(count, values)));

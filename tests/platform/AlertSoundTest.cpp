@@ -77,7 +77,7 @@ TEST_F(SoundEnvironmentTest, aSoundThatCannotBePlayedSaysWhyAndHoldsNobodyUp)
 {
     const TemporaryFolder empty;
     QtMainLoop main;
-    AlertSound sound{main.executor()};
+    AlertSound sound{main.executor(), TIDEWELL_PROGRAM};
     const auto play = [&] {
         sound.play(urgent);
         const auto wait = [&]() -> asio::awaitable<bool> {
@@ -95,6 +95,22 @@ TEST_F(SoundEnvironmentTest, aSoundThatCannotBePlayedSaysWhyAndHoldsNobodyUp)
     std::filesystem::create_directories(empty / "sounds/freedesktop/stereo");
     std::ofstream{empty / "sounds/freedesktop/stereo/bell.wav"} << "not a sound";
     EXPECT_EQ(play(), "The sound of an alert could not be played.");
+    AlertSound unheard{main.executor(), "/nonexistent/helper"};
+    unheard.play(standard);
+    EXPECT_TRUE(runUntil([&] { return !unheard.problem().empty(); }));
+}
+
+TEST(SoundHelper, itsReportIsReadAsItWasWrittenAndNothingElseIs)
+{
+    for (const auto& present : {std::optional<bool>{}, std::optional{true}, std::optional{false}}) {
+        for (const auto& volume : {std::optional<double>{}, std::optional{0.0}, std::optional{0.3}}) {
+            const SoundReport report{{.present = present, .muted = present, .volume = volume}, volume == 0.3};
+            EXPECT_EQ(soundReport(soundReportLine(report)), report) << soundReportLine(report);
+        }
+    }
+    for (const char* line : {"", "yes", "yes no 1", "yes no 1 -", "maybe no 1 yes", "yes no nan yes",
+                             "yes no -1 yes", "yes no 1x yes", "yes no 1 yes yes", "yes  1 yes", " "})
+        EXPECT_FALSE(soundReport(line)) << line;
 }
 
 TEST_F(SoundEnvironmentTest, withoutASoundServerThereIsNoOutputUnlessADevicePlaysByItself)

@@ -7,14 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/AlertSound.h"
 #include "platform/linux/Background.h"
 #include "platform/linux/BusCaller.h"
 #include "platform/linux/BusConnection.h"
 #include "platform/linux/DesktopSettings.h"
 #include "platform/linux/NotificationSignals.h"
 #include "platform/linux/OnExecutor.h"
-#include "platform/linux/SoundOutput.h"
+#include "platform/linux/SoundHelper.h"
 
 namespace tidewell {
 namespace {
@@ -23,8 +22,8 @@ using namespace std::chrono_literals;
 
 /// The whole look; on the program's own clock.
 constexpr std::chrono::milliseconds lookDeadline = 2s;
-/// The sound server's part of it, on a thread that cannot be interrupted.
-constexpr std::chrono::milliseconds soundDeadline = 1500ms;
+/// The sound helper ends earlier by itself.
+constexpr std::chrono::milliseconds soundDeadline = 1900ms;
 /// For questions whose answer nobody wants later.
 constexpr std::chrono::milliseconds questionLimit = 3s;
 
@@ -180,17 +179,14 @@ asio::awaitable<void> askServer(std::shared_ptr<Look> look)
 
 asio::awaitable<void> askSound(std::shared_ptr<Look> look)
 {
-    const std::string server = look->options.soundServer;
-    const SoundOutputState state =
-        co_await inBackground(look->main, [server] { return askSoundOutput(server, soundDeadline); });
-    look->path.soundOutput = state.present;
-    look->path.muted = state.muted;
-    look->path.volume = state.volume;
-}
-
-asio::awaitable<void> askSoundTheme(std::shared_ptr<Look> look)
-{
-    look->path.soundTheme = co_await inBackground(look->main, [] { return alertSoundsInstalled(); });
+    const auto report =
+        co_await lookInHelper(look->options.soundHelper, look->options.soundServer, soundDeadline);
+    if (!report)
+        co_return;
+    look->path.soundOutput = report->output.present;
+    look->path.muted = report->output.muted;
+    look->path.volume = report->output.volume;
+    look->path.soundTheme = report->soundsInstalled;
 }
 
 /// logind's own rule, for machines without a desktop's power manager.
@@ -299,7 +295,7 @@ struct AlertProbe::Impl {
     {
         const auto look = std::make_shared<Look>(self->main, self->options);
         Questions questions;
-        for (const auto question : {askServer, askSound, askSoundTheme, askSuspend})
+        for (const auto question : {askServer, askSound, askSuspend})
             questions.tasks.push_back(startTask(self->main, question(look)));
         (void)co_await within(self->clock, lookDeadline, questions.wait());
         co_return look->path;

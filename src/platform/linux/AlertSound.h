@@ -2,13 +2,12 @@
 
 #include <QString>
 #include <filesystem>
-#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/SoundHelper.h"
 #include "polling/UserNotificationCenter.h"
 
 namespace tidewell {
@@ -32,19 +31,13 @@ public:
 /// The XDG data folders in their order, the user's own first.
 [[nodiscard]] std::vector<std::filesystem::path> xdgDataFolders();
 
-/// The library that plays sounds can be loaded, and each tone has a sound. May take a while: not on the main
-/// thread.
-[[nodiscard]] bool alertSoundsInstalled();
-
-/// Plays sounds of the freedesktop sound theme through libcanberra.
+/// Plays sounds of the freedesktop sound theme through libcanberra, in the sound helper.
 ///
-/// The library is loaded for the first sound, on a thread of its own: it brings the clients of sound servers
-/// along, which a program that waits for a low need not carry in the meantime. A sound server that hangs
-/// holds up nobody: a sound is given up after 15 s, and while two are still on their way no more begin. Main
-/// thread, with a QCoreApplication.
+/// A sound server that hangs holds up nobody: a sound is given up after 15 s, and while three are still on
+/// their way no more begin. Main thread, with a QCoreApplication.
 class AlertSound final : public AlertSoundPlaying {
 public:
-    explicit AlertSound(asio::any_io_executor main);
+    explicit AlertSound(asio::any_io_executor main, const QString& helper = soundHelperProgram);
     ~AlertSound() override;
 
     void play(NotificationTone tone) override;
@@ -52,7 +45,7 @@ public:
     /// Why the last sound was not heard, as one sentence; empty when it was played, or none was yet.
     [[nodiscard]] const std::string& problem() const;
 
-    /// Resumes when every sound that was begun has ended, at most 16 s later. For programs that end after an
+    /// Resumes when every sound that was begun has ended, at most 15 s later. For programs that end after an
     /// alert. Awaited on the main executor.
     [[nodiscard]] asio::awaitable<void> finished();
 

@@ -5,7 +5,7 @@
 namespace tidewell {
 
 /// A library of the system that is loaded when it is first needed, and stays. For those that drag much along
-/// and that few runs of the program use; they may also be missing.
+/// and that hardly a run of the program uses; they may also be missing.
 class SharedLibrary final {
 public:
     explicit SharedLibrary(const char* name) : handle_{::dlopen(name, RTLD_NOW | RTLD_LOCAL)} {}
