@@ -2,21 +2,18 @@
 
 #include <algorithm>
 #include <chrono>
-#include <exception>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
-#include <boost/asio/experimental/awaitable_operators.hpp>
-#include <boost/asio/experimental/channel.hpp>
 #include <boost/system/system_error.hpp>
 
-#include "polling/GlucoseAlertEvaluator.h"
-#include "polling/MissingDataAlert.h"
+#include "polling/Calls.h"
 #include "polling/PollFailure.h"
+#include "polling/PollingAlerts.h"
 #include "polling/ReadingMerge.h"
+#include "polling/RunGeneration.h"
 #include "support/Asio.h"
 #include "support/Log.h"
 #include "support/Task.h"
@@ -60,8 +57,6 @@ constexpr Seconds pathWait{3600};
 /// A sleep that took this much more or less of the wall clock than asked was no ordinary one: the machine
 /// slept, or its time was set.
 constexpr Seconds clockJump{30};
-/// The same for the wait for missing data, which must not take a short sleep of the machine for a gap.
-constexpr Seconds shortestNap{2};
 /// How far ahead of our clock a reading may be dated. Less than this is two clocks that are a little apart;
 /// with more, an old reading could pass for a new one.
 constexpr Seconds futureTolerance{300};
@@ -69,60 +64,12 @@ constexpr Seconds futureTolerance{300};
 constexpr Seconds longestBackoff{2700 + 540};
 
 using Fetched = std::expected<std::vector<GlucoseReading>, GlucoseAPIError>;
-using Posted = std::expected<void, NotificationError>;
-using Wake = asio::experimental::channel<void(boost::system::error_code)>;
-
-/// Within thirty years, so that its milliseconds can be counted whatever a service named.
-Seconds timeUntil(Date target, Date now) { return std::clamp(target - now, Seconds{-1e9}, Seconds{1e9}); }
-
-/// What a call to the outside returns. One that throws although nobody cancelled it is broken: that must look
-/// like any other failure, or polling and alerts would end without a word.
-template <class T>
-asio::awaitable<T> guarded(asio::awaitable<T> call, T broken)
-{
-    std::exception_ptr thrown;
-    try {
-        co_return co_await std::move(call);
-    } catch (...) {
-        thrown = std::current_exception();
-    }
-    const asio::cancellation_state cancellation = co_await asio::this_coro::cancellation_state;
-    if (cancellation.cancelled() != asio::cancellation_type::none)
-        std::rethrow_exception(thrown);
-    co_return broken;
-}
 
 /// The failure of a service call that says nothing of itself.
 template <class T>
 std::expected<T, GlucoseAPIError> unknownFailure()
 {
     return std::unexpected{GlucoseAPIError{}};
-}
-
-NotificationTone alertTone(GlucoseAlertKind kind)
-{
-    switch (kind) {
-    case GlucoseAlertKind::lowThreshold:
-    case GlucoseAlertKind::rapidFall: return NotificationTone::urgent;
-    case GlucoseAlertKind::highThreshold:
-    case GlucoseAlertKind::rapidRise: return NotificationTone::standard;
-    }
-    std::unreachable();
-}
-
-/// Waits for a task, however that ends. A caller that is itself cancelled leaves with operation_aborted.
-asio::awaitable<bool> endedWell(Task<void> task)
-{
-    bool well = true;
-    try {
-        co_await task.wait();
-    } catch (const std::exception&) {
-        well = false;  // Cancelled with its run, or broken; the caller looks which.
-    }
-    const asio::cancellation_state cancellation = co_await asio::this_coro::cancellation_state;
-    if (cancellation.cancelled() != asio::cancellation_type::none)
-        throw boost::system::system_error{asio::error::operation_aborted};
-    co_return well;
 }
 
 }  // namespace
@@ -136,16 +83,14 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         std::string line;    ///< For the log.
     };
 
-    explicit Impl(Parts given) : parts{std::move(given)}, run_{Uuid::random(parts.random)}
-    {
-        resetRecoveryState();
-        loadSnooze();
-    }
+    explicit Impl(Parts given) : parts{std::move(given)} { resetRecoveryState(); }
 
     const Parts parts;
     const Log log{"StatusBarPollingCoordinator"};
+    const std::shared_ptr<RunGeneration> generation = std::make_shared<RunGeneration>(parts.random);
+    const std::shared_ptr<PollingAlerts> alerts = std::make_shared<PollingAlerts>(parts, generation);
 
-    // Everything below belongs to the engine, but for the generation.
+    // Everything below belongs to the engine.
 
     std::shared_ptr<GlucoseAPIProtocol> client{};
     GlucoseProvider provider = GlucoseProvider::dexcom;
@@ -161,45 +106,16 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     std::optional<Date> lastReconnectRefreshAt{};
     std::optional<Date> lastFetchAt{};  ///< Its end, or its start while it runs.
     std::optional<Plan> plan{};
-    std::uint64_t pollsBegun = 0;
-    std::optional<ErrorInfo> problem{};  ///< What the last poll left to say.
-
-    std::optional<Date> alertsSnoozedUntil{};
-    Seconds snoozeLength{0};  ///< From when we learnt of it to its end.
-    GlucoseAlertEvaluator alertEvaluator{};
-    MissingDataAlert missingData{};
-    std::uint64_t alertRevision = 0;          ///< Counts the changes of snooze and preferences.
-    bool missingDataChanged = false;          ///< Since the last look for missing data.
-    std::shared_ptr<Wake> missingDataWake{};  ///< Ends the wait for the next look; of one use.
 
     Task<void> loopTask{};
     Task<void> loopSleep{};
     Task<void> refreshTask{};
     Task<void> wakeTask{};
     Task<void> networkTask{};  ///< Waits for the network's return after failures.
-    Task<void> alertTask{};    ///< The alert pass.
-    Task<void> missingDataTask{};
 
-    // --- Generation: any thread ---
+    // --- Any thread ---
 
-    [[nodiscard]] Uuid generation() const
-    {
-        const std::lock_guard lock{generationMutex_};
-        return run_;
-    }
-
-    Uuid renewGeneration()
-    {
-        const Uuid fresh = Uuid::random(parts.random);
-        const std::lock_guard lock{generationMutex_};
-        run_ = fresh;
-        return fresh;
-    }
-
-    [[nodiscard]] bool isCurrent(const Uuid& run) const { return generation() == run; }
-
-    /// On `main`: the coordinator goes, and with it what it refers to there.
-    void close() { closed_ = true; }
+    [[nodiscard]] bool isCurrent(const Uuid& run) const { return generation->isCurrent(run); }
 
     /// Runs `work` on the engine if `run` is still the current one then.
     template <class Work>
@@ -230,8 +146,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         endTasks();
         client = std::move(newClient);
         provider = newProvider;
-        loadSnooze();
-        publishSnooze();
+        alerts->reloadSnooze();
         if (!client)
             return;
         if (glucoseHistory.empty())
@@ -239,18 +154,16 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                 viewModel.setActivity(StatusBarActivity::loading, now);
             });
         loopTask = startTask(parts.engine, pollingLoop(shared_from_this(), run));
-        missingData.beginRun(parts.clock.now(), pollsBegun);
-        missingDataTask = startTask(parts.engine, watchForMissingData(shared_from_this(), run));
+        alerts->begin(run);
     }
 
     void endTasks()
     {
-        for (Task<void>* task :
-             {&loopTask, &loopSleep, &refreshTask, &wakeTask, &networkTask, &alertTask, &missingDataTask}) {
+        for (Task<void>* task : {&loopTask, &loopSleep, &refreshTask, &wakeTask, &networkTask}) {
             task->cancel();
             *task = {};
         }
-        missingDataWake.reset();
+        alerts->end();
         plan.reset();
     }
 
@@ -264,7 +177,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         pollingSchedule = {.randomUnit = [&random = parts.random] { return random.unit(); }};
         lastWakeRefreshAt.reset();
         lastReconnectRefreshAt.reset();
-        alertEvaluator.reset();
+        alerts->rearm();
     }
 
     /// Nothing of an account may be left when there is another one.
@@ -274,8 +187,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         rateLimitedAt.reset();
         glucoseHistory.clear();
         lastFetchedHistoryCount = 0;
-        problem.reset();
-        missingData = {};
+        alerts->forgetAccount();
     }
 
     // --- Loop ---
@@ -427,21 +339,13 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
 
     static asio::awaitable<void> refreshCycle(Self self, Uuid run)
     {
-        const std::uint64_t poll = ++self->pollsBegun;
+        const std::uint64_t poll = self->alerts->pollBegins();
         const bool good = co_await pollOnce(self, run);
         if (!self->isCurrent(run))
             co_return;
-        self->missingData.pollEnded(poll);
-        self->lookForMissingData();
-        if (!good)
-            co_return;
-        // One pass at a time; a notification centre that hangs holds up the next one for seconds.
-        if (self->alertTask.running())
-            co_await endedWell(self->alertTask);
-        if (!self->isCurrent(run))
-            co_return;
-        self->alertTask =
-            startTask(self->parts.engine, alertPass(self, run, GlucoseReading{self->glucoseHistory.back()}));
+        self->alerts->pollEnded(poll);
+        if (good)
+            co_await PollingAlerts::startPass(self->alerts, run, GlucoseReading{self->glucoseHistory.back()});
     }
 
     /// Fetches, and draws the conclusions. True when there are readings to alert by.
@@ -544,8 +448,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         glucoseHistory = mergedReadings(std::move(glucoseHistory), std::move(fetched));
         refusedSignIns = 0;
         retryNotBefore.reset();
-        problem.reset();
-        missingData.recordReading(glucoseHistory.back().date, now);
+        alerts->recordReading(glucoseHistory.back());
 
         onMain(run, [history = glucoseHistory](StatusBarViewModel& viewModel, Date seen) mutable {
             const GlucoseReading newest = history.back();
@@ -613,235 +516,12 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
 
     void showStatus(const Uuid& run, std::optional<ErrorInfo> status, std::optional<Date> nextRetryAt)
     {
-        problem = status;
+        alerts->recordProblem(status);
         onMain(run, [status = std::move(status), nextRetryAt](StatusBarViewModel& viewModel, Date) {
             viewModel.setCurrentError(status);
             viewModel.setNextRetryAt(nextRetryAt);
             viewModel.finishActivity();
         });
-    }
-
-    // --- Alerts ---
-
-    /// The preferences in force, read on `main`.
-    static asio::awaitable<GlucoseAlertSettings> alertSettings(Self self)
-    {
-        struct Answer {
-            explicit Answer(const asio::any_io_executor& engine) : ready{engine, 1} {}
-            Wake ready;
-            GlucoseAlertSettings settings{};
-        };
-        const auto answer = std::make_shared<Answer>(self->parts.engine);
-        const std::weak_ptr awaited = answer;  // A caller who gave up waits no longer.
-        asio::post(self->parts.main, [self, awaited] {
-            if (self->closed_)
-                return;
-            const GlucoseAlertSettings settings = glucoseAlertSettings(self->parts.settings());
-            asio::post(self->parts.engine, [awaited, settings] {
-                const auto waiting = awaited.lock();
-                if (!waiting)
-                    return;
-                waiting->settings = settings;
-                waiting->ready.try_send(boost::system::error_code{});
-            });
-        });
-        co_await answer->ready.async_receive(asio::use_awaitable);
-        co_return answer->settings;
-    }
-
-    [[nodiscard]] GlucoseAlertEvaluator::Pass alertMoment() const
-    {
-        return {.now = parts.clock.now(), .snoozedUntil = alertsSnoozedUntil, .zone = TimeZone::current()};
-    }
-
-    [[nodiscard]] asio::awaitable<bool> mayPost()
-    {
-        return guarded(parts.alertDelivery.requestAuthorizationIfNeeded(), false);
-    }
-
-    [[nodiscard]] asio::awaitable<Posted> post(GlucoseAlertContent content, NotificationTone tone,
-                                               bool offersSnooze)
-    {
-        return guarded(parts.alertDelivery.sendNotification(std::move(content.title), std::move(content.body),
-                                                            tone, offersSnooze),
-                       Posted{std::unexpect, "The notification centre failed."});
-    }
-
-    void logFailedPost(const NotificationError& error) const
-    {
-        log.error("Failed to post glucose alert notification: " + error.message);
-    }
-
-    /// Posts what is due by `reading`, at most one notification.
-    static asio::awaitable<void> alertPass(Self self, Uuid run, GlucoseReading reading)
-    {
-        while (!co_await alertPassEnded(self, run, reading)) {
-        }
-    }
-
-    /// False when snooze or preferences changed while the desktop kept us waiting: then the pass begins anew.
-    static asio::awaitable<bool> alertPassEnded(Self self, Uuid run, GlucoseReading reading)
-    {
-        const GlucoseAlertSettings settings = co_await alertSettings(self);
-        if (!self->isCurrent(run))
-            co_return true;
-        self->followSnooze();
-        const std::uint64_t revision = self->alertRevision;
-        const GlucoseAlertEvaluator::Pass pass = self->alertMoment();
-        const auto kind = self->alertEvaluator.evaluate(reading, settings, pass);
-        if (!kind)
-            co_return true;
-        const bool granted = co_await self->mayPost();
-        if (!granted || !self->isCurrent(run))
-            co_return true;
-        if (self->alertRevision != revision)
-            co_return false;
-        if (!self->isStillDue(*kind, reading, settings))
-            co_return true;
-        const Posted posted = co_await self->post(GlucoseAlertEvaluator::content(*kind, reading, settings),
-                                                  alertTone(*kind), true);
-        if (!self->isCurrent(run))
-            co_return true;
-        if (posted)
-            self->alertEvaluator.recordPosted(*kind, pass.now);
-        else
-            self->logFailedPost(posted.error());
-        co_return true;
-    }
-
-    /// What was due when the desktop was asked may be too old, or overtaken, when it answers.
-    [[nodiscard]] bool isStillDue(GlucoseAlertKind kind, const GlucoseReading& reading,
-                                  const GlucoseAlertSettings& settings) const
-    {
-        GlucoseAlertEvaluator asOfNow = alertEvaluator;
-        return glucoseHistory.back() == reading && asOfNow.evaluate(reading, settings, alertMoment()) == kind;
-    }
-
-    /// The wait for missing data has to be planned anew.
-    void lookForMissingData()
-    {
-        missingDataChanged = true;
-        if (missingDataWake)
-            missingDataWake->try_send(boost::system::error_code{});
-    }
-
-    static asio::awaitable<void> watchForMissingData(Self self, Uuid run)
-    {
-        while (self->isCurrent(run)) {
-            self->missingDataChanged = false;
-            const GlucoseAlertSettings settings = co_await alertSettings(self);
-            if (!self->isCurrent(run))
-                co_return;
-            MissingDataAlert::Look look = self->missingData.look(settings, self->alertMoment());
-            if (look.post) {
-                if (co_await tellOfMissingData(self, run, settings))
-                    continue;
-                look.again = self->parts.clock.now() + MissingDataAlert::lookInterval;
-            }
-            if (self->isCurrent(run) && !self->missingDataChanged)
-                co_await pause(self, look.again);
-        }
-    }
-
-    /// Until that moment, or something has changed.
-    static asio::awaitable<void> pause(Self self, std::optional<Date> until)
-    {
-        using namespace asio::experimental::awaitable_operators;
-        // Each wait has its own: a channel does not take what is sent after a receive that was cancelled.
-        const auto wake = std::make_shared<Wake>(self->parts.engine, 1);
-        self->missingDataWake = wake;
-        if (!until) {
-            co_await wake->async_receive(asio::use_awaitable);
-            co_return;
-        }
-        Clock& clock = self->parts.clock;
-        const auto delay =
-            std::max(std::chrono::ceil<Milliseconds>(timeUntil(*until, clock.now())), Milliseconds{1});
-        const Date planned = clock.now() + delay;
-        co_await (wake->async_receive(asio::use_awaitable) || clock.sleepFor(delay));
-        if (clock.now() - planned > shortestNap)
-            self->missingData.hold(clock.now(), self->pollsBegun);
-    }
-
-    /// False when it could not be posted and has to be tried again later.
-    static asio::awaitable<bool> tellOfMissingData(Self self, Uuid run, GlucoseAlertSettings settings)
-    {
-        const std::uint64_t gap = self->missingData.gap();
-        const std::uint64_t revision = self->alertRevision;
-        const bool granted = co_await self->mayPost();
-        if (!granted || !self->isCurrent(run))
-            co_return false;
-        // While the desktop made up its mind, a reading may have come, or somebody has snoozed.
-        if (self->alertRevision != revision || !self->missingData.look(settings, self->alertMoment()).post)
-            co_return true;
-        const Date now = self->parts.clock.now();
-        const Posted posted =
-            co_await self->post(self->missingData.content(self->problem, now, TimeZone::current()),
-                                NotificationTone::urgent, false);
-        if (!self->isCurrent(run))
-            co_return false;
-        if (posted)
-            self->missingData.recordTold(gap);
-        else
-            self->logFailedPost(posted.error());
-        co_return posted.has_value();
-    }
-
-    // --- Snooze: of the program, whatever run it is ---
-
-    /// Reads the stored snooze. What no snooze of ours can be is ignored, and removed when it would be long.
-    void loadSnooze()
-    {
-        std::optional<Date> until = parts.defaults.date(alertsSnoozedUntilKey);
-        const Date now = parts.clock.now();
-        if (until && *until - now > longestSnooze) {
-            parts.defaults.remove(alertsSnoozedUntilKey);
-            until.reset();
-        }
-        if (until == alertsSnoozedUntil)
-            return;
-        alertsSnoozedUntil = until;
-        snoozeLength = until ? *until - now : Seconds{0};
-        ++alertRevision;
-    }
-
-    void storeSnooze(std::optional<Date> until)
-    {
-        alertsSnoozedUntil = until;
-        ++alertRevision;
-        if (until)
-            parts.defaults.set(alertsSnoozedUntilKey, *until);
-        else
-            parts.defaults.remove(alertsSnoozedUntilKey);
-        publishSnooze();
-    }
-
-    void publishSnooze()
-    {
-        asio::post(parts.main, [self = shared_from_this(), until = alertsSnoozedUntil] {
-            if (!self->closed_)
-                self->parts.viewModel.setAlertsSnoozedUntil(until);
-        });
-    }
-
-    void snooze(Seconds duration)
-    {
-        // Written so that what is no number counts as the shortest.
-        snoozeLength = duration > shortestSnooze ? std::min(duration, longestSnooze) : shortestSnooze;
-        storeSnooze(parts.clock.now() + snoozeLength);
-    }
-
-    /// Clears a snooze that has ended. One that ends later than it was made for, because the clock was set
-    /// back, begins anew.
-    void followSnooze()
-    {
-        if (!alertsSnoozedUntil)
-            return;
-        const Date now = parts.clock.now();
-        if (*alertsSnoozedUntil <= now)
-            storeSnooze(std::nullopt);
-        else if (*alertsSnoozedUntil - now > snoozeLength + clockJump)
-            storeSnooze(now + snoozeLength);
     }
 
     // --- Wake and reconnect ---
@@ -899,39 +579,34 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     static asio::awaitable<void> refreshNow(Self self)
     {
         co_await asio::co_spawn(self->parts.engine,
-                                refresh(self, self->generation(), StatusBarActivity::refreshing),
+                                refresh(self, self->generation->current(), StatusBarActivity::refreshing),
                                 asio::use_awaitable);
     }
-
-private:
-    mutable std::mutex generationMutex_{};
-    Uuid run_;
-    bool closed_ = false;  ///< Belongs to `main`.
 };
 
 StatusBarPollingCoordinator::StatusBarPollingCoordinator(Parts parts)
     : impl_{std::make_shared<Impl>(std::move(parts))}
 {
-    impl_->publishSnooze();
+    impl_->alerts->publishSnooze();
 }
 
 StatusBarPollingCoordinator::~StatusBarPollingCoordinator()
 {
-    impl_->close();
-    const Uuid run = impl_->renewGeneration();
+    impl_->alerts->close();
+    const Uuid run = impl_->generation->renew();
     impl_->onEngine(run, [](Impl& impl) { impl.endTasks(); });
 }
 
 void StatusBarPollingCoordinator::start(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider)
 {
-    const Uuid run = impl_->renewGeneration();
+    const Uuid run = impl_->generation->renew();
     impl_->onEngine(
         run, [run, client = std::move(client), provider](Impl& impl) { impl.begin(run, client, provider); });
 }
 
 void StatusBarPollingCoordinator::stop()
 {
-    const Uuid run = impl_->renewGeneration();
+    const Uuid run = impl_->generation->renew();
     impl_->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.finishActivity(); });
     impl_->onEngine(run, [](Impl& impl) {
         impl.endTasks();
@@ -943,7 +618,7 @@ void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<Gluco
                                                            GlucoseProvider provider,
                                                            std::optional<ErrorInfo> problem)
 {
-    const Uuid run = impl_->renewGeneration();
+    const Uuid run = impl_->generation->renew();
     if (!client && !problem)
         problem = signInRequiredStatus();
     impl_->onMain(run, [problem = std::move(problem)](StatusBarViewModel& viewModel, Date) {
@@ -961,7 +636,7 @@ void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<Gluco
 
 void StatusBarPollingCoordinator::reconnect()
 {
-    const Uuid run = impl_->generation();
+    const Uuid run = impl_->generation->current();
     impl_->onEngine(run, [run](Impl& impl) {
         if (!impl.client)
             return;
@@ -977,47 +652,34 @@ asio::awaitable<void> StatusBarPollingCoordinator::refreshNow() { return Impl::r
 
 void StatusBarPollingCoordinator::refreshAfterWake()
 {
-    const Uuid run = impl_->generation();
+    const Uuid run = impl_->generation->current();
     impl_->onMain(run, [](StatusBarViewModel& viewModel, Date) { viewModel.refreshFreshness(); });
     impl_->onEngine(run, [run](Impl& impl) {
         if (!impl.client)
             return;
-        impl.missingData.hold(impl.parts.clock.now(), impl.pollsBegun);
+        impl.alerts->machineWoke();
         impl.wakeTask = startTask(impl.parts.engine, Impl::wakeRefresh(impl.shared_from_this(), run));
     });
 }
 
 void StatusBarPollingCoordinator::snoozeAlerts(Seconds duration)
 {
-    asio::post(impl_->parts.engine, [impl = impl_, duration] {
-        impl->snooze(duration);
-        impl->lookForMissingData();
-    });
+    asio::post(impl_->parts.engine, [alerts = impl_->alerts, duration] { alerts->snooze(duration); });
 }
 
 void StatusBarPollingCoordinator::resumeAlerts()
 {
-    asio::post(impl_->parts.engine, [impl = impl_] {
-        impl->storeSnooze(std::nullopt);
-        impl->lookForMissingData();
-    });
+    asio::post(impl_->parts.engine, [alerts = impl_->alerts] { alerts->resume(); });
 }
 
 void StatusBarPollingCoordinator::alertSnoozeDidReload()
 {
-    asio::post(impl_->parts.engine, [impl = impl_] {
-        impl->loadSnooze();
-        impl->publishSnooze();
-        impl->lookForMissingData();
-    });
+    asio::post(impl_->parts.engine, [alerts = impl_->alerts] { alerts->reloadSnooze(); });
 }
 
 void StatusBarPollingCoordinator::alertSettingsDidUpdate()
 {
-    asio::post(impl_->parts.engine, [impl = impl_] {
-        ++impl->alertRevision;
-        impl->lookForMissingData();
-    });
+    asio::post(impl_->parts.engine, [alerts = impl_->alerts] { alerts->settingsDidUpdate(); });
 }
 
 }  // namespace tidewell
