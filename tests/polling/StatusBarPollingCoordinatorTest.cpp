@@ -863,6 +863,8 @@ TEST(StatusBarPollingCoordinatorThreads, afterStopOnMainNothingChangesAnyMore)
         coordinator->start(service, GlucoseProvider::dexcom);
         asio::co_spawn(main, coordinator->refreshNow(), [&ended](std::exception_ptr) { ++ended; });
         coordinator->refreshAfterWake();
+        round % 2 == 0 ? coordinator->snoozeAlerts(Seconds{60}) : coordinator->resumeAlerts();
+        coordinator->alertSettingsDidUpdate();
         const auto before = viewModel.state().glucoseHistory;
         // Every third round is stopped somewhere on its way, the others when they have shown something.
         const int turns = round % 3 == 0 ? round % 7 : 50;
@@ -887,6 +889,8 @@ TEST(StatusBarPollingCoordinatorThreads, afterStopOnMainNothingChangesAnyMore)
     engineThread.join();
     clock.runReady();
     EXPECT_EQ(ended, rounds);
+    EXPECT_FALSE(center.posted.empty());
+    EXPECT_EQ(viewModel.state().alertsSnoozedUntil, defaults.date(alertsSnoozedUntilKey));
 }
 
 }  // namespace
