@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
-#include "platform/linux/SoundHelper.h"
+#include "platform/linux/DesktopHelper.h"
 #include "program/Commands.h"
 #include "program/Process.h"
 #include "support/Log.h"
@@ -162,7 +162,7 @@ ExitCode report(const CommandError& error)
 
 int main(int count, char** values)
 {
-    tidewell::beSoundHelperWhenAsked(count, values);
+    tidewell::beDesktopHelperWhenAsked(count, values);
     tidewell::hardenProcess();
     tidewell::processArguments() = {count, values};
     return static_cast<int>(tidewell::afterOutput(tidewell::run(count, values)));

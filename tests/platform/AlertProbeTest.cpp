@@ -21,7 +21,7 @@ protected:
         return {.sessionBusAddress = bus.address(),
                 .systemBusAddress = bus.address(),
                 .soundServer = "unix:/nonexistent/sound",
-                .soundHelper = TIDEWELL_PROGRAM};
+                .helper = TIDEWELL_PROGRAM};
     }
     AlertPath look() { return look(options()); }
     AlertPath look(AlertProbeOptions chosen)

@@ -100,7 +100,7 @@ TEST_F(SoundEnvironmentTest, aSoundThatCannotBePlayedSaysWhyAndHoldsNobodyUp)
     EXPECT_TRUE(runUntil([&] { return !unheard.problem().empty(); }));
 }
 
-TEST(SoundHelper, itsReportIsReadAsItWasWrittenAndNothingElseIs)
+TEST(DesktopHelper, itsReportIsReadAsItWasWrittenAndNothingElseIs)
 {
     for (const auto& present : {std::optional<bool>{}, std::optional{true}, std::optional{false}}) {
         for (const auto& volume : {std::optional<double>{}, std::optional{0.0}, std::optional{0.3}}) {

@@ -7,13 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/Background.h"
 #include "platform/linux/BusCaller.h"
 #include "platform/linux/BusConnection.h"
-#include "platform/linux/DesktopSettings.h"
+#include "platform/linux/DesktopHelper.h"
 #include "platform/linux/NotificationSignals.h"
 #include "platform/linux/OnExecutor.h"
-#include "platform/linux/SoundHelper.h"
 
 namespace tidewell {
 namespace {
@@ -22,13 +20,15 @@ using namespace std::chrono_literals;
 
 /// The whole look; on the program's own clock.
 constexpr std::chrono::milliseconds lookDeadline = 2s;
-/// The sound helper ends earlier by itself.
-constexpr std::chrono::milliseconds soundDeadline = 1900ms;
+/// The helper's own deadlines end earlier by itself.
+constexpr std::chrono::milliseconds helperDeadline = 1900ms;
 /// For questions whose answer nobody wants later.
 constexpr std::chrono::milliseconds questionLimit = 3s;
 
 /// The values that xfce4-power-manager takes for "never" lie below this many minutes.
 constexpr unsigned xfceShortestSuspend = 15;
+
+const std::string gnomePower = "org.gnome.settings-daemon.plugins.power";
 
 using Wake = asio::experimental::channel<void(boost::system::error_code)>;
 
@@ -98,16 +98,10 @@ asio::awaitable<std::unique_ptr<BusCaller>> openBus(asio::any_io_executor main, 
     co_return std::move(made);
 }
 
-/// What `work` returns, from a thread of its own.
-template <class Work>
-asio::awaitable<std::invoke_result_t<Work>> inBackground(asio::any_io_executor main, Work work)
+asio::awaitable<std::optional<std::string>> setting(std::shared_ptr<Look> look, std::string schema,
+                                                    std::string key)
 {
-    const auto wake = std::make_shared<Wake>(main, 1);
-    const auto result = std::make_shared<std::optional<std::invoke_result_t<Work>>>();
-    const auto token = runInBackground([work = std::move(work), result] { result->emplace(work()); },
-                                       [wake] { wake->try_send(boost::system::error_code{}); });
-    co_await wake->async_receive(asio::use_awaitable);
-    co_return std::move(**result);
+    return settingFromHelper(look->options.helper, std::move(schema), std::move(key), helperDeadline);
 }
 
 /// Whether "do not disturb" is on, as the server `name` keeps it.
@@ -115,10 +109,8 @@ asio::awaitable<std::optional<bool>> askInhibited(std::shared_ptr<Look> look, Bu
                                                   std::string name)
 {
     if (name == "gnome-shell") {
-        const auto shown = co_await inBackground(look->main, [] {
-            return DesktopSettings{"org.gnome.desktop.notifications"}.truth("show-banners");
-        });
-        co_return shown ? std::optional{!*shown} : std::nullopt;
+        const auto shown = co_await setting(look, "org.gnome.desktop.notifications", "show-banners");
+        co_return shown ? std::optional{*shown == "false"} : std::nullopt;
     }
     QDBusMessage question =
         propertyCall(notificationService, notificationPath, notificationService, QStringLiteral("Inhibited"));
@@ -180,7 +172,7 @@ asio::awaitable<void> askServer(std::shared_ptr<Look> look)
 asio::awaitable<void> askSound(std::shared_ptr<Look> look)
 {
     const auto report =
-        co_await lookInHelper(look->options.soundHelper, look->options.soundServer, soundDeadline);
+        co_await lookInHelper(look->options.helper, look->options.soundServer, helperDeadline);
     if (!report)
         co_return;
     look->path.soundOutput = report->output.present;
@@ -218,15 +210,13 @@ asio::awaitable<void> askGnome(std::shared_ptr<Look> look, BusCaller& bus, bool 
                           questionLimit);
     if (truth(valueOf(held)) == true)
         co_return;
-    const auto after = co_await inBackground(look->main, [onBattery]() -> std::optional<int> {
-        const DesktopSettings power{"org.gnome.settings-daemon.plugins.power"};
-        const auto what = power.text(onBattery ? "sleep-inactive-battery-type" : "sleep-inactive-ac-type");
-        if (!what || *what == "nothing" || *what == "blank" || *what == "logout")
-            return std::nullopt;
-        return power.number(onBattery ? "sleep-inactive-battery-timeout" : "sleep-inactive-ac-timeout");
-    });
-    if (after.value_or(0) > 0)
-        look->suspends(*after);
+    const std::string source = onBattery ? "battery" : "ac";
+    const auto what = co_await setting(look, gnomePower, "sleep-inactive-" + source + "-type");
+    if (!what || *what == "nothing" || *what == "blank" || *what == "logout")
+        co_return;
+    const auto after = co_await setting(look, gnomePower, "sleep-inactive-" + source + "-timeout");
+    if (const int seconds = QString::fromStdString(after.value_or("")).toInt(); seconds > 0)
+        look->suspends(seconds);
 }
 
 asio::awaitable<void> askXfce(std::shared_ptr<Look> look, BusCaller& bus, bool onBattery)

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/SoundHelper.h"
+#include "platform/linux/DesktopHelper.h"
 #include "polling/AlertHealth.h"
 #include "support/Clock.h"
 
@@ -15,7 +15,7 @@ struct AlertProbeOptions {
     QString sessionBusAddress{};  ///< Empty: the session's.
     QString systemBusAddress{};   ///< Empty: the system's.
     std::string soundServer{};    ///< As PULSE_SERVER names it; empty: the usual one.
-    QString soundHelper = soundHelperProgram;
+    QString helper = desktopHelperProgram;
     /// Whether a notification server that the bus would start is started for the question. Otherwise its
     /// being installed counts as its answer: for looks at the start of a session, when the desktop's own is
     /// yet to come.

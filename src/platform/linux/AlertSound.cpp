@@ -9,7 +9,7 @@
 #include <span>
 #include <utility>
 
-#include "platform/linux/SoundHelper.h"
+#include "platform/linux/DesktopHelper.h"
 #include "support/Log.h"
 
 namespace tidewell {

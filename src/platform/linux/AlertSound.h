@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/SoundHelper.h"
+#include "platform/linux/DesktopHelper.h"
 #include "polling/UserNotificationCenter.h"
 
 namespace tidewell {
@@ -31,13 +31,13 @@ public:
 /// The XDG data folders in their order, the user's own first.
 [[nodiscard]] std::vector<std::filesystem::path> xdgDataFolders();
 
-/// Plays sounds of the freedesktop sound theme through libcanberra, in the sound helper.
+/// Plays sounds of the freedesktop sound theme through libcanberra, in the helper.
 ///
 /// A sound server that hangs holds up nobody: a sound is given up after 15 s, and while three are still on
 /// their way no more begin. Main thread, with a QCoreApplication.
 class AlertSound final : public AlertSoundPlaying {
 public:
-    explicit AlertSound(asio::any_io_executor main, const QString& helper = soundHelperProgram);
+    explicit AlertSound(asio::any_io_executor main, const QString& helper = desktopHelperProgram);
     ~AlertSound() override;
 
     void play(NotificationTone tone) override;

@@ -1,8 +1,9 @@
-#include "platform/linux/SoundHelper.h"
+#include "platform/linux/DesktopHelper.h"
 
 #include <unistd.h>
 #include <QProcess>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/experimental/channel.hpp>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "platform/linux/AlertSound.h"
+#include "platform/linux/DesktopSettings.h"
 #include "platform/linux/SoundPlayer.h"
 
 namespace tidewell {
@@ -20,9 +22,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::string_view helperWord = "--sound-helper";
+constexpr std::string_view helperWord = "--desktop-helper";
 constexpr std::string_view playWord = "play";
-constexpr std::string_view lookWord = "look";
+constexpr std::string_view soundWord = "sound";
+constexpr std::string_view settingWord = "setting";
+constexpr std::array helperWords{playWord, soundWord, settingWord};
 constexpr std::string_view urgentWord = "urgent";
 
 /// Ends the helper by itself, also when nobody is left to end it.
@@ -74,8 +78,12 @@ SoundReport look(const std::string& server)
 
 std::string answer(std::string_view question, const std::string& argument)
 {
-    if (question == lookWord)
+    if (question == soundWord)
         return soundReportLine(look(argument));
+    if (question == settingWord) {
+        const std::size_t space = std::min(argument.find(' '), argument.size() - 1);
+        return desktopSetting(argument.substr(0, space), argument.substr(space + 1)).value_or("");
+    }
     const SoundOutcome outcome =
         play(argument == urgentWord ? NotificationTone::urgent : NotificationTone::standard);
     for (const auto& [value, name] : outcomeWords)
@@ -127,9 +135,10 @@ asio::awaitable<std::optional<std::string>> run(QString program, QStringList arg
 
 }  // namespace
 
-void beSoundHelperWhenAsked(int count, char** values)
+void beDesktopHelperWhenAsked(int count, char** values)
 {
-    if (count != 4 || values[1] != helperWord || (values[2] != playWord && values[2] != lookWord))
+    if (count != 4 || values[1] != helperWord ||
+        std::ranges::find(helperWords, std::string_view{values[2]}) == helperWords.end())
         return;
     ::alarm(helperSeconds);
     const std::string line = answer(values[2], values[3]) + '\n';
@@ -193,9 +202,21 @@ asio::awaitable<SoundOutcome> playInHelper(QString program, NotificationTone ton
 asio::awaitable<std::optional<SoundReport>> lookInHelper(QString program, std::string server,
                                                          std::chrono::milliseconds limit)
 {
-    const QStringList arguments{text(helperWord), text(lookWord), QString::fromStdString(server)};
+    const QStringList arguments{text(helperWord), text(soundWord), QString::fromStdString(server)};
     const auto line = co_await run(std::move(program), arguments, limit);
     co_return line ? soundReport(*line) : std::nullopt;
+}
+
+asio::awaitable<std::optional<std::string>> settingFromHelper(QString program, std::string schema,
+                                                              std::string key,
+                                                              std::chrono::milliseconds limit)
+{
+    const QStringList arguments{text(helperWord), text(settingWord),
+                                QString::fromStdString(schema + ' ' + key)};
+    auto line = co_await run(std::move(program), arguments, limit);
+    if (line && line->empty())
+        line.reset();
+    co_return line;
 }
 
 }  // namespace tidewell

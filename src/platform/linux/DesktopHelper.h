@@ -11,15 +11,15 @@
 
 namespace tidewell {
 
-/// The sound helper: this program once more, for the moment of one sound or one question about sound.
+/// The helper: this program once more, for the moment of one sound or one question to the desktop.
 ///
-/// The clients of sound servers are large and may hang or worse. In a process of its own they cost the
-/// program that waits for a low nothing, and one that hangs is ended.
-inline const QString soundHelperProgram = QStringLiteral("/proc/self/exe");
+/// The libraries of sound and settings are large and may hang or worse. In a process of its own they cost
+/// the program that waits for a low nothing, and one that hangs is ended.
+inline const QString desktopHelperProgram = QStringLiteral("/proc/self/exe");
 
 /// The whole of the helper: when the arguments say that this process is it, this does not return. For main(),
 /// before anything else.
-void beSoundHelperWhenAsked(int count, char** values);
+void beDesktopHelperWhenAsked(int count, char** values);
 
 enum class SoundOutcome {
     played,
@@ -47,5 +47,10 @@ struct SoundReport {
 /// `server` as PULSE_SERVER names it; empty: the usual one. Empty when the helper did not end in time.
 [[nodiscard]] asio::awaitable<std::optional<SoundReport>> lookInHelper(QString program, std::string server,
                                                                        std::chrono::milliseconds limit);
+/// As desktopSetting().
+[[nodiscard]] asio::awaitable<std::optional<std::string>> settingFromHelper(QString program,
+                                                                            std::string schema,
+                                                                            std::string key,
+                                                                            std::chrono::milliseconds limit);
 
 }  // namespace tidewell
