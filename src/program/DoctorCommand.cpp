@@ -18,6 +18,7 @@ namespace {
 
 /// A sign-in and a request take a second or two; who asks what is wrong should not wait for a minute.
 constexpr std::chrono::milliseconds serviceDeadline{30'000};
+constexpr std::chrono::milliseconds engineGrace{500};
 
 /// Replaces what the facts say of the account: its password or its document cannot be read.
 void addConfigurationProblem(std::vector<AlertFinding>& findings, const ConfigurationProblem& problem)
@@ -75,6 +76,7 @@ asio::awaitable<AlertHealthFacts> collectFacts(CommandSession& session, AlertPro
 ExitCode runDoctor(bool asJson)
 {
     QCoreApplication application{processArguments().count, processArguments().values};
+    QtMainLoop loop;  // Outlives the engine, whose timers know it.
     const auto made = CommandSession::make();
     if (!made)
         return report(made.error());
@@ -82,7 +84,6 @@ ExitCode runDoctor(bool asJson)
     (void)session.run(session.configuration().load());
     const auto answer = session.announceChange(InstanceWord::areYouThere);
 
-    QtMainLoop loop;
     AlertProbe probe{loop.executor(), session.clock()};
     AlertHealthFacts facts = runInEventLoop(loop, collectFacts(session, probe));
     facts.running = answer != SingleInstance::SendResult::notRunning;
@@ -104,7 +105,9 @@ ExitCode runDoctor(bool asJson)
     fmt::print("{}", asJson ? findingsDocument(findings) : findingLines(findings));
     const bool well = std::ranges::all_of(
         findings, [](const AlertFinding& f) { return f.severity == AlertFinding::Severity::good; });
-    return well ? ExitCode::good : ExitCode::failure;
+    const ExitCode code = well ? ExitCode::good : ExitCode::failure;
+    endProcessUnless(session.engine().stop(engineGrace), code);
+    return code;
 }
 
 }  // namespace tidewell

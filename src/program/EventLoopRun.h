@@ -10,7 +10,8 @@
 namespace tidewell {
 
 /// Runs a coroutine on the main thread inside the desktop's event loop, to its end, and returns its result:
-/// for short commands that ask the desktop. With a QCoreApplication, whose loop does not run yet.
+/// for short commands that ask the desktop. With a QCoreApplication, whose loop does not run yet. `loop` goes
+/// after the engine has stopped.
 template <class T>
 [[nodiscard]] T runInEventLoop(QtMainLoop& loop, asio::awaitable<T> work)
 {

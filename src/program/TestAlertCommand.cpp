@@ -46,7 +46,7 @@ ExitCode runTestAlert()
         if (!sound.problem().empty())
             fmt::print(stderr, "tidewell: {}\n", sound.problem());
     }
-    endProcessUnless(engine.stop(engineGrace), afterOutput(code));
+    endProcessUnless(engine.stop(engineGrace), code);
     return code;
 }
 
