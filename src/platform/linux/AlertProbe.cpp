@@ -77,6 +77,8 @@ struct Look {
     asio::any_io_executor main;
     AlertProbeOptions options;
     AlertPath path{};
+    Task<void> openingSession{};
+    std::unique_ptr<BusCaller> session{};  ///< Once that has ended; null when there is no such bus.
 
     void suspends(double seconds)
     {
@@ -127,11 +129,17 @@ asio::awaitable<std::optional<bool>> askInhibited(std::shared_ptr<Look> look, Bu
     co_return inhibited;
 }
 
-asio::awaitable<void> askServer(std::shared_ptr<Look> look)
+asio::awaitable<void> openSession(std::shared_ptr<Look> look)
 {
     const QString given = look->options.sessionBusAddress;
-    const auto bus = co_await openBus(look->main, given.isEmpty() ? sessionBusAddress() : given);
-    if (!bus)
+    look->session = co_await openBus(look->main, given.isEmpty() ? sessionBusAddress() : given);
+}
+
+asio::awaitable<void> askServer(std::shared_ptr<Look> look)
+{
+    co_await look->openingSession.wait();
+    BusCaller* const bus = look->session.get();
+    if (bus == nullptr)
         co_return;
     const QDBusMessage owner = co_await bus->call(
         busDaemonCall(QStringLiteral("GetNameOwner"), {notificationService}), questionLimit);
@@ -244,9 +252,9 @@ asio::awaitable<void> askSuspend(std::shared_ptr<Look> look)
         onBattery = truth(valueOf(battery)) == true;
         co_await askLogind(look, *system);
     }
-    const QString given = look->options.sessionBusAddress;
-    const auto session = co_await openBus(look->main, given.isEmpty() ? sessionBusAddress() : given);
-    if (!session)
+    co_await look->openingSession.wait();
+    BusCaller* const session = look->session.get();
+    if (session == nullptr)
         co_return;
     const QDBusMessage answer =
         co_await session->call(busDaemonCall(QStringLiteral("ListNames")), questionLimit);
@@ -284,7 +292,9 @@ struct AlertProbe::Impl {
     static asio::awaitable<AlertPath> look(std::shared_ptr<Impl> self)
     {
         const auto look = std::make_shared<Look>(self->main, self->options);
+        look->openingSession = startTask(self->main, openSession(look));
         Questions questions;
+        questions.tasks.push_back(look->openingSession);
         for (const auto question : {askServer, askSound, askSuspend})
             questions.tasks.push_back(startTask(self->main, question(look)));
         (void)co_await within(self->clock, lookDeadline, questions.wait());

@@ -1,12 +1,9 @@
 #pragma once
 
 #include <boost/asio/as_tuple.hpp>
-#include <boost/asio/experimental/awaitable_operators.hpp>
-#include <boost/asio/multiple_exceptions.hpp>
 #include <exception>
 #include <memory>
 #include <optional>
-#include <variant>
 
 #include "support/Clock.h"
 #include "support/Task.h"
@@ -56,21 +53,22 @@ template <class T>
     co_return std::move(*call->result);
 }
 
-/// The result of `work`, or nothing when it has not ended in time; it is then cancelled, and has to leave at
-/// once when it is.
+/// Runs `work` until its end or until the deadline; it is then cancelled, and has to leave at once.
+[[nodiscard]] asio::awaitable<void> runUntilDeadline(Clock& clock, std::chrono::milliseconds deadline,
+                                                     asio::awaitable<void> work);
+
+/// The result of `work`, or nothing when it has not ended in time; see above.
 template <class T>
 [[nodiscard]] asio::awaitable<std::optional<T>> within(Clock& clock, std::chrono::milliseconds deadline,
                                                        asio::awaitable<T> work)
 {
-    using namespace asio::experimental::awaitable_operators;
-    try {
-        auto first = co_await (std::move(work) || clock.sleepFor(deadline));
-        if (first.index() == 0)
-            co_return std::move(std::get<0>(first));
-        co_return std::nullopt;
-    } catch (const asio::multiple_exceptions& both) {
-        std::rethrow_exception(both.first_exception());
-    }
+    std::optional<T> result;
+    // The two race once, for all types of results: that code is large.
+    const auto keep = [](asio::awaitable<T> given, std::optional<T>& kept) -> asio::awaitable<void> {
+        kept.emplace(co_await std::move(given));
+    };
+    co_await runUntilDeadline(clock, deadline, keep(std::move(work), result));
+    co_return result;  // Also one that came in the moment of the deadline: what was done counts.
 }
 
 }  // namespace tidewell
