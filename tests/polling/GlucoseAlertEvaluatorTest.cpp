@@ -294,7 +294,10 @@ TEST(GlucoseAlertEvaluator, silencesTheSnoozedCategoriesOnlyAndOnlyUntilTheEnd)
                  {6, 200, "SingleDown", {}, true, only(false, false, true), 30, 9},
                  {7, 320, "Flat", {}, true, only(true, true, true), 30, 9},
                  {8, 200, "Flat", {}, true, only(true, true, true), 30, 9},
-                 {9, 200, "Flat", lowThreshold, true, only(true, true, true), 30, 9}});
+                 {9, 200, "Flat", lowThreshold, true, only(true, true, true), 30, 9},
+                 // What is silenced is not over.
+                 {10, 200, "Flat", {}, true, only(true, true, true), 30, 20},
+                 {20, 200, "Flat", {}, true, only(true, true, true), 30, 20}});
 }
 
 TEST(GlucoseAlertEvaluator, forgetsEverythingWhileAlertsAreOff)
