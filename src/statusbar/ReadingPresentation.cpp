@@ -18,25 +18,14 @@ GlucoseUnits displayUnit(const std::optional<AppSettings>& settings)
     return glucoseUnits(settings->measurementUnit).value_or(GlucoseUnits::mgdL);
 }
 
-/// mg/dL; inclusive on the side of the alarm.
-struct Thresholds {
-    double low;
-    double high;
-};
-
-Thresholds thresholds(const std::optional<AppSettings>& settings)
+std::string_view rangePhrase(GlucoseRange range)
 {
-    const AppSettings chosen = settings.value_or(AppSettings{});
-    return {chosen.lowGlucoseThreshold, chosen.highGlucoseThreshold};
-}
-
-std::string_view rangePhrase(double mgdL, const Thresholds& limits)
-{
-    if (mgdL <= limits.low)
-        return "at or below the low threshold";
-    if (mgdL >= limits.high)
-        return "at or above the high threshold";
-    return "in range";
+    switch (range) {
+    case GlucoseRange::low: return "at or below the low threshold";
+    case GlucoseRange::inRange: return "in range";
+    case GlucoseRange::high: return "at or above the high threshold";
+    }
+    std::unreachable();
 }
 
 std::string counted(std::int64_t count, std::string_view unit)
@@ -70,13 +59,21 @@ std::string statusTitle(const GlucoseReading& reading, ReadingFreshness freshnes
     std::unreachable();
 }
 
+GlucoseRange glucoseRange(double mgdL, const std::optional<AppSettings>& settings)
+{
+    const AppSettings limits = settings.value_or(AppSettings{});
+    if (mgdL <= limits.lowGlucoseThreshold)
+        return GlucoseRange::low;
+    return mgdL >= limits.highGlucoseThreshold ? GlucoseRange::high : GlucoseRange::inRange;
+}
+
 TitleColor titleColor(const GlucoseReading& reading, const std::optional<AppSettings>& settings)
 {
-    const Thresholds limits = thresholds(settings);
+    const GlucoseRange range = glucoseRange(reading.mgdL, settings);
     const std::string trend = lowerCased(reading.trendString);
-    if (reading.mgdL <= limits.low || trend == "doubledown")
+    if (range == GlucoseRange::low || trend == "doubledown")
         return TitleColor::red;
-    if (reading.mgdL >= limits.high || trend == "doubleup")
+    if (range == GlucoseRange::high || trend == "doubleup")
         return TitleColor::orange;
     return TitleColor::primary;
 }
@@ -105,7 +102,7 @@ std::string spokenGlucose(const std::optional<GlucoseReading>& reading, Date now
     switch (readingFreshness(reading->date, now)) {
     case ReadingFreshness::current:
         return fmt::format("Current glucose: {}, {}, {}.", value,
-                           rangePhrase(reading->mgdL, thresholds(settings)),
+                           rangePhrase(glucoseRange(reading->mgdL, settings)),
                            trendPhrase(reading->trendString));
     case ReadingFreshness::stale:
         return "Stale glucose reading. Last known glucose: " + value + ". Trend unavailable.";

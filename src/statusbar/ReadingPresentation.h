@@ -14,6 +14,9 @@ enum class TitleColor { primary, orange, red };
 /// Worse is greater.
 enum class ReadingFreshness { current, stale, expired };
 
+/// Where a value lies between the thresholds, which count as beyond.
+enum class GlucoseRange { low, inRange, high };
+
 /// Under this age, words do not tell minutes apart: while the sensor is well, an age that is shown then stays
 /// true from one poll to the next, and nobody has to wake up to correct it.
 inline constexpr Seconds recentAge{300};
@@ -34,6 +37,9 @@ inline constexpr Seconds expiredAge{3600};
 /// quickly. Of a current reading; the thresholds are 72 and 270 mg/dL without settings.
 [[nodiscard]] TitleColor titleColor(const GlucoseReading& reading,
                                     const std::optional<AppSettings>& settings);
+
+/// By the thresholds of the settings; 72 and 270 mg/dL without settings.
+[[nodiscard]] GlucoseRange glucoseRange(double mgdL, const std::optional<AppSettings>& settings);
 
 /// "15 minutes", "1 hour", "2 hours and 5 minutes", "3 days": whole units, rounded down, at least a minute.
 [[nodiscard]] std::string elapsedPhrase(Seconds age);

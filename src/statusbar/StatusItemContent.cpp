@@ -138,6 +138,7 @@ void addReading(StatusItemContent& content, const SeenReading& seen, const AppSe
 {
     content.label = statusTitle(seen.reading, seen.freshness, settings);
     content.look = buttonLook(seen, settings);
+    content.freshness = seen.freshness;
     if (seen.freshness == ReadingFreshness::expired) {
         content.value = content.label;
         content.tooltipTitle = content.label;
@@ -151,6 +152,7 @@ void addReading(StatusItemContent& content, const SeenReading& seen, const AppSe
         content.tooltipTitle = value + " " + unit + " ?";
         return;
     }
+    content.range = glucoseRange(seen.reading.mgdL, settings);
     content.value = value;
     content.arrow = seen.reading.trendArrow;
     content.tooltipTitle = value + " " + unit + " " + seen.reading.trendArrow;

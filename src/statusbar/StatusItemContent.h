@@ -41,6 +41,8 @@ struct StatusItemContent {
     std::string label{};  ///< The status title: value, space, arrow.
     StatusBarIconState iconState = StatusBarIconState::waiting;
     StatusButtonLook look = StatusButtonLook::plain;
+    std::optional<ReadingFreshness> freshness{};  ///< Of the reading that is shown, if any, at that moment.
+    std::optional<GlucoseRange> range{};          ///< Of a current reading only: an old one is nowhere now.
     bool warningBadge = false;
     std::string tooltipTitle{};        ///< Value with unit and trend: "120 mg/dL →".
     std::string tooltipText{};         ///< Age and any problem, lines separated by '\n'; plain text.
