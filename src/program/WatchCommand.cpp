@@ -8,6 +8,7 @@
 #include "program/Core.h"
 #include "program/LineWriter.h"
 #include "program/Process.h"
+#include "program/WatchBarLine.h"
 
 namespace tidewell {
 
@@ -26,6 +27,9 @@ public:
 
     void print()
     {
+        // A bar that runs the command by interval takes one line only.
+        if (options_.once && isBarFormat(options_.format) && !ended_)
+            return;
         const auto& state = core_.viewModel().state();
         auto line = watchLine(options_.format, state, core_.configuration().settings(), core_.clock().now(),
                               TimeZone::current());
@@ -51,6 +55,9 @@ public:
     /// After the last line has been written, or could not be.
     [[nodiscard]] ExitCode finish()
     {
+        // Most bars keep the last line, and nobody would know how old it is.
+        if (!options_.once && isBarFormat(options_.format))
+            writer_.write(watchBarEndLine(options_.format).text);
         if (const auto error = writer_.finish())
             return report({ExitCode::failure, "The output cannot be written: " + error.message() + "."});
         return exitCode_;
@@ -70,6 +77,9 @@ private:
 
     void end()
     {
+        if (std::exchange(ended_, true))
+            return;
+        print();
         const auto& problem = core_.configuration().problem();
         exitCode_ = problem && problem->error.kind == ConfigurationError::Kind::keychainError
                         ? ExitCode::keyring
@@ -80,6 +90,7 @@ private:
     Core& core_;
     const WatchOptions& options_;
     std::string last_;
+    bool ended_ = false;  ///< Of --once: the state that it waits for has come.
     ExitCode exitCode_ = ExitCode::good;
     LineWriter writer_;
     std::shared_ptr<void> observer_;

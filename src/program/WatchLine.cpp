@@ -2,13 +2,25 @@
 
 #include <fmt/format.h>
 
-#include <boost/json/serialize.hpp>
+#include <algorithm>
+#include <array>
 
+#include "program/WatchBarLine.h"
 #include "sources/GlucoseUnits.h"
 
 namespace tidewell {
 
 namespace {
+
+using NamedFormat = std::pair<std::string_view, WatchFormat>;
+constexpr std::array<NamedFormat, 6> formats{{
+    {"text", WatchFormat::text},
+    {"json", WatchFormat::json},
+    {"waybar", WatchFormat::waybar},
+    {"i3blocks", WatchFormat::i3blocks},
+    {"polybar", WatchFormat::polybar},
+    {"tmux", WatchFormat::tmux},
+}};
 
 json::value orNull(const std::optional<Date>& date)
 {
@@ -153,11 +165,16 @@ WatchLine textLine(const StatusBarState& state, const AppSettings& settings, Dat
 
 std::optional<WatchFormat> watchFormat(std::string_view name)
 {
-    if (name == "text")
-        return WatchFormat::text;
-    if (name == "json")
-        return WatchFormat::json;
-    return std::nullopt;
+    const auto found = std::ranges::find(formats, name, &NamedFormat::first);
+    return found == formats.end() ? std::nullopt : std::optional{found->second};
+}
+
+std::vector<std::string> watchFormatNames()
+{
+    std::vector<std::string> names;
+    for (const auto& [name, format] : formats)
+        names.emplace_back(name);
+    return names;
 }
 
 WatchLine watchLine(WatchFormat format, const StatusBarState& state, const AppSettings& settings, Date now,
@@ -166,6 +183,10 @@ WatchLine watchLine(WatchFormat format, const StatusBarState& state, const AppSe
     switch (format) {
     case WatchFormat::text: return textLine(state, settings, now, zone);
     case WatchFormat::json: return jsonLine(state, now);
+    case WatchFormat::waybar:
+    case WatchFormat::i3blocks:
+    case WatchFormat::polybar:
+    case WatchFormat::tmux: return watchBarLine(format, state, settings, now, zone);
     }
     std::unreachable();
 }

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "config/AppConfiguration.h"
 #include "program/ExitCode.h"
@@ -11,9 +12,11 @@
 
 namespace tidewell {
 
-enum class WatchFormat { text, json };
+enum class WatchFormat { text, json, waybar, i3blocks, polybar, tmux };
 
 [[nodiscard]] std::optional<WatchFormat> watchFormat(std::string_view name);
+/// The names of all formats, in the order of the enumeration.
+[[nodiscard]] std::vector<std::string> watchFormatNames();
 
 /// What `watch` prints for a state.
 struct WatchLine {
@@ -22,6 +25,7 @@ struct WatchLine {
 };
 
 /// The line for a state at a moment. As JSON one object with a fixed order of keys; absent values are null.
+/// For a status bar see WatchBarLine.h.
 [[nodiscard]] WatchLine watchLine(WatchFormat format, const StatusBarState& state,
                                   const AppSettings& settings, Date now, TimeZone zone);
 

@@ -49,8 +49,10 @@ ExitCode run(int count, char** values)
     auto* watchCommand =
         app.add_subcommand("watch", "Print one line for each change, without a display; posts no alerts");
     watchCommand->fallthrough();  // --verbose may follow it.
-    watchCommand->add_option("--format", format, "text or json")
-        ->check(CLI::IsMember({"text", "json"}))
+    watchCommand
+        ->add_option("--format", format,
+                     "text, json, or what a status bar reads: waybar, i3blocks, polybar or tmux")
+        ->check(CLI::IsMember(watchFormatNames()))
         ->capture_default_str();
     watchCommand->add_flag("--once", watch.once, "End with the first reading or problem")
         ->disable_flag_override();

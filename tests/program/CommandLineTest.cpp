@@ -681,6 +681,29 @@ TEST_F(CommandLineTest, watchPrintsAtOnceAndEndsWithCodeZeroOnATerminationSignal
     }
 }
 
+TEST_F(CommandLineTest, aBarGetsOneLineForOneAnswerAndNoValueAsTheLastOfManyLines)
+{
+    const auto once = run({"watch", "--format", "polybar", "--once", "--demo=wrong-password"});
+    EXPECT_EQ(once.code, 5) << once.errors;
+    EXPECT_EQ(once.output, "%{F#8A8A8E}-- !%{F-}\n");
+
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    const pid_t child = start({"watch", "--format", "i3blocks", "--demo"}, {}, pipe[1]);
+    ::close(pipe[1]);
+    std::string printed;
+    char byte = 0;
+    while (::read(pipe[0], &byte, 1) == 1) {
+        printed += byte;
+        if (byte == '\n' && std::ranges::count(printed, '\n') == 2)
+            ::kill(child, SIGTERM);
+    }
+    EXPECT_EQ(finish(child).code, 0);
+    EXPECT_TRUE(printed.ends_with("{\"full_text\":\"-- !\",\"short_text\":\"-- !\",\"color\":\"#8A8A8E\"}\n"))
+        << printed;
+    ::close(pipe[0]);
+}
+
 TEST_F(CommandLineTest, watchEndsQuietlyWhenItsReaderHasGone)
 {
     std::array<int, 2> pipe{};
