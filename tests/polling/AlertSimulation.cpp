@@ -80,9 +80,12 @@ public:
 class Month {
 public:
     static constexpr True length{30 * 86'400.0};
+    /// Of a desktop's answer, when it is well.
+    static constexpr std::chrono::milliseconds usualDelay{1};
 
     explicit Month(std::uint64_t seed) : chance_{seed}
     {
+        center_.fake.delay = usualDelay;
         center_.asks = [this] { askedForPermission(); };
         center_.answers = [this](NotificationAuthorizationState state) { permissionIs(state); };
         center_.personAnswers = [this](bool granted) { granted ? permitted() : closePass(); };
@@ -272,7 +275,7 @@ private:
             missingBlockedAt_ = now();
             repaired.state = NotificationAuthorizationState::authorized;
             repaired.failure.reset();
-            repaired.delay = {};
+            repaired.delay = usualDelay;
         });
     }
 
@@ -520,7 +523,7 @@ private:
             pass_->asked = true;
         else
             missingUnderWay_ = true;
-        if (center_.fake.delay > 0ms && chance_.once(0.6))
+        if (center_.fake.delay > usualDelay && chance_.once(0.6))
             interfere();
     }
 

@@ -39,7 +39,8 @@ private:
 
 /// What one account's sensor measures, when the service has it, and what it then answers. Out of a real
 /// trace: readings five minutes apart, or a current value each minute and a graph far behind. Now and then
-/// the phone is away: what it measures meanwhile comes in late, or never. A few values are corrected later.
+/// the phone is away or slow: what is measured meanwhile comes in later, all at once, or never. A few values
+/// are corrected afterwards.
 class SensorService {
 public:
     static constexpr Date zero = dateFromUnix(1'772'409'600);  ///< True time 0: 2026-03-02.
@@ -51,7 +52,14 @@ public:
         for (True away = from + True{chance.spread(3600, 200'000)}; away < to;
              away += True{chance.spread(3600, 200'000)}) {
             const True back = away + True{chance.spread(60, 15'000)};
-            takeAway(away, back, chance.once(0.4));
+            switch (chance.pick(3)) {
+            case 0: delay(away, back, [](const Sample&) { return True{1e12}; }); break;
+            case 1: delay(away, back, [back](const Sample&) { return back; }); break;
+            default:
+                delay(away, back, [lag = True{chance.spread(60, 1500)}](const Sample& sample) {
+                    return sample.visible + lag;
+                });
+            }
             away = back;
         }
     }
@@ -144,11 +152,12 @@ private:
         }
     }
 
-    void takeAway(True away, True back, bool lost)
+    template <class Visible>
+    void delay(True from, True to, Visible visible)
     {
         for (Sample& sample : samples_)
-            if (sample.measured >= away && sample.measured < back)
-                sample.visible = lost ? True{1e12} : back;
+            if (sample.measured >= from && sample.measured < to)
+                sample.visible = visible(sample);
     }
 
     GlucoseProvider provider_;
