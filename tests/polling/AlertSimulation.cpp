@@ -256,8 +256,21 @@ private:
             model_.forgetTold();
             ++extraPolls_;
         }
-        // The longest of the waits that may just have begun.
-        disturb(was == Trouble::sessionLost ? 3240 : was == Trouble::networkOff ? 60 : 1080);
+        disturb(waitAfter(was, now() - troubledSince_));
+    }
+
+    /// Seconds of the longest wait that may have begun just before a trouble ended that lasted so long.
+    static double waitAfter(Trouble trouble, True lasted)
+    {
+        switch (trouble) {
+        case Trouble::networkOff: return 60;
+        case Trouble::sessionLost: return 3240;
+        case Trouble::unreachable:
+        case Trouble::hangs:
+        case Trouble::serverTrouble:
+        case Trouble::broken: return std::min(120 + 4 * lasted.count(), 1080.0);  // Each twice the last one.
+        default: return 1080;
+        }
     }
 
     void spoilDesktop()
