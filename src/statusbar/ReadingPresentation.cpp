@@ -18,16 +18,6 @@ GlucoseUnits displayUnit(const std::optional<AppSettings>& settings)
     return glucoseUnits(settings->measurementUnit).value_or(GlucoseUnits::mgdL);
 }
 
-std::string_view rangePhrase(GlucoseRange range)
-{
-    switch (range) {
-    case GlucoseRange::low: return "at or below the low threshold";
-    case GlucoseRange::inRange: return "in range";
-    case GlucoseRange::high: return "at or above the high threshold";
-    }
-    std::unreachable();
-}
-
 std::string counted(std::int64_t count, std::string_view unit)
 {
     return fmt::format("{} {}{}", count, unit, count == 1 ? "" : "s");
@@ -65,6 +55,16 @@ GlucoseRange glucoseRange(double mgdL, const std::optional<AppSettings>& setting
     if (mgdL <= limits.lowGlucoseThreshold)
         return GlucoseRange::low;
     return mgdL >= limits.highGlucoseThreshold ? GlucoseRange::high : GlucoseRange::inRange;
+}
+
+std::string_view rangePhrase(GlucoseRange range)
+{
+    switch (range) {
+    case GlucoseRange::low: return "at or below the low threshold";
+    case GlucoseRange::inRange: return "in range";
+    case GlucoseRange::high: return "at or above the high threshold";
+    }
+    std::unreachable();
 }
 
 TitleColor titleColor(const GlucoseReading& reading, const std::optional<AppSettings>& settings)

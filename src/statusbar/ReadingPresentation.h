@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "config/AppConfiguration.h"
 #include "sources/GlucoseReading.h"
@@ -40,6 +41,8 @@ inline constexpr Seconds expiredAge{3600};
 
 /// By the thresholds of the settings; 72 and 270 mg/dL without settings.
 [[nodiscard]] GlucoseRange glucoseRange(double mgdL, const std::optional<AppSettings>& settings);
+/// "at or below the low threshold", "in range" or "at or above the high threshold".
+[[nodiscard]] std::string_view rangePhrase(GlucoseRange range);
 
 /// "15 minutes", "1 hour", "2 hours and 5 minutes", "3 days": whole units, rounded down, at least a minute.
 [[nodiscard]] std::string elapsedPhrase(Seconds age);
