@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <chrono>
 #include <expected>
 #include <memory>
 #include <string>
@@ -17,6 +18,9 @@
 #include "support/Log.h"
 
 namespace tidewell {
+
+/// Between two requests for data: a service is asked once a second at most.
+inline constexpr std::chrono::milliseconds readSpacing{1000};
 
 /// What the innards of every service client hold. Lives on the client's executor.
 struct ClientCore {

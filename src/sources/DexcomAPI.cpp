@@ -35,9 +35,6 @@ constexpr Step loginStep{"General/LoginPublisherAccountById", "LoginPublisherAcc
 constexpr Step readStep{"Publisher/ReadPublisherLatestGlucoseValues", "ReadPublisherLatestGlucoseValues",
                         "History", false};
 
-/// Before a read is repeated: the service is asked for data once a second at most.
-constexpr std::chrono::milliseconds readSpacing{1000};
-
 bool isServerTrouble(int status) { return status == 429 || (status >= 500 && status <= 599); }
 
 DexcomError transportError(const Step& step, const HttpError& error)

@@ -202,14 +202,34 @@ struct LibreLinkUpAPI::Impl : ClientCore {
                         .path = fmt::format("llu/connections/{}/graph", pathSegment(patientID)),
                         .shownPath = fmt::format("llu/connections/{}/graph", redacted)};
         const auto data = co_await read(std::move(message));
-        if (!data)
-            co_return std::unexpected{data.error()};
-        auto graph = libreReadings(*data, patientID, clock.now());
+        Outcome<LibreGraph> graph = std::unexpected{LibreLinkUpError{Kind::invalidResponse}};
+        if (!data) {
+            graph = std::unexpected{data.error()};
+        } else {
+            graph = libreReadings(*data, patientID, clock.now());
+            if (!graph)
+                (void)failed(Call::graph, graph.error());
+        }
+        if (!graph && graph.error().kind == Kind::connectionUnavailable)
+            co_return std::unexpected{co_await whyUnavailable()};
         if (!graph)
-            co_return std::unexpected{failed(Call::graph, graph.error())};
+            co_return std::unexpected{graph.error()};
         if (graph->impossible > 0)
             warn(fmt::format("Graph skipped {} impossible readings", graph->impossible));
         co_return std::move(graph->readings);
+    }
+
+    /// After an answer without the selected person. Polling ends when they are gone, so one odd answer is not
+    /// enough: the list has the last word.
+    asio::awaitable<LibreLinkUpError> whyUnavailable()
+    {
+        co_await clock.sleepFor(readSpacing);
+        const auto connections = co_await people();
+        if (!connections)
+            co_return connections.error();
+        const bool stillShares = std::ranges::find(connections->people, patientID,
+                                                   &LibreConnection::patientId) != connections->people.end();
+        co_return LibreLinkUpError{stillShares ? Kind::invalidResponse : Kind::connectionUnavailable};
     }
 
     asio::awaitable<Outcome<LibreConnections>> people()

@@ -267,10 +267,23 @@ TEST_F(LibreLinkUpAPITest, nobodyIsShownWhoWasNotSelected)
     }
     account_.patientID = "p1";
     const auto api = client();
-    answerAll({libreLogin(), std::string{listBody}, libreGraph()});
+    answerAll({libreLogin(), std::string{listBody}});
     EXPECT_EQ(list(*api), (LibreConnections{{{"p1", "Ada", ""}, {"p2", "Grace", "Muster"}}, "us"}));
-    expectFailure(fetch(*api), {Kind::connectionUnavailable});
-    EXPECT_EQ(takeCalls(), "scg");
+    EXPECT_EQ(takeCalls(), "sc");
+    // Answers about somebody else, nobody, and one that cannot be loaded: the list has the last word.
+    for (const std::string& odd :
+         {libreGraph(), std::string{R"({"status":0,"data":{}})"},
+          std::string{R"({"status":4,"error":{"message":"couldNotLoadPatient"}})"}}) {
+        SCOPED_TRACE(odd);
+        answerAll({odd, R"({"status":0,"data":[{"patientId":"p2"}]})"});
+        expectFailure(fetch(*api), {Kind::connectionUnavailable});
+        answerAll({odd, std::string{listBody}});
+        expectFailure(fetch(*api), {Kind::invalidResponse});
+        http_.answer(200, odd);
+        http_.answer(502, "");
+        expectFailure(fetch(*api), {.kind = Kind::serverError, .httpStatus = 502});
+        EXPECT_EQ(takeCalls(), "gcgcgc");
+    }
 }
 
 TEST_F(LibreLinkUpAPITest, aPatientIdCannotLeaveItsPlaceInThePath)
@@ -284,7 +297,7 @@ TEST_F(LibreLinkUpAPITest, aPatientIdCannotLeaveItsPlaceInThePath)
     };
     for (const auto& [id, segment] : cases) {
         account_.patientID = id;
-        answerAll({libreLogin(), R"({"status":4})"});
+        answerAll({libreLogin(), "{}"});
         EXPECT_FALSE(fetch(*client()));
         EXPECT_EQ(http_.requests().back().url, fmt::format("{}connections/{}/graph", usBase, segment));
     }
@@ -455,11 +468,13 @@ TEST_F(LibreLinkUpAPITest, nothingSecretIsLogged)
         std::vector errors{signInAgain(*api).error()};
         answerAll({libreRedirect(marker)});
         errors.push_back(signInAgain(*api).error());
-        answerAll({libreLogin(token), people, graph});
+        answerAll({libreLogin(token), people, graph, people});
         EXPECT_TRUE(list(*api));
         errors.push_back(fetch(*api).error());
         http_.answer(round % 3 == 0 ? 403 : 200, leaky);
+        http_.answer(200, people);
         errors.push_back(fetch(*api).error());
+        http_.forgetAnswers();
 
         const auto sent = parseJson(http_.requests()[0].body.reveal());
         ASSERT_TRUE(sent) << "a password with any characters is a JSON text";
