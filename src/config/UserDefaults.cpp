@@ -58,14 +58,16 @@ std::error_code UserDefaults::load()
     if (file_.empty())
         return {};
     auto values = readValues(file_);
+    if (!values)
+        return values.error();  // What is held stays: a file that cannot be read just now forgets nothing.
     json::object loaded;
-    if (values && *values)
+    if (*values)
         loaded = std::move(**values);
     const std::scoped_lock lock{mutex_};
     for (const std::string& key : changed_)
         takeOver(loaded, values_, key);
     values_ = std::move(loaded);
-    return values ? std::error_code{} : values.error();
+    return {};
 }
 
 std::error_code UserDefaults::save()

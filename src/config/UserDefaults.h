@@ -31,7 +31,7 @@ public:
     /// Kept in `file`. A file that does not decode is moved aside as "<file>.unreadable" at the first save.
     explicit UserDefaults(std::filesystem::path file);
 
-    /// Blocks; at start-up. An error when there is a file that cannot be read; then nothing is set.
+    /// Blocks. An error when there is a file that cannot be read; then what is held stays as it is.
     /// bad_message when its content does not decode. What was set and is not saved yet stays.
     [[nodiscard]] std::error_code load();
     /// Writes the values when they changed since the last save. Blocks; one thread at a time. After an error

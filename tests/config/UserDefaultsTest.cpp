@@ -88,6 +88,10 @@ TEST_F(UserDefaultsTest, aDamagedFileIsKeptUnderAnotherName)
         UserDefaults again{file};
         EXPECT_FALSE(again.load());
         EXPECT_TRUE(again.boolean("flag"));
+        writeBytes(file, bytes);
+        EXPECT_TRUE(again.load());
+        EXPECT_TRUE(again.boolean("flag")) << "a file that became unreadable makes nobody forget";
+        std::filesystem::remove(file);
     }
 }
 
