@@ -13,8 +13,9 @@ const Log appLog{"AppDelegate"};
 constexpr std::array<std::chrono::milliseconds, 4> passwordRetryWaits{10s, 30s, 60s, 300s};
 
 /// Nobody announces that the sound was switched off or that the machine may suspend again; looking costs a
-/// few calls.
-constexpr std::chrono::milliseconds alertPathInterval = 1h;
+/// few calls. A problem that has been cured must not stay on the screen for long.
+constexpr std::chrono::milliseconds alertPathInterval = 15min;
+constexpr std::chrono::milliseconds alertProblemInterval = 10min;
 
 /// What keeps alerts from being noticed, apart from what the menu shows anyway: the account, its data and a
 /// snooze count as good here.
@@ -199,13 +200,14 @@ void AppDelegate::alertPathDidChange()
 asio::awaitable<void> AppDelegate::watchAlertPath()
 {
     for (;;) {
+        std::optional<std::string> problem;
         // Before the first load the preferences are not known yet.
         if (services_.configurationManager.loaded()) {
             const AlertPath path = co_await services_.lookAtAlertPath();
-            services_.statusBarViewModel.setAlertProblem(
-                alertProblem(path, services_.configurationManager.settings(), services_.clock.now()));
+            problem = alertProblem(path, services_.configurationManager.settings(), services_.clock.now());
+            services_.statusBarViewModel.setAlertProblem(problem);
         }
-        co_await services_.clock.sleepFor(alertPathInterval);
+        co_await services_.clock.sleepFor(problem ? alertProblemInterval : alertPathInterval);
     }
 }
 

@@ -98,7 +98,8 @@ public:
 private:
     asio::awaitable<void> launch();
     asio::awaitable<void> retryPassword();
-    /// Keeps the view model's alert problem true: looks now, and every hour.
+    /// Keeps the view model's alert problem true: looks now, then every quarter of an hour, and sooner while
+    /// there is a problem.
     asio::awaitable<void> watchAlertPath();
     void observeWorkspace();
     void configurationDidUpdate();

@@ -353,7 +353,8 @@ TEST_F(AppDelegateTest, aPasswordThatComesLateIsFoundWithoutARestart)
     EXPECT_FALSE(viewModel.state().currentError);
 }
 
-TEST_F(AppDelegateTest, whatKeepsAlertsFromBeingNoticedIsLookedForWhenItMayHaveChangedAndHourly)
+TEST_F(AppDelegateTest,
+       whatKeepsAlertsFromBeingNoticedIsLookedForWhenItMayHaveChangedAndEveryTenOrFifteenMinutes)
 {
     const auto problem = [this] { return viewModel.state().alertProblem.value_or(""); };
     storeAccount();
@@ -364,7 +365,7 @@ TEST_F(AppDelegateTest, whatKeepsAlertsFromBeingNoticedIsLookedForWhenItMayHaveC
         << problem();
 
     alertPath.serverAnswers = true;
-    clock.advance(59min);
+    clock.advance(9min);
     EXPECT_EQ(looks, 1) << "once, and nothing keeps waking up";
     delegate->alertPathDidChange();
     settle();
@@ -379,10 +380,20 @@ TEST_F(AppDelegateTest, whatKeepsAlertsFromBeingNoticedIsLookedForWhenItMayHaveC
     settle();
     EXPECT_EQ(problem(), "");
 
+    const int looksBefore = looks;
     alertPath.muted = true;
-    clock.advance(1h);
+    clock.advance(14min);
+    EXPECT_EQ(looks, looksBefore) << "all was well";
+    clock.advance(1min);
     EXPECT_TRUE(problem().starts_with("The sound is muted")) << problem();
     alertPath.muted = false;
+    clock.advance(10min);
+    EXPECT_EQ(problem(), "") << "cured, and still shown";
+
+    alertPath.inhibited = true;
+    clock.advance(15min);
+    EXPECT_TRUE(problem().starts_with("“Do not disturb” is on")) << problem();
+    alertPath.inhibited = false;
     workspace.send(WorkspaceEvent::didWake);
     settle();
     EXPECT_EQ(problem(), "");
