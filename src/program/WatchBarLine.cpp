@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdlib>
+#include <utility>
 
 #include "sources/GlucoseReading.h"
 #include "statusbar/StatusItemContent.h"

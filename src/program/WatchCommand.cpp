@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <csignal>
+#include <utility>
 
 #include "platform/linux/UnixSignals.h"
 #include "program/Commands.h"
