@@ -148,7 +148,8 @@ asio::awaitable<void> PollingAlerts::pass(Self self, Uuid run, GlucoseReading re
     }
 }
 
-/// False when snooze or preferences changed while the desktop kept us waiting: then the pass begins anew.
+/// False when something else has to be posted by the time that the desktop has kept us waiting, or snooze or
+/// preferences have changed: then the pass begins anew. A newer reading has a pass of its own.
 asio::awaitable<bool> PollingAlerts::passEnded(Self self, Uuid run, GlucoseReading reading)
 {
     const GlucoseAlertSettings settings = co_await settingsInForce(self);
@@ -166,7 +167,7 @@ asio::awaitable<bool> PollingAlerts::passEnded(Self self, Uuid run, GlucoseReadi
     if (self->revision_ != revision)
         co_return false;
     if (!self->isStillDue(*kind, reading, settings))
-        co_return true;
+        co_return self->newest_ != reading;
     const Posted posted =
         co_await self->post(GlucoseAlertEvaluator::content(*kind, reading, settings), alertTone(*kind), true);
     if (!self->isCurrent(run))

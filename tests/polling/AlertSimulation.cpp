@@ -536,7 +536,7 @@ private:
             pass_->asked = true;
         else
             missingUnderWay_ = true;
-        if (center_.fake.delay > usualDelay && chance_.once(0.6))
+        if (center_.fake.delay > usualDelay && chance_.once(0.8))
             interfere();
     }
 
@@ -580,17 +580,17 @@ private:
     {
         if (!passAsks_ || !pass_)
             return;
-        if (pass_->disturbed) {
-            ++counts_["overtaken"];
-            startPass();
-            if (!pass_)
-                closePass();
-        } else if (model_.newest() == pass_->reading && model_.due(wall()) == pass_->due) {
+        if (!pass_->disturbed && model_.newest() == pass_->reading && model_.due(wall()) == pass_->due) {
             pass_->permitted = true;
-        } else {
-            ++counts_["overtaken"];
-            closePass();
+            return;
         }
+        ++counts_["overtaken"];
+        if (pass_->disturbed || model_.newest() == pass_->reading)
+            startPass();
+        else
+            pass_.reset();
+        if (!pass_)
+            closePass();
     }
 
     void posting(const UserNotification& notification)
@@ -796,18 +796,14 @@ TEST(AlertSimulation, missesNoneDoublesNoneAndTellsEachGapOnceWhateverHappens)
         for (const auto& [name, count] : month.counts())
             counts[name] += count;
     }
-    // Enough of each has happened for that to say something.
-    const std::pair<std::string, std::uint64_t> least[]{{"passes", 10'000},
-                                                        {"Low glucose alert", 80},
-                                                        {"High glucose alert", 20},
-                                                        {"Rapid glucose drop", 50},
-                                                        {"Rapid glucose rise", 10},
-                                                        {"No glucose data", 25},
-                                                        {"failed posts", 10},
-                                                        {"not let", 10},
-                                                        {"overtaken", 1}};
+    // Enough of each has happened for that to say something; in each month, on average.
+    const std::pair<std::string, double> least[]{{"passes", 10'000},         {"Low glucose alert", 80},
+                                                 {"High glucose alert", 20}, {"Rapid glucose drop", 50},
+                                                 {"Rapid glucose rise", 10}, {"No glucose data", 25},
+                                                 {"failed posts", 10},       {"not let", 10},
+                                                 {"overtaken", 0.3}};
     for (const auto& [name, count] : least)
-        EXPECT_GE(counts[name], static_cast<std::int64_t>(count * lives)) << name;
+        EXPECT_GE(static_cast<double>(counts[name]), count * static_cast<double>(lives)) << name;
     for (const auto& [name, count] : counts)
         RecordProperty(name, fmt::format("{}", count));
 }
