@@ -11,7 +11,7 @@ find_package(PkgConfig REQUIRED)
 # Optional: without it, or without a journal at run time, log lines go to standard error alone.
 pkg_check_modules(SYSTEMD IMPORTED_TARGET libsystemd)
 if(TIDEWELL_DESKTOP)
-    find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets DBus)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets DBus Svg)
     pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
     pkg_check_modules(LIBSECRET REQUIRED IMPORTED_TARGET libsecret-1)
     # Only their headers: the program loads these two when it first needs them.
