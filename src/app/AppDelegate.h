@@ -88,7 +88,8 @@ public:
     /// since the first-run steps were begun here, and tries again when it has signed in to the same one. A
     /// snooze that was changed elsewhere counts here too.
     void storedStateDidReload();
-    /// A notification server came or went: looks anew at whether alerts would be noticed.
+    /// A notification server came or went, or the last alert was or was not noticed: looks anew at whether
+    /// alerts would be.
     void alertPathDidChange();
     /// The last call before the end of the process: no result reaches the status item any more.
     void applicationWillTerminate();

@@ -58,7 +58,11 @@ void addNotifications(Findings& findings, const AlertPath& path)
                 "session.");
         return;
     }
-    good(findings, "notifications", serverName(path) + " answers and shows notifications.");
+    if (path.lastAlertNotShown)
+        problem(findings, "notifications", serverName(path) + " did not show the last alert.",
+                "Restart it, or log out of the desktop and in again; then try: tidewell test-alert");
+    else
+        good(findings, "notifications", serverName(path) + " answers and shows notifications.");
     if (path.inhibited.value_or(false))
         problem(findings, "doNotDisturb", "“Do not disturb” is on: alerts may be neither shown nor heard.",
                 "Switch it off in the desktop's notification settings.");
@@ -95,6 +99,10 @@ void addSound(Findings& findings, const AlertPath& path)
     else if (!path.soundTheme)
         problem(findings, "sounds", "The desktop's alert sounds are not installed: alerts are silent.",
                 "Install the package sound-theme-freedesktop.");
+    else if (path.lastAlertNotHeard)
+        problem(findings, "sounds", "The sound of the last alert could not be played.",
+                "See that PipeWire or PulseAudio runs and that libcanberra is installed; then try: tidewell "
+                "test-alert");
     else
         good(findings, "sounds", "The alert sounds are installed.");
 }

@@ -19,8 +19,11 @@ struct AlertPath {
     bool serverPlaysSound = false;
     std::optional<bool> soundOutput{};  ///< There is an output, and its server answers.
     std::optional<bool> muted{};
-    std::optional<double> volume{};          ///< 0 ... 1 of the usual maximum.
-    bool soundTheme = true;                  ///< The sounds that we would play are installed.
+    std::optional<double> volume{};  ///< 0 ... 1 of the usual maximum.
+    bool soundTheme = true;          ///< The sounds that we would play are installed.
+    /// As the running program saw it; another process cannot know.
+    bool lastAlertNotShown = false;          ///< The server refused the last alert or did not confirm it.
+    bool lastAlertNotHeard = false;          ///< The sound that we played for the last alert failed.
     std::optional<Seconds> suspendsAfter{};  ///< The machine suspends itself when nobody uses it for so long.
     bool operator==(const AlertPath&) const = default;
 };

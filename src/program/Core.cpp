@@ -128,10 +128,14 @@ void Core::makeAlerts(bool postsAlerts)
                 break;
             }
         });
-        desktopNotifications_->onAuthorizationChange([this](NotificationAuthorizationState) {
+        const auto lookAgain = [this] {
             if (delegate_)
                 delegate_->alertPathDidChange();
-        });
+        };
+        desktopNotifications_->onAuthorizationChange(
+            [lookAgain](NotificationAuthorizationState) { lookAgain(); });
+        desktopNotifications_->onLastAlertChange(lookAgain);
+        alertSound_->onProblemChange(lookAgain);
         // Early in a session the desktop's own server may be yet to come; nobody should start another.
         alertProbe_ = std::make_unique<AlertProbe>(main(), clock_, AlertProbeOptions{.startsServer = false});
     } else {
@@ -141,6 +145,14 @@ void Core::makeAlerts(bool postsAlerts)
                                          ? static_cast<UserNotificationCenter&>(*desktopNotifications_)
                                          : *noNotifications_;
     alertDelivery_ = std::make_unique<UserNotificationGlucoseAlertDelivery>(engine(), center, random_);
+}
+
+asio::awaitable<AlertPath> Core::lookAtAlertPath()
+{
+    AlertPath path = co_await alertProbe_->look();
+    path.lastAlertNotShown = desktopNotifications_->lastAlertNotShown();
+    path.lastAlertNotHeard = !alertSound_->problem().empty();
+    co_return path;
 }
 
 Core::~Core()
@@ -172,7 +184,7 @@ void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating
         .onboardingCoordinator = onboarding,
     };
     if (alertProbe_)
-        services.lookAtAlertPath = [this] { return alertProbe_->look(); };
+        services.lookAtAlertPath = [this] { return lookAtAlertPath(); };
     delegate_ = std::make_unique<AppDelegate>(std::move(services));
     if (environment_.demo) {
         preparation_ = startTask(main(), prepareDemo());

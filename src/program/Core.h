@@ -73,6 +73,8 @@ private:
     Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock,
          bool postsAlerts);
     void makeAlerts(bool postsAlerts);
+    /// What the probe finds, and what became of the last alert.
+    asio::awaitable<AlertPath> lookAtAlertPath();
     void watchStoredState();
     void saveDefaultsLater();
     /// Lets the engine do what waits for it; false when it is too busy.

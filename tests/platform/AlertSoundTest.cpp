@@ -78,6 +78,8 @@ TEST_F(SoundEnvironmentTest, aSoundThatCannotBePlayedSaysWhyAndHoldsNobodyUp)
     const TemporaryFolder empty;
     QtMainLoop main;
     AlertSound sound{main.executor(), TIDEWELL_PROGRAM};
+    int changes = 0;
+    sound.onProblemChange([&] { ++changes; });
     const auto play = [&] {
         sound.play(urgent);
         const auto wait = [&]() -> asio::awaitable<bool> {
@@ -95,6 +97,8 @@ TEST_F(SoundEnvironmentTest, aSoundThatCannotBePlayedSaysWhyAndHoldsNobodyUp)
     std::filesystem::create_directories(empty / "sounds/freedesktop/stereo");
     std::ofstream{empty / "sounds/freedesktop/stereo/bell.wav"} << "not a sound";
     EXPECT_EQ(play(), "The sound of an alert could not be played.");
+    EXPECT_EQ(play(), "The sound of an alert could not be played.");
+    EXPECT_EQ(changes, 2);
     AlertSound unheard{main.executor(), "/nonexistent/helper"};
     unheard.play(standard);
     EXPECT_TRUE(runUntil([&] { return !unheard.problem().empty(); }));

@@ -40,6 +40,7 @@ protected:
         center = std::make_unique<NotificationCenter>(main.executor(), clock, sound, bus.address());
         center->onAction([this](NotificationAction action) { actions.push_back(action); });
         center->onAuthorizationChange([this](State state) { told.push_back(state); });
+        center->onLastAlertChange([this] { notShown.push_back(center->lastAlertNotShown()); });
         return *center;
     }
     /// Of a centre that knows where it stands.
@@ -85,6 +86,7 @@ protected:
     FakeSound sound{};
     std::vector<NotificationAction> actions{};
     std::vector<State> told{};
+    std::vector<bool> notShown{};
     std::unique_ptr<NotificationCenter> center{};
 };
 
@@ -164,6 +166,8 @@ TEST_F(NotificationCenterTest, aServerThatAnswersBadlyIsAnErrorWithoutSoundAndGo
         EXPECT_TRUE(post(low).has_value());
         sound.played.clear();
     }
+    EXPECT_TRUE(runUntil([&] { return notShown.size() == 4; }));
+    EXPECT_EQ(notShown, (std::vector{true, false, true, false}));
     server.moodForNotify = Mood::answers;
     server.nextID = 0;
     EXPECT_FALSE(post(low).has_value()) << "no notification has the number 0";
@@ -197,6 +201,7 @@ TEST_F(NotificationCenterTest, aServerThatHangsHoldsNobodyUpAndIsFoundAgainByIts
     EXPECT_FALSE(posting.result().has_value());
     expectTold({State::denied});
     EXPECT_TRUE(server.posted.empty());
+    EXPECT_FALSE(center->lastAlertNotShown()) << "it never came to that";
     // Nobody asks, and still it is noticed that the server works again.
     server.recover();
     ASSERT_TRUE(runUntil([&] { return clock.sleepers() == 1; }));
@@ -214,6 +219,7 @@ TEST_F(NotificationCenterTest, whatAServerShowsTooLateIsTakenBack)
     const Posting late{main.executor(), center->add(low)};
     passDeadline(late);
     EXPECT_FALSE(late.result().has_value());
+    EXPECT_TRUE(center->lastAlertNotShown());
     EXPECT_TRUE(sound.played.empty());
 
     EXPECT_TRUE(runUntil([&] { return clock.sleepers() == 1; }));

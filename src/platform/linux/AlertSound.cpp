@@ -88,6 +88,7 @@ struct AlertSound::Impl : std::enable_shared_from_this<Impl> {
     const asio::any_io_executor main;
     const QString helper;
     std::string problem{};
+    std::function<void()> problemHandler{};
     int playing = 0;
     std::list<std::shared_ptr<Wake>> waiters{};
 
@@ -115,9 +116,13 @@ struct AlertSound::Impl : std::enable_shared_from_this<Impl> {
 
     void say(std::string text)
     {
-        if (!text.empty() && text != problem)
+        if (text == problem)
+            return;
+        if (!text.empty())
             log.warning(text);
         problem = std::move(text);
+        if (problemHandler)
+            problemHandler();
     }
 
     static asio::awaitable<void> finished(std::shared_ptr<Impl> self)
@@ -139,7 +144,7 @@ AlertSound::AlertSound(asio::any_io_executor main, const QString& helper)
 {
 }
 
-AlertSound::~AlertSound() = default;
+AlertSound::~AlertSound() { impl_->problemHandler = {}; }
 
 void AlertSound::play(NotificationTone tone)
 {
@@ -150,6 +155,11 @@ void AlertSound::play(NotificationTone tone)
 }
 
 const std::string& AlertSound::problem() const { return impl_->problem; }
+
+void AlertSound::onProblemChange(std::function<void()> handler)
+{
+    impl_->problemHandler = std::move(handler);
+}
 
 asio::awaitable<void> AlertSound::finished() { return Impl::finished(impl_); }
 

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -44,6 +45,8 @@ public:
 
     /// Why the last sound was not heard, as one sentence; empty when it was played, or none was yet.
     [[nodiscard]] const std::string& problem() const;
+    /// Told when problem() has changed.
+    void onProblemChange(std::function<void()> handler);
 
     /// Resumes when every sound that was begun has ended, at most 15 s later. For programs that end after an
     /// alert. Awaited on the main executor.

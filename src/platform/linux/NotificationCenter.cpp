@@ -143,7 +143,9 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
     bool closed = false;
     std::function<void(NotificationAction)> actionHandler{};
     std::function<void(NotificationAuthorizationState)> authorizationHandler{};
+    std::function<void()> lastAlertHandler{};
     std::optional<NotificationAuthorizationState> authorization{};
+    bool lastAlertNotShown = false;
 
     std::unique_ptr<BusCaller> bus{};
     std::unique_ptr<NotificationSignals> busSignals{};  ///< Goes before the bus.
@@ -367,6 +369,8 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
         if (result && *result)
             co_return *result;
         if (!result) {
+            if (self->capabilities)
+                self->setLastAlertNotShown(true);
             // What it announced is no longer worth anything.
             self->capabilities.reset();
             self->setAuthorization(NotificationAuthorizationState::denied);
@@ -390,6 +394,7 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
                                               });
             if (const unsigned number = numberIn(answer)) {
                 self->remember(number);
+                self->setLastAlertNotShown(false);
                 if (!server.sound)
                     self->sound.play(notification.tone);
                 co_return PostResult{};
@@ -399,10 +404,21 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
             if (!reachedNobody(answer))
                 break;
         }
+        self->setLastAlertNotShown(true);
         co_return std::unexpected(
             NotificationError{answer.type() == QDBusMessage::ErrorMessage
                                   ? "The notification server refused: " + answer.errorName().toStdString()
                                   : "The notification server's answer could not be understood"});
+    }
+
+    void setLastAlertNotShown(bool notShown)
+    {
+        if (std::exchange(lastAlertNotShown, notShown) == notShown)
+            return;
+        asio::post(main, [weak = weak_from_this()] {
+            if (const auto self = weak.lock(); self && !self->closed && self->lastAlertHandler)
+                self->lastAlertHandler();
+        });
     }
 
     void remember(unsigned number)
@@ -458,6 +474,13 @@ void NotificationCenter::onAuthorizationChange(std::function<void(NotificationAu
 {
     impl_->authorizationHandler = std::move(handler);
 }
+
+void NotificationCenter::onLastAlertChange(std::function<void()> handler)
+{
+    impl_->lastAlertHandler = std::move(handler);
+}
+
+bool NotificationCenter::lastAlertNotShown() const { return impl_->lastAlertNotShown; }
 
 asio::awaitable<NotificationAuthorizationState> NotificationCenter::authorizationStatus()
 {

@@ -33,6 +33,10 @@ public:
     void onAction(std::function<void(NotificationAction)> handler);
     /// Told once when the state is first known, then when it changes.
     void onAuthorizationChange(std::function<void(NotificationAuthorizationState)> handler);
+    /// Told when lastAlertNotShown() has changed.
+    void onLastAlertChange(std::function<void()> handler);
+    /// A server was there for the last notification and refused it or did not confirm it.
+    [[nodiscard]] bool lastAlertNotShown() const;
 
     [[nodiscard]] asio::awaitable<NotificationAuthorizationState> authorizationStatus() override;
     [[nodiscard]] asio::awaitable<std::expected<bool, NotificationError>> requestAuthorization() override;
