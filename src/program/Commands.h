@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -23,6 +25,27 @@ struct WatchOptions {
     std::string demoScenario = "steady";
 };
 [[nodiscard]] ExitCode runWatch(const WatchOptions& options);
+
+/// Where `graph` puts its picture, and as what.
+struct GraphOutput {
+    enum class Format { png, svg };
+    std::filesystem::path file{};
+    Format format = Format::png;
+};
+/// By the end of the name, in any letter case; else empty.
+[[nodiscard]] std::optional<GraphOutput> graphOutput(const std::string& path);
+
+/// The readings of the last hours: in a file as a picture, else on standard output as text.
+struct GraphOptions {
+    std::optional<std::int64_t> hours{};  ///< Else by the preferences.
+    std::optional<GraphOutput> output{};
+    bool dark = false;      ///< Of a picture, as the next two.
+    double pixelRatio = 2;  ///< Pixels to a point.
+    double textScale = 1;   ///< How much larger than usual the letters are.
+    bool demo = false;
+    std::string demoScenario = "steady";
+};
+[[nodiscard]] ExitCode runGraph(const GraphOptions& options);
 
 struct AccountSetOptions {
     std::optional<std::string> provider;

@@ -110,20 +110,6 @@ WatchLine jsonLine(const StatusBarState& state, Date now)
     return line;
 }
 
-/// "Title: message remediation"; parts that are empty leave no trace.
-std::string sentence(const ErrorInfo& error)
-{
-    std::string text = error.title;
-    if (!error.message.empty())
-        text += (text.empty() || text.ends_with('.') ? " " : ": ") + error.message;
-    if (!error.remediation.empty()) {
-        if (!text.empty() && !text.ends_with('.'))
-            text += '.';
-        text += " " + error.remediation;
-    }
-    return text;
-}
-
 WatchLine textLine(const StatusBarState& state, const AppSettings& settings, Date now, TimeZone zone)
 {
     std::string text;
@@ -151,9 +137,9 @@ WatchLine textLine(const StatusBarState& state, const AppSettings& settings, Dat
         }
     }
     if (state.currentError)
-        append(sentence(*state.currentError));
+        append(problemSentence(*state.currentError));
     if (state.freshnessWarning)
-        append(sentence(*state.freshnessWarning));
+        append(problemSentence(*state.freshnessWarning));
     if (state.hasWarning && state.nextRetryAt)
         append("Next retry at " + localTimeOfDay(*state.nextRetryAt, zone));
     if (text.empty())
@@ -189,6 +175,19 @@ WatchLine watchLine(WatchFormat format, const StatusBarState& state, const AppSe
     case WatchFormat::tmux: return watchBarLine(format, state, settings, now, zone);
     }
     std::unreachable();
+}
+
+std::string problemSentence(const ErrorInfo& error)
+{
+    std::string text = error.title;
+    if (!error.message.empty())
+        text += (text.empty() || text.ends_with('.') ? " " : ": ") + error.message;
+    if (!error.remediation.empty()) {
+        if (!text.empty() && !text.ends_with('.'))
+            text += '.';
+        text += " " + error.remediation;
+    }
+    return text;
 }
 
 bool watchIsSettled(const StatusBarState& state)

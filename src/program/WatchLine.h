@@ -29,6 +29,9 @@ struct WatchLine {
 [[nodiscard]] WatchLine watchLine(WatchFormat format, const StatusBarState& state,
                                   const AppSettings& settings, Date now, TimeZone zone);
 
+/// "Title: message remediation" on one line; parts that are empty leave no trace.
+[[nodiscard]] std::string problemSentence(const ErrorInfo& error);
+
 /// Whether `watch --once` has what it waits for: a reading, or a problem.
 [[nodiscard]] bool watchIsSettled(const StatusBarState& state);
 /// How `watch --once` ends with that state.

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
+#include "config/AppSettingsKeys.h"
 #include "platform/linux/DesktopHelper.h"
 #include "program/Commands.h"
 #include "program/Process.h"
@@ -58,6 +59,27 @@ ExitCode run(int count, char** values)
         ->disable_flag_override();
     addDemo(*watchCommand, watch.demo, watch.demoScenario);
 
+    GraphOptions graph;
+    std::optional<std::string> graphFile;
+    std::string graphTheme = "light";
+    auto* graphCommand = app.add_subcommand(
+        "graph", "Draw the readings of the last hours: on the terminal, or as a picture in a file");
+    graphCommand->fallthrough();
+    graphCommand->add_option("--hours", graph.hours, "1, 3, 6, 12 or 24; else as the preferences say")
+        ->check(CLI::IsMember(
+            std::vector<std::int64_t>(graphTimeWindowHourOptions.begin(), graphTimeWindowHourOptions.end())));
+    graphCommand->add_option("--output", graphFile, "A file whose name ends in .png or .svg");
+    graphCommand->add_option("--theme", graphTheme, "Of a picture: light or dark")
+        ->check(CLI::IsMember({"light", "dark"}))
+        ->capture_default_str();
+    graphCommand->add_option("--scale", graph.pixelRatio, "Of a .png: pixels to a point, 1 to 4")
+        ->check(CLI::Range(1.0, 4.0))
+        ->capture_default_str();
+    graphCommand->add_option("--text-scale", graph.textScale, "Of a picture: size of its letters, 1 to 2")
+        ->check(CLI::Range(1.0, 2.0))
+        ->capture_default_str();
+    addDemo(*graphCommand, graph.demo, graph.demoScenario);
+
     auto* account = app.add_subcommand("account", "The account that is followed");
     account->require_subcommand(1);
     AccountSetOptions set;
@@ -112,17 +134,29 @@ ExitCode run(int count, char** values)
         return report({ExitCode::usage, std::string{error.what()} + ". See \"tidewell --help\"."});
     }
     if (application.demo && !app.get_subcommands().empty()) {
-        if (!*watchCommand)
-            return report({ExitCode::usage, "--demo goes with the application and with \"tidewell watch\"."});
+        if (!*watchCommand && !*graphCommand)
+            return report(
+                {ExitCode::usage,
+                 "--demo goes with the application, with \"tidewell watch\" and with \"tidewell graph\"."});
         if (!std::exchange(watch.demo, true))
             watch.demoScenario = application.demoScenario;
+        if (!std::exchange(graph.demo, true))
+            graph.demoScenario = application.demoScenario;
     }
+    if (graphFile) {
+        graph.output = graphOutput(*graphFile);
+        if (!graph.output)
+            return report({ExitCode::usage, "--output takes a file whose name ends in .png or .svg."});
+    }
+    graph.dark = graphTheme == "dark";
     setLogSink(systemLogSink(verbose ? LogLevel::debug : LogLevel::warning));
 
     if (*watchCommand) {
         watch.format = watchFormat(format).value_or(WatchFormat::text);
         return runWatch(watch);
     }
+    if (*graphCommand)
+        return runGraph(graph);
     if (*accountSet)
         return runAccountSet(set);
     if (*accountShow)
