@@ -778,7 +778,7 @@ private:
 
 /// Sanitizers make it several times slower, and look for something else.
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr std::uint64_t lives = 3;
+constexpr std::uint64_t lives = 2;
 #else
 constexpr std::uint64_t lives = 20;
 #endif
