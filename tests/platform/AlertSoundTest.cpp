@@ -2,10 +2,13 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
+#include <set>
 
 #include "TestBus.h"
 #include "platform/linux/QtMainLoop.h"
 #include "platform/linux/SoundOutput.h"
+#include "testing/LogCatcher.h"
 #include "testing/Running.h"
 
 namespace tidewell {
@@ -102,6 +105,28 @@ TEST_F(SoundEnvironmentTest, aSoundThatCannotBePlayedSaysWhyAndHoldsNobodyUp)
     AlertSound unheard{main.executor(), "/nonexistent/helper"};
     unheard.play(standard);
     EXPECT_TRUE(runUntil([&] { return !unheard.problem().empty(); }));
+}
+
+TEST(AlertSound, whileThreeSoundsLastOnlyUrgentOnesBeginAndTheOthersAreLoggedOnce)
+{
+    const TemporaryFolder folder;
+    const auto helper = folder / "helper";
+    std::ofstream{helper} << "#!/bin/sh\necho \"$3\" >> '" << (folder / "begun").string()
+                          << "'\nexec sleep 60\n";
+    std::filesystem::permissions(helper, std::filesystem::perms::owner_all);
+    LogCatcher logs{"AlertSound"};
+    QtMainLoop main;
+    AlertSound sound{main.executor(), QString::fromStdString(helper.string())};
+    for (const NotificationTone tone : {standard, standard, standard, standard, standard, urgent})
+        sound.play(tone);
+    std::multiset<std::string> begun;
+    EXPECT_TRUE(runUntil([&] {
+        std::ifstream file{folder / "begun"};
+        begun = {std::istream_iterator<std::string>{file}, {}};
+        return begun.size() >= 4;
+    }));
+    EXPECT_EQ(begun, (std::multiset<std::string>{"standard", "standard", "standard", "urgent"}));
+    EXPECT_EQ(logs.lines().size(), 1U) << logs.text();
 }
 
 TEST(DesktopHelper, itsReportIsReadAsItWasWrittenAndNothingElseIs)

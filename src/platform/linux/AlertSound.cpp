@@ -22,7 +22,7 @@ const Log log{"AlertSound"};
 
 /// The helper ends a sound itself; this is for one that cannot.
 constexpr std::chrono::milliseconds longestSound = 15s;
-/// More at once would only be noise.
+/// More at once would only be noise; an urgent one begins all the same.
 constexpr int soundsAtOnce = 3;
 
 /// The sound that belongs to each tone, then others that would do. All of the freedesktop sound naming
@@ -90,6 +90,7 @@ struct AlertSound::Impl : std::enable_shared_from_this<Impl> {
     std::string problem{};
     std::function<void()> problemHandler{};
     int playing = 0;
+    bool leftOut = false;  ///< A sound was, since one last began.
     std::list<std::shared_ptr<Wake>> waiters{};
 
     static asio::awaitable<void> play(std::shared_ptr<Impl> self, NotificationTone tone)
@@ -148,8 +149,12 @@ AlertSound::~AlertSound() { impl_->problemHandler = {}; }
 
 void AlertSound::play(NotificationTone tone)
 {
-    if (impl_->playing >= soundsAtOnce)
+    if (tone != NotificationTone::urgent && impl_->playing >= soundsAtOnce) {
+        if (!std::exchange(impl_->leftOut, true))
+            log.warning("The sound of an alert was left out: earlier ones have not ended yet");
         return;
+    }
+    impl_->leftOut = false;
     ++impl_->playing;
     asio::co_spawn(impl_->main, Impl::play(impl_, tone), asio::detached);
 }

@@ -35,7 +35,7 @@ public:
 /// Plays sounds of the freedesktop sound theme through libcanberra, in the helper.
 ///
 /// A sound server that hangs holds up nobody: a sound is given up after 15 s, and while three are still on
-/// their way no more begin. Main thread, with a QCoreApplication.
+/// their way only urgent ones begin. Main thread, with a QCoreApplication.
 class AlertSound final : public AlertSoundPlaying {
 public:
     explicit AlertSound(asio::any_io_executor main, const QString& helper = desktopHelperProgram);
