@@ -101,6 +101,19 @@ TEST_F(AlertProbeTest, aServerThatDoesNotAnswerProperlyIsToldFromNone)
     EXPECT_FALSE(looking.result().serverAnswers);
 }
 
+TEST_F(AlertProbeTest, aBusThatIsNotReachedInTimeCountsAsAServerThatDoesNotAnswer)
+{
+    FakeNotificationServer server{bus};
+    bus.freeze();
+    const Running<AlertPath> looking{main.executor(), AlertProbe{main.executor(), clock, options()}.look()};
+    EXPECT_TRUE(runUntil([&] { return clock.sleepers() == 1; }));
+    clock.advance(2s);
+    EXPECT_TRUE(runUntil([&] { return looking.ended(); }));
+    bus.thaw();
+    EXPECT_TRUE(looking.result().serverHangs);
+    EXPECT_FALSE(looking.result().serverAnswers);
+}
+
 TEST_F(AlertProbeTest, aServerThatIsOnlyInstalledIsStartedWhenThatIsWanted)
 {
     const TemporaryFolder folder;

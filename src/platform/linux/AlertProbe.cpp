@@ -298,6 +298,9 @@ struct AlertProbe::Impl {
         for (const auto question : {askServer, askSound, askSuspend})
             questions.tasks.push_back(startTask(self->main, question(look)));
         (void)co_await within(self->clock, lookDeadline, questions.wait());
+        // A bus that only takes its time is no sign that there is no server.
+        if (look->openingSession.running())
+            look->path.serverHangs = true;
         co_return look->path;
     }
 };
