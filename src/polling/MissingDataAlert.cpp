@@ -12,7 +12,7 @@ namespace tidewell {
 namespace {
 
 /// A reading that is dated further ahead says nothing of its age: our clock has been set back.
-constexpr Seconds futureTolerance{300};
+constexpr Seconds setBackTolerance{300};
 
 void append(std::string& text, std::string_view sentence)
 {
@@ -33,6 +33,9 @@ void MissingDataAlert::beginRun(Date now, std::uint64_t pollsBegun)
 
 void MissingDataAlert::recordReading(Date newest, Date now)
 {
+    ahead_ = newest - now > futureTolerance;
+    if (ahead_)
+        return;
     newest_ = newest;
     if (now - newest >= patience)
         return;
@@ -53,7 +56,7 @@ void MissingDataAlert::pollEnded(std::uint64_t number)
         heldUntil_.reset();
 }
 
-bool MissingDataAlert::knowsAge(Date now) const { return newest_ && *newest_ <= now + futureTolerance; }
+bool MissingDataAlert::knowsAge(Date now) const { return newest_ && *newest_ <= now + setBackTolerance; }
 
 MissingDataAlert::Look MissingDataAlert::look(const GlucoseAlertSettings& settings,
                                               const GlucoseAlertEvaluator::Pass& pass)
@@ -88,7 +91,10 @@ GlucoseAlertContent MissingDataAlert::content(const std::optional<ErrorInfo>& pr
     } else {
         append(body, "No new reading has come.");
     }
-    if (!newest_)
+    if (ahead_)
+        body += fmt::format("No reading that alerts can go by since {}.",
+                            localTimeOfDay(newest_ && knowsAge(now) ? *newest_ : since_, zone));
+    else if (!newest_)
         body += fmt::format("No reading since Tidewell started at {}.", localTimeOfDay(began_, zone));
     else if (knowsAge(now))
         body += fmt::format("Last reading at {}, {} ago.", localTimeOfDay(*newest_, zone),

@@ -18,10 +18,14 @@ struct MissingDataAlert {
     static constexpr Seconds patience{900};
     /// Between two looks while a gap is untold and nothing but time can help.
     static constexpr Seconds lookInterval{60};
+    /// A reading that is dated further ahead ends no gap: alerts do not go by it, and one of the clocks is
+    /// wrong.
+    static constexpr Seconds futureTolerance{60};
 
     /// A run begins to poll. What is held or told from an earlier run of the same account stays.
     void beginRun(Date now, std::uint64_t pollsBegun);
-    /// A poll has ended well; `newest` is the date of the newest reading held.
+    /// A poll has ended well; `newest` is the date of the newest reading held. Nothing counts of one that is
+    /// over `futureTolerance` ahead but that it came.
     void recordReading(Date newest, Date now);
     /// The machine slept, or its clock was set: nothing is told before a poll that begins now has ended, nor
     /// after `lookInterval` at the latest.
@@ -52,7 +56,8 @@ private:
 
     Date since_{};                  ///< When the run began, or when a fresh reading last came.
     Date began_{};                  ///< When the run began.
-    std::optional<Date> newest_{};  ///< Date of the newest reading held.
+    std::optional<Date> newest_{};  ///< Date of the newest reading that alerts could go by.
+    bool ahead_ = false;            ///< The last one that came was dated too far ahead for that.
     bool told_ = false;
     std::uint64_t gap_ = 0;
     std::optional<Date> heldUntil_{};

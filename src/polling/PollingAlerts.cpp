@@ -68,7 +68,6 @@ void PollingAlerts::recordReading(GlucoseReading newest)
 {
     missingData_.recordReading(newest.date, parts_.clock.now());
     newest_ = std::move(newest);
-    problem_.reset();
 }
 
 void PollingAlerts::pollEnded(std::uint64_t number)

@@ -42,7 +42,7 @@ public:
     [[nodiscard]] std::uint64_t pollBegins() { return ++pollsBegun_; }
     /// The newest reading held, when a poll has ended well.
     void recordReading(GlucoseReading newest);
-    /// What a poll has left to say; it goes with the next reading.
+    /// What a poll has left to say: on screen, and in the text for missing data.
     void recordProblem(std::optional<ErrorInfo> problem) { problem_ = std::move(problem); }
     void pollEnded(std::uint64_t number);
     void machineWoke();

@@ -60,6 +60,9 @@ constexpr Seconds clockJump{30};
 /// How far ahead of our clock a reading may be dated. Less than this is two clocks that are a little apart;
 /// with more, an old reading could pass for a new one.
 constexpr Seconds futureTolerance{300};
+/// How far ahead it may be dated for alerts to go by it. One dated further ahead is shown, and the clock is
+/// named as wrong.
+constexpr Seconds alertTolerance = MissingDataAlert::futureTolerance;
 /// The longest backoff, which is the furthest target while no reading is known.
 constexpr Seconds longestBackoff{2700 + 540};
 
@@ -449,20 +452,25 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         refusedSignIns = 0;
         retryNotBefore.reset();
         alerts->recordReading(glucoseHistory.back());
+        const Date newest = glucoseHistory.back().date;
+        std::optional<ErrorInfo> status;
+        if (newestFetched - now > alertTolerance)
+            status = clockStatus(newestFetched - now);
+        alerts->recordProblem(status);
 
-        onMain(run, [history = glucoseHistory](StatusBarViewModel& viewModel, Date seen) mutable {
-            const GlucoseReading newest = history.back();
+        onMain(run, [history = glucoseHistory, status](StatusBarViewModel& viewModel, Date seen) mutable {
+            const GlucoseReading shown = history.back();
             viewModel.setGlucoseHistory(std::move(history));
-            viewModel.setCurrentError(std::nullopt);
+            viewModel.setCurrentError(std::move(status));
             viewModel.setNextRetryAt(std::nullopt);
-            viewModel.presentReading(newest, seen);
+            viewModel.presentReading(shown, seen);
             viewModel.finishActivity();
         });
 
-        const Date newest = glucoseHistory.back().date;
         pollingSchedule.readingInterval = readingInterval(now);
+        // When our clock is behind, the next reading comes sooner than the date of this one says.
         const Date target =
-            pollingSchedule.recordSuccess(newest, !previousNewest || newest > *previousNewest);
+            pollingSchedule.recordSuccess(std::min(newest, now), !previousNewest || newest > *previousNewest);
         log.debug(fmt::format("⏱️ [Scheduler] nowUTC={} lastReadingUTC={} lastReadingLocal={} nextPollUTC={}",
                               isoText(now), isoText(newest), localMediumText(newest, TimeZone::current()),
                               isoText(target)));

@@ -28,7 +28,8 @@ inline constexpr Seconds longestSnooze{24.0 * 3600};
 ///
 /// The readings held go back 24 hours from the newest one, and the newest one stays on screen whatever older
 /// ones the service answers with. An answer whose newest reading is dated more than five minutes ahead of the
-/// clock is not used: one of the two clocks is wrong, and the ages of its readings are then unknown.
+/// clock is not used: one of the two clocks is wrong, and the ages of its readings are then unknown. One
+/// that is over a minute ahead is shown, with the clock as the current error: alerts do not go by it.
 ///
 /// After each good answer the newest reading goes through one alert pass, which posts at most one
 /// notification. When no reading comes any more, that is told once, from a timer of its own. An end of the

@@ -23,7 +23,7 @@ void AlertModel::begin(Date now)
 {
     events_.clear();
     newest_.reset();
-    began_ = now;
+    began_ = trusted_ = now;
     toldMissing_ = false;
     ++gap_;
 }
@@ -36,7 +36,10 @@ bool AlertModel::receive(const GlucoseReading& newest, Date now)
         return false;
     if (!newest_ || newest.date >= newest_->date)
         newest_ = newest;
-    if (now - newest_->date < Seconds{900}) {
+    if (newest_->date > now + Seconds{60})
+        return true;  // Shown, but no good for alerts: the clock is wrong.
+    trusted_ = newest_->date;
+    if (now - trusted_ < Seconds{900}) {
         toldMissing_ = false;
         ++gap_;
     }
@@ -203,10 +206,9 @@ AlertNotice AlertModel::notice(Kind kind, const GlucoseReading& reading, const A
 
 std::optional<bool> AlertModel::isMissing(Date now) const
 {
-    const Date since = newest_ ? newest_->date : began_;
-    if (since > now + Seconds{300})
+    if (trusted_ > now + Seconds{300})
         return std::nullopt;
-    return now - since >= Seconds{900};
+    return now - trusted_ >= Seconds{900};
 }
 
 bool AlertModel::mayTellMissing(const AppSettings& settings, Date now) const

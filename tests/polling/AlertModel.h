@@ -85,6 +85,7 @@ private:
     std::optional<Date> snoozedUntil_{};
     Seconds snoozeLength_{0};
     Date began_{};
+    Date trusted_{};  ///< Of the newest reading that alerts can go by; without any, when it began.
     bool toldMissing_ = false;
     std::uint64_t gap_ = 0;
 };

@@ -634,6 +634,27 @@ TEST_F(MissingDataTest, wallClockThatIsSetMakesNoGapAndHidesNone)
     EXPECT_EQ(posted(), Titles{missing});
 }
 
+TEST_F(MissingDataTest, clockThatIsMinutesBehindIsToldForAlertsCannotGoByTheReadings)
+{
+    value = 60;
+    service->onFetch = [this] { return Fetched{std::vector{reading(clock.now() + Seconds{200}, value)}}; };
+    run();
+    expectAt(start + Seconds{900}, {missing});
+    ASSERT_FALSE(center.posted.empty());
+    EXPECT_EQ(center.posted.back().body,
+              fmt::format("Clock is wrong. The newest glucose reading is dated 3 minutes in the future. "
+                          "No reading that alerts can go by since {}.",
+                          localTimeOfDay(start, TimeZone::current())));
+    EXPECT_EQ(state().statusTitle, "60 →");
+    clock.advance(Seconds{7200});
+    EXPECT_EQ(posted(), Titles{});
+    clock.setWallClock(clock.now() + Seconds{200});
+    answer();
+    poll(60);
+    EXPECT_EQ(posted(), Titles{low});
+    EXPECT_EQ(errorTitle(), "");
+}
+
 TEST_F(MissingDataTest, healthyDayNeedsNoWakeUpOfItsOwn)
 {
     run();

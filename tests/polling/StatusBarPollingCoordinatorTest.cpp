@@ -668,10 +668,21 @@ TEST_F(StatusBarPollingCoordinatorTest, readingsOfTheFutureAreNotTakenForNewOnes
     clock.advance(newest + Seconds{900.01} - clock.now());
     EXPECT_EQ(state().statusTitle, "120 ?");
 
-    service->onFetch = [this] { return std::vector{reading(clock.now() + Seconds{300}, 200)}; };
-    untilNextFetch();
-    EXPECT_EQ(errorTitle(), "");
-    EXPECT_EQ(state().statusTitle, "200 →");
+    // A little ahead it is shown, with what is wrong from a minute on, and the next one is not waited for
+    // longer.
+    double ahead = 0;
+    service->onFetch = [&] { return std::vector{reading(clock.now() + Seconds{ahead}, 200)}; };
+    for (const auto& [seconds, title] : std::vector<std::pair<double, std::string>>{
+             {300, "Clock is wrong"}, {61, "Clock is wrong"}, {60, ""}}) {
+        SCOPED_TRACE(seconds);
+        ahead = seconds;
+        coordinator->resetForNewConfiguration(service, GlucoseProvider::dexcom);
+        clock.runReady();
+        untilNextFetch();
+        EXPECT_EQ(errorTitle(), title);
+        EXPECT_EQ(state().statusTitle, "200 →");
+        EXPECT_NEAR(untilNextFetch().count(), 330, 0.01);
+    }
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, anotherAccountSeesNothingOfTheFirst)
