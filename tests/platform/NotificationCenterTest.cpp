@@ -259,6 +259,40 @@ TEST_F(NotificationCenterTest, serversComeGoDieAndComeBackWithOtherAbilities)
     EXPECT_EQ(next.posted[0].body, "300 &amp; more");
 }
 
+TEST_F(NotificationCenterTest, aServerThatCrashesAgainAndAgainIsToldOfAFewTimesAndThenOnceAMinute)
+{
+    LogCatcher logs{"NotificationCenter"};
+    startAndSettle();
+    for (int i = 0; i < 10; ++i) {
+        {
+            FakeNotificationServer server{bus};
+            EXPECT_TRUE(post(low).has_value()) << "told or not, it is used";
+        }
+        EXPECT_EQ(status(), State::denied);
+    }
+    expectTold({State::denied, State::authorized, State::denied, State::authorized, State::denied});
+    FakeNotificationServer server{bus};
+    EXPECT_TRUE(post(low).has_value());
+    ASSERT_TRUE(runUntil([&] { return clock.sleepers() == 1; }));
+    clock.advance(1min);
+    expectTold({State::denied, State::authorized, State::denied, State::authorized, State::denied,
+                State::authorized});
+    EXPECT_EQ(logs.lines().size(), told.size());
+    EXPECT_EQ(clock.sleepers(), 0U);
+}
+
+TEST_F(NotificationCenterTest, whatIsForgottenIsClosedSoThatNoButtonIsDead)
+{
+    FakeNotificationServer server{bus};
+    startAndSettle();
+    for (int i = 0; i < 34; ++i)
+        ASSERT_TRUE(post(plain).has_value());
+    EXPECT_TRUE(runUntil([&] { return server.closed.size() >= 2; }));
+    EXPECT_EQ(server.closed, (QList<unsigned>{7, 8}));
+    server.invoke(9, "default");
+    EXPECT_TRUE(runUntil([&] { return !actions.empty(); }));
+}
+
 TEST_F(NotificationCenterTest, aChoiceOfThePersonIsToldOnceAndOnlyWhenTheServerTellsIt)
 {
     FakeNotificationServer server{bus};

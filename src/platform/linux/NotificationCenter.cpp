@@ -30,6 +30,10 @@ constexpr std::chrono::milliseconds confirmationLimit = 10min;
 /// last.
 constexpr std::chrono::milliseconds firstRetry = 10s;
 constexpr std::chrono::milliseconds lastRetry = 5min;
+/// So many changes of the state are told at once, then one in each such time: a server that crashes in a
+/// loop changes it several times a second, and each change is a line in the log and a look at the desktop.
+constexpr int announcementsAtOnce = 5;
+constexpr std::chrono::milliseconds announcementInterval = 1min;
 /// Of so many notifications the person's choice is still known.
 constexpr std::size_t rememberedNotifications = 32;
 
@@ -145,6 +149,8 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
     std::function<void(NotificationAuthorizationState)> authorizationHandler{};
     std::function<void()> lastAlertHandler{};
     std::optional<NotificationAuthorizationState> authorization{};
+    std::optional<NotificationAuthorizationState> announced{};  ///< What was told of it last.
+    Date announcementsPaid{};  ///< Each announcement moves this on by an interval, up to so many ahead.
     bool lastAlertNotShown = false;
 
     std::unique_ptr<BusCaller> bus{};
@@ -158,6 +164,7 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
     Task<void> connecting{};
     Task<void> asking{};
     Task<void> recovering{};
+    Task<void> announcing{};  ///< Waits until the next one may be told.
 
     void close()
     {
@@ -165,6 +172,7 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
         connecting.cancel();
         asking.cancel();
         recovering.cancel();
+        announcing.cancel();
         leaveBus();
     }
 
@@ -283,17 +291,41 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
             return;
         if (needsRecovery() && !recovering.running())
             recovering = startTask(main, recover(shared_from_this()));
-        if (authorization == state)
-            return;
         authorization = state;
-        if (state == NotificationAuthorizationState::authorized)
+        announce();
+    }
+
+    void announce()
+    {
+        if (announced == authorization || announcing.running())
+            return;
+        const Date now = clock.now();
+        // Also after the wall clock has been set.
+        announcementsPaid =
+            std::clamp(announcementsPaid, now, now + announcementsAtOnce * Seconds{announcementInterval});
+        const Seconds wait = announcementsPaid - now - (announcementsAtOnce - 1) * announcementInterval;
+        if (wait > Seconds{0}) {
+            announcing = startTask(
+                main, announceLater(shared_from_this(), std::chrono::ceil<std::chrono::milliseconds>(wait)));
+            return;
+        }
+        announcementsPaid += announcementInterval;
+        announced = authorization;
+        if (authorization == NotificationAuthorizationState::authorized)
             log.info("Notifications can be shown");
         else
             log.warning("No notification server answers, so alerts cannot be shown");
-        asio::post(main, [weak = weak_from_this(), state] {
+        asio::post(main, [weak = weak_from_this(), state = *authorization] {
             if (const auto self = weak.lock(); self && !self->closed && self->authorizationHandler)
                 self->authorizationHandler(state);
         });
+    }
+
+    static asio::awaitable<void> announceLater(std::shared_ptr<Impl> self, std::chrono::milliseconds wait)
+    {
+        co_await self->clock.sleepFor(wait);
+        self->announcing = {};
+        self->announce();
     }
 
     /// Nobody will tell when this ends.
@@ -388,12 +420,15 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
                 co_return std::unexpected(NotificationError{"No notification server answers"});
             const Capabilities server = *self->capabilities;
             answer = co_await self->bus->call(notifyCall(notification, server), confirmationLimit,
+                                              // Its caller was told that it was not shown, and will post
+                                              // anew, with newer values.
                                               [weak = self->weak_from_this(), server](const auto& late) {
                                                   if (const auto there = weak.lock())
-                                                      there->takeBack(server.owner, numberIn(late));
+                                                      there->closeNotification(server.owner, numberIn(late));
                                               });
             if (const unsigned number = numberIn(answer)) {
-                self->remember(number);
+                if (self->owner == server.owner)
+                    self->remember(number);
                 self->setLastAlertNotShown(false);
                 if (!server.sound)
                     self->sound.play(notification.tone);
@@ -421,15 +456,17 @@ struct NotificationCenter::Impl : std::enable_shared_from_this<Impl> {
         });
     }
 
+    /// One that is forgotten is closed as well: its button would do nothing any more.
     void remember(unsigned number)
     {
         posted.push_back(number);
-        if (posted.size() > rememberedNotifications)
-            posted.pop_front();
+        if (posted.size() <= rememberedNotifications)
+            return;
+        closeNotification(owner, posted.front());
+        posted.pop_front();
     }
 
-    /// Shown after its caller had been told that it was not: the caller will post anew, with newer values.
-    void takeBack(const QString& server, unsigned number)
+    void closeNotification(const QString& server, unsigned number)
     {
         if (number == 0 || !bus)
             return;

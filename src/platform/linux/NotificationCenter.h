@@ -31,7 +31,8 @@ public:
     ~NotificationCenter() override;
 
     void onAction(std::function<void(NotificationAction)> handler);
-    /// Told once when the state is first known, then when it changes.
+    /// Told once when the state is first known, then when it changes; of a state that changes again and
+    /// again, once a minute.
     void onAuthorizationChange(std::function<void(NotificationAuthorizationState)> handler);
     /// Told when lastAlertNotShown() has changed.
     void onLastAlertChange(std::function<void()> handler);
