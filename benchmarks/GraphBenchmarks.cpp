@@ -1,0 +1,61 @@
+// What the graph costs on the processor: a day of values, one each minute, at two pixels to a point.
+
+#include <benchmark/benchmark.h>
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <cmath>
+
+#include "ui/GlucoseGraphRenderer.h"
+
+namespace tidewell {
+
+namespace {
+
+constexpr Date now = dateFromUnix(1'772'460'000);
+/// As large as in a menu.
+constexpr GraphSize view{360, 240};
+
+GlucoseGraphContent dayOfMinutes()
+{
+    GlucoseGraphContent content{.timeWindow = GraphTimeWindow::hours24, .now = now};
+    for (int minute = 1439; minute >= 0; --minute)
+        content.glucoseHistory.push_back(
+            makeReading(std::round(150 + 110 * std::sin(minute / 70.0) + 4 * std::sin(minute * 1.7)), "Flat",
+                        now - std::chrono::minutes{minute}, Seconds{60}, GlucoseProvider::libreLinkUp));
+    return content;
+}
+
+void layOut1440Readings(benchmark::State& state)
+{
+    const auto content = dayOfMinutes();
+    for ([[maybe_unused]] auto turn : state)
+        benchmark::DoNotOptimize(glucoseGraphLayout(content, view, graphTextMeasure()));
+}
+BENCHMARK(layOut1440Readings)->Unit(benchmark::kMicrosecond);
+
+/// With the layout, as the view does it when it is shown.
+void draw1440ReadingsAtTwoPixelsAPoint(benchmark::State& state)
+{
+    const auto content = dayOfMinutes();
+    QImage image{720, 480, QImage::Format_ARGB32_Premultiplied};
+    image.setDevicePixelRatio(2);
+    image.fill(Qt::white);
+    for ([[maybe_unused]] auto turn : state) {
+        QPainter painter{&image};
+        paintGlucoseGraph(painter, glucoseGraphLayout(content, view, graphTextMeasure()), GraphTheme::light);
+    }
+}
+BENCHMARK(draw1440ReadingsAtTwoPixelsAPoint)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+
+}  // namespace tidewell
+
+int main(int count, char** values)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application{count, values};
+    benchmark::Initialize(&count, values);
+    benchmark::RunSpecifiedBenchmarks();
+}
