@@ -111,7 +111,7 @@ public:
           columns_{columns},
           rows_{rows},
           braille_{braille},
-          cells_(static_cast<std::size_t>(columns * rows))
+          cells_(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows))
     {
         for (const GraphTick& tick : layout.ticks)
             if (tick.beginsDay)
@@ -134,16 +134,18 @@ public:
     void put(Line& line, int row) const
     {
         for (int column = 0; column < columns_; ++column) {
-            const Cell& cell = cells_[static_cast<std::size_t>(row * columns_ + column)];
+            const Cell& cell = cells_[indexOf(column, row)];
             line.put(cell.dots == 0 ? cell.glyph : braille_ ? brailleGlyph(cell.dots) : "*", cell.ink);
         }
     }
 
 private:
-    [[nodiscard]] Cell& at(int column, int row)
+    [[nodiscard]] std::size_t indexOf(int column, int row) const
     {
-        return cells_[static_cast<std::size_t>(row * columns_ + column)];
+        return static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_) +
+               static_cast<std::size_t>(column);
     }
+    [[nodiscard]] Cell& at(int column, int row) { return cells_[indexOf(column, row)]; }
     [[nodiscard]] int dotColumn(double x) const
     {
         return static_cast<int>(
