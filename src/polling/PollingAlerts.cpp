@@ -43,6 +43,7 @@ PollingAlerts::PollingAlerts(StatusBarPollingCoordinator::Parts parts,
 
 void PollingAlerts::begin(const Uuid& run)
 {
+    hurriedAt_.reset();
     missingData_.beginRun(parts_.clock.now(), pollsBegun_);
     missingDataTask_ = startTask(parts_.engine, watchForMissingData(shared_from_this(), run));
 }
@@ -54,6 +55,8 @@ void PollingAlerts::end()
         *task = {};
     }
     wake_.reset();
+    passWake_.reset();
+    passWanted_ = passUntold_ = missingUntold_ = false;
 }
 
 void PollingAlerts::forgetAccount()
@@ -131,51 +134,85 @@ void PollingAlerts::logFailedPost(const NotificationError& error) const
 
 // --- The pass ---
 
-asio::awaitable<void> PollingAlerts::startPass(Self self, Uuid run, GlucoseReading reading)
+void PollingAlerts::startPass(const Uuid& run)
 {
-    // One at a time: a notification centre that hangs may hold up the earlier one for seconds.
-    if (self->passTask_.running())
-        co_await endedWell(self->passTask_);
-    if (self->isCurrent(run))
-        self->passTask_ = startTask(self->parts_.engine, pass(self, run, std::move(reading)));
+    passWanted_ = true;
+    if (passTask_.running()) {
+        if (passWake_)
+            passWake_->try_send(boost::system::error_code{});
+        return;
+    }
+    passTask_ = startTask(parts_.engine, passes(shared_from_this(), run));
 }
 
-/// Posts what is due by `reading`, at most one notification.
-asio::awaitable<void> PollingAlerts::pass(Self self, Uuid run, GlucoseReading reading)
+/// One at a time: a notification centre that hangs may hold up the earlier one for seconds. What the desktop
+/// did not take is tried again every minute, as long as it is due.
+asio::awaitable<void> PollingAlerts::passes(Self self, Uuid run)
 {
-    while (!co_await passEnded(self, run, reading)) {
+    while (self->isCurrent(run)) {
+        self->recovered_ = false;
+        const PassEnd end = co_await pass(self, run);
+        self->passUntold_ = end == PassEnd::untold;
+        if (end == PassEnd::overtaken || self->passWanted_ || (self->passUntold_ && self->recovered_))
+            continue;
+        // Nothing waits between here and the task's end, so no wish for a pass is lost.
+        if (end == PassEnd::settled)
+            co_return;
+        self->passWake_ = std::make_shared<Wake>(self->parts_.engine, 1);
+        co_await pause(self, self->passWake_, self->parts_.clock.now() + MissingDataAlert::lookInterval);
+        self->passWake_.reset();
     }
 }
 
-/// False when something else has to be posted by the time that the desktop has kept us waiting, or snooze or
-/// preferences have changed: then the pass begins anew. A newer reading has a pass of its own.
-asio::awaitable<bool> PollingAlerts::passEnded(Self self, Uuid run, GlucoseReading reading)
+/// Posts what is due by the newest reading, at most one notification. It has to begin anew when something
+/// else has to be posted by the time that the desktop has kept us waiting, or snooze or preferences have
+/// changed. A newer reading has a pass of its own.
+asio::awaitable<PollingAlerts::PassEnd> PollingAlerts::pass(Self self, Uuid run)
 {
     const GlucoseAlertSettings settings = co_await settingsInForce(self);
-    if (!self->isCurrent(run))
-        co_return true;
+    self->passWanted_ = false;
+    if (!self->isCurrent(run) || !self->newest_)
+        co_return PassEnd::settled;
     self->followSnooze();
+    const GlucoseReading reading = *self->newest_;
     const std::uint64_t revision = self->revision_;
     const GlucoseAlertEvaluator::Pass pass = self->moment();
     const auto kind = self->evaluator_.evaluate(reading, settings, pass);
     if (!kind)
-        co_return true;
+        co_return PassEnd::settled;
     const bool granted = co_await self->mayPost();
-    if (!granted || !self->isCurrent(run))
-        co_return true;
+    if (!self->isCurrent(run))
+        co_return PassEnd::settled;
+    if (!granted)
+        co_return PassEnd::untold;
     if (self->revision_ != revision)
-        co_return false;
+        co_return PassEnd::overtaken;
     if (!self->isStillDue(*kind, reading, settings))
-        co_return self->newest_ != reading;
+        co_return self->newest_ == reading ? PassEnd::overtaken : PassEnd::settled;
     const Posted posted =
         co_await self->post(GlucoseAlertEvaluator::content(*kind, reading, settings), alertTone(*kind), true);
     if (!self->isCurrent(run))
-        co_return true;
-    if (posted)
-        self->evaluator_.recordPosted(*kind, pass.now);
-    else
+        co_return PassEnd::settled;
+    if (!posted) {
         self->logFailedPost(posted.error());
-    co_return true;
+        co_return PassEnd::untold;
+    }
+    self->evaluator_.recordPosted(*kind, pass.now);
+    co_return PassEnd::settled;
+}
+
+void PollingAlerts::alertPathDidRecover()
+{
+    const Date now = parts_.clock.now();
+    const bool justTried =
+        hurriedAt_ && now >= *hurriedAt_ && now - *hurriedAt_ < MissingDataAlert::lookInterval;
+    if (justTried || !(passUntold_ || missingUntold_ || passTask_.running()))
+        return;
+    hurriedAt_ = now;
+    recovered_ = true;
+    if (passWake_)
+        passWake_->try_send(boost::system::error_code{});
+    lookForMissingData();
 }
 
 /// What was due when the desktop was asked may be too old, or overtaken, when it answers.
@@ -203,24 +240,35 @@ asio::awaitable<void> PollingAlerts::watchForMissingData(Self self, Uuid run)
         const GlucoseAlertSettings settings = co_await settingsInForce(self);
         if (!self->isCurrent(run))
             co_return;
+        self->followSnooze();
         MissingDataAlert::Look look = self->missingData_.look(settings, self->moment());
         if (look.post) {
             if (co_await tellOfMissingData(self, run, settings))
                 continue;
             look.again = self->parts_.clock.now() + MissingDataAlert::lookInterval;
         }
+        self->missingUntold_ = look.post;
         if (self->isCurrent(run) && !self->changed_)
-            co_await pause(self, look.again);
+            co_await pauseWatch(self, look.again);
     }
 }
 
 /// Until that moment, or something has changed.
-asio::awaitable<void> PollingAlerts::pause(Self self, std::optional<Date> until)
+asio::awaitable<void> PollingAlerts::pauseWatch(Self self, std::optional<Date> until)
+{
+    Clock& clock = self->parts_.clock;
+    const Date began = clock.now();
+    self->wake_ = std::make_shared<Wake>(self->parts_.engine, 1);
+    co_await pause(self, self->wake_, until);
+    if (until && clock.now() - std::max(*until, began) > shortestNap)
+        self->missingData_.hold(clock.now(), self->pollsBegun_);
+}
+
+/// Until that moment, or a word through `wake`: each wait has its own, since a channel does not take what is
+/// sent after a receive that was cancelled.
+asio::awaitable<void> PollingAlerts::pause(Self self, std::shared_ptr<Wake> wake, std::optional<Date> until)
 {
     using namespace asio::experimental::awaitable_operators;
-    // Each wait has its own: a channel does not take what is sent after a receive that was cancelled.
-    const auto wake = std::make_shared<Wake>(self->parts_.engine, 1);
-    self->wake_ = wake;
     if (!until) {
         co_await wake->async_receive(asio::use_awaitable);
         co_return;
@@ -228,10 +276,7 @@ asio::awaitable<void> PollingAlerts::pause(Self self, std::optional<Date> until)
     Clock& clock = self->parts_.clock;
     const auto delay =
         std::max(std::chrono::ceil<Milliseconds>(timeUntil(*until, clock.now())), Milliseconds{1});
-    const Date planned = clock.now() + delay;
     co_await (wake->async_receive(asio::use_awaitable) || clock.sleepFor(delay));
-    if (clock.now() - planned > shortestNap)
-        self->missingData_.hold(clock.now(), self->pollsBegun_);
 }
 
 /// False when it could not be posted and has to be tried again later.

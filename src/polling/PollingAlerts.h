@@ -47,9 +47,12 @@ public:
     void pollEnded(std::uint64_t number);
     void machineWoke();
 
-    /// Begins the pass for `reading`, after the earlier one if that still goes on.
-    [[nodiscard]] static asio::awaitable<void> startPass(std::shared_ptr<PollingAlerts> self, Uuid run,
-                                                         GlucoseReading reading);
+    /// Begins a pass for the newest reading; behind the earlier one, if that still goes on. A reading that is
+    /// overtaken meanwhile has no pass of its own.
+    void startPass(const Uuid& run);
+    /// The desktop answers again: what did not get through is tried anew at once. After that, not again for a
+    /// minute, since trying may itself be what makes the desktop answer.
+    void alertPathDidRecover();
 
     // Snooze and preferences: of the program, whatever run it is.
 
@@ -74,14 +77,21 @@ private:
                                                bool offersSnooze);
     void logFailedPost(const NotificationError& error) const;
 
-    static asio::awaitable<void> pass(Self self, Uuid run, GlucoseReading reading);
-    static asio::awaitable<bool> passEnded(Self self, Uuid run, GlucoseReading reading);
+    /// How a pass ended.
+    enum class PassEnd {
+        settled,    ///< Posted, or there is nothing to post.
+        overtaken,  ///< It has to begin anew.
+        untold,     ///< The desktop did not take it.
+    };
+    static asio::awaitable<void> passes(Self self, Uuid run);
+    static asio::awaitable<PassEnd> pass(Self self, Uuid run);
     [[nodiscard]] bool isStillDue(GlucoseAlertKind kind, const GlucoseReading& reading,
                                   const GlucoseAlertSettings& settings) const;
 
     void lookForMissingData();
     static asio::awaitable<void> watchForMissingData(Self self, Uuid run);
-    static asio::awaitable<void> pause(Self self, std::optional<Date> until);
+    static asio::awaitable<void> pauseWatch(Self self, std::optional<Date> until);
+    static asio::awaitable<void> pause(Self self, std::shared_ptr<Wake> wake, std::optional<Date> until);
     static asio::awaitable<bool> tellOfMissingData(Self self, Uuid run, GlucoseAlertSettings settings);
 
     void loadSnooze();
@@ -100,9 +110,15 @@ private:
     std::optional<GlucoseReading> newest_{};
     std::optional<ErrorInfo> problem_{};
     std::uint64_t pollsBegun_ = 0;
-    std::uint64_t revision_ = 0;    ///< Counts the changes of snooze and preferences.
-    bool changed_ = false;          ///< Since the last look for missing data.
-    std::shared_ptr<Wake> wake_{};  ///< Ends the wait for the next look; of one use.
+    std::uint64_t revision_ = 0;        ///< Counts the changes of snooze and preferences.
+    bool changed_ = false;              ///< Since the last look for missing data.
+    std::shared_ptr<Wake> wake_{};      ///< Ends the wait for the next look; of one use.
+    bool passWanted_ = false;           ///< Since the last pass began.
+    bool passUntold_ = false;           ///< The last pass did not get through.
+    bool recovered_ = false;            ///< The desktop did, since the last pass began.
+    bool missingUntold_ = false;        ///< Nor did the last word of missing data.
+    std::shared_ptr<Wake> passWake_{};  ///< Ends the wait for the next try; of one use.
+    std::optional<Date> hurriedAt_{};   ///< When the desktop's recovery last had us try anew.
 
     Task<void> passTask_{};
     Task<void> missingDataTask_{};

@@ -142,6 +142,30 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         });
     }
 
+    /// Another configuration. `missesData`: there is an account, though nobody to ask for its data.
+    void reset(std::shared_ptr<GlucoseAPIProtocol> newClient, GlucoseProvider newProvider,
+               std::optional<ErrorInfo> problem, bool missesData)
+    {
+        const Uuid run = generation->renew();
+        onMain(run, [problem](StatusBarViewModel& viewModel, Date) {
+            viewModel.clear();
+            if (problem)
+                viewModel.setCurrentError(problem);
+        });
+        asio::post(parts.engine, [self = shared_from_this(), run, newProvider, missesData,
+                                  problem = std::move(problem), newClient = std::move(newClient)] {
+            // Also when this run is over already: the next one must not find another account's readings.
+            self->forgetAccount();
+            if (!self->isCurrent(run))
+                return;
+            self->begin(run, newClient, newProvider);
+            if (!missesData)
+                return;
+            self->alerts->recordProblem(problem);
+            self->alerts->begin(run);
+        });
+    }
+
     // --- Runs: engine ---
 
     void begin(const Uuid& run, std::shared_ptr<GlucoseAPIProtocol> newClient, GlucoseProvider newProvider)
@@ -348,7 +372,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             co_return;
         self->alerts->pollEnded(poll);
         if (good)
-            co_await PollingAlerts::startPass(self->alerts, run, GlucoseReading{self->glucoseHistory.back()});
+            self->alerts->startPass(run);
     }
 
     /// Fetches, and draws the conclusions. True when there are readings to alert by.
@@ -626,20 +650,14 @@ void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<Gluco
                                                            GlucoseProvider provider,
                                                            std::optional<ErrorInfo> problem)
 {
-    const Uuid run = impl_->generation->renew();
     if (!client && !problem)
         problem = signInRequiredStatus();
-    impl_->onMain(run, [problem = std::move(problem)](StatusBarViewModel& viewModel, Date) {
-        viewModel.clear();
-        if (problem)
-            viewModel.setCurrentError(problem);
-    });
-    asio::post(impl_->parts.engine, [impl = impl_, run, client = std::move(client), provider] {
-        // Also when this run is over already: the next one must not find another account's readings.
-        impl->forgetAccount();
-        if (impl->isCurrent(run))
-            impl->begin(run, client, provider);
-    });
+    impl_->reset(std::move(client), provider, std::move(problem), false);
+}
+
+void StatusBarPollingCoordinator::resetForUnreachableAccount(GlucoseProvider provider, ErrorInfo problem)
+{
+    impl_->reset(nullptr, provider, std::move(problem), true);
 }
 
 void StatusBarPollingCoordinator::reconnect()
@@ -683,6 +701,11 @@ void StatusBarPollingCoordinator::resumeAlerts()
 void StatusBarPollingCoordinator::alertSnoozeDidReload()
 {
     asio::post(impl_->parts.engine, [alerts = impl_->alerts] { alerts->reloadSnooze(); });
+}
+
+void StatusBarPollingCoordinator::alertPathDidRecover()
+{
+    asio::post(impl_->parts.engine, [alerts = impl_->alerts] { alerts->alertPathDidRecover(); });
 }
 
 void StatusBarPollingCoordinator::alertSettingsDidUpdate()

@@ -63,6 +63,9 @@ public:
     /// one, shows `problem`, or that a sign-in is required.
     void resetForNewConfiguration(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider,
                                   std::optional<ErrorInfo> problem = {});
+    /// An account that cannot be asked, because of `problem`: like resetForNewConfiguration() without a
+    /// client, but its data counts as missing.
+    void resetForUnreachableAccount(GlucoseProvider provider, ErrorInfo problem);
     /// Lets an account that needed the person try again: resets the recovery state and refreshes.
     void reconnect();
 
@@ -82,6 +85,9 @@ public:
     /// The preferences changed. Alerts by readings follow with the next pass in any case; missing data is
     /// looked at anew, and a pass that has not posted yet begins again.
     void alertSettingsDidUpdate();
+    /// The desktop takes notifications again: what it did not take is tried anew at once, instead of within a
+    /// minute.
+    void alertPathDidRecover();
 
 private:
     struct Impl;

@@ -73,6 +73,17 @@ void AlertModel::snooze(Seconds duration, Date now)
     snoozedUntil_ = now + snoozeLength_;
 }
 
+bool AlertModel::mayFollow(std::optional<Date> shown, Date now)
+{
+    if (!snoozedUntil_)
+        return false;
+    const bool ended = *snoozedUntil_ <= now && !shown;
+    const bool anew = *snoozedUntil_ - now > snoozeLength_ + Seconds{30} && shown == now + snoozeLength_;
+    if (ended || anew)
+        snoozedUntil_ = shown;
+    return ended || anew;
+}
+
 void AlertModel::resume() { snoozedUntil_.reset(); }
 
 void AlertModel::loadSnooze(std::optional<Date> stored, Date now)

@@ -41,6 +41,9 @@ public:
     void posted(const AlertNotice& notice, Date passedAt);
     void snooze(Seconds duration, Date now);
     void resume();
+    /// Whether `shown` is what a look without a pass may have made of the snooze, which then counts: one that
+    /// is over ends, and one that a clock set back would prolong begins anew.
+    bool mayFollow(std::optional<Date> shown, Date now);
     /// The stored moment was read.
     void loadSnooze(std::optional<Date> stored, Date now);
     void toldMissing(std::uint64_t gap);
@@ -54,6 +57,8 @@ public:
 
     /// The newest reading is too old, or none has come for as long. Empty when our clock cannot tell.
     [[nodiscard]] std::optional<bool> isMissing(Date now) const;
+    /// Whether alerts could go by the newest reading when it came.
+    [[nodiscard]] bool trustsNewest() const { return !newest_ || newest_->date == trusted_; }
     [[nodiscard]] bool wasToldMissing() const { return toldMissing_; }
     /// Counts fresh readings: each ends a gap.
     [[nodiscard]] std::uint64_t gap() const { return gap_; }

@@ -88,7 +88,7 @@ public:
         center_.fake.delay = usualDelay;
         center_.asks = [this] { askedForPermission(); };
         center_.answers = [this](NotificationAuthorizationState state) { permissionIs(state); };
-        center_.personAnswers = [this](bool granted) { granted ? permitted() : closePass(); };
+        center_.personAnswers = [this](bool granted) { granted ? permitted() : denied(); };
         center_.posts = [this](const UserNotification& notification) { posting(notification); };
         center_.hasPosted = [this](const UserNotification& notification, bool well) {
             posted(notification, well);
@@ -209,7 +209,7 @@ private:
                                                                 .viewModel = viewModel_,
                                                                 .networkMonitor = network_,
                                                                 .defaults = defaults_,
-                                                                .settings = [this] { return settings_; },
+                                                                .settings = [this] { return settingsRead(); },
                                                                 .alertDelivery = *delivery_});
         model_.resume();
         follow();
@@ -226,7 +226,7 @@ private:
         model_.begin(wall());
         model_.loadSnooze(defaults_.date(alertsSnoozedUntilKey), wall());
         pass_.reset();
-        passWaits_ = false;
+        passWaits_ = untold_ = false;
         rateLimitedAt_.reset();
         disturb(0);
         lastFetch_.reset();
@@ -289,6 +289,11 @@ private:
             repaired.state = NotificationAuthorizationState::authorized;
             repaired.failure.reset();
             repaired.delay = usualDelay;
+            if (chance_.once(0.5) && now() > recoveredAt_ + True{61}) {
+                coordinator_->alertPathDidRecover();
+                recoveredAt_ = now();
+                recoveredInPass_ = pass_.has_value();
+            }
         });
     }
 
@@ -296,6 +301,8 @@ private:
     {
         if (!mayInterfere())
             return later(True{15}, [this] { changeSettings(); });
+        if (missingUnderWay_)
+            missingBlockedAt_ = now();  // It begins anew.
         const auto often = [this] { return chance_.once(0.85); };
         const auto halfOfThem = [this] { return chance_.once(0.5); };
         switch (chance_.pick(4)) {
@@ -333,6 +340,8 @@ private:
     {
         if (!mayInterfere())
             return later(True{15}, [this] { snooze(); });
+        if (missingUnderWay_)
+            missingBlockedAt_ = now();  // It begins anew.
         if (chance_.once(0.25)) {
             coordinator_->resumeAlerts();
             model_.resume();
@@ -513,8 +522,24 @@ private:
         bool disturbed = false;  ///< Preferences or snooze have changed since.
     };
 
+    void didNotTell()
+    {
+        untold_ = true;
+        untoldAt_ = now();
+    }
+
+    /// What did not get through is tried again a minute later, or when the desktop says that it is back.
+    AppSettings settingsRead()
+    {
+        const bool tries = now() >= untoldAt_ + True{60 - 1e-3} || now() == recoveredAt_ || recoveredInPass_;
+        if (untold_ && !pass_ && tries)
+            startPass();
+        return settings_;
+    }
+
     void startPass()
     {
+        passWaits_ = untold_ = recoveredInPass_ = false;
         model_.pass(settings_, wall());
         if (const auto due = model_.due(wall()))
             pass_ = Pass{.reading = *model_.newest(), .due = *due, .at = wall()};
@@ -570,6 +595,7 @@ private:
     {
         if (passAsks_) {
             ++counts_["not let"];
+            didNotTell();
             closePass();
         } else {
             missingUnderWay_ = false;
@@ -620,6 +646,8 @@ private:
                 model_.toldMissing(missingGap_);
             return;
         }
+        if (!well)
+            didNotTell();
         if (well && pass_)
             model_.posted(pass_->due, pass_->at);
         closePass();
@@ -635,7 +663,7 @@ private:
         require(model_.isMissing(wall()).value_or(true), "missing data told while there is some");
         require(!offersSnooze, "a snooze offered for missing data");
         require(now() >= looksFirstUntil_, "missing data told before a look at the service after sleep");
-        if (model_.isMissing(wall()) && clockOff_ == True{0}) {
+        if (model_.isMissing(wall()) && model_.trustsNewest() && clockOff_ == True{0}) {
             const StatusBarState& state = viewModel_.state();
             const AlertNotice expected =
                 model_.missingNotice(state.activity ? problem_ : state.currentError, wall());
@@ -674,7 +702,7 @@ private:
         if (pass_ || passWaits_)
             return;
         const auto shown = viewModel_.state().alertsSnoozedUntil;
-        if (shown != model_.snoozedUntil())
+        if (shown != model_.snoozedUntil() && !model_.mayFollow(shown, wall()))
             fail(fmt::format("snoozed until {} instead of {}", shown ? isoText(*shown) : "-",
                              model_.snoozedUntil() ? isoText(*model_.snoozedUntil()) : "-"));
         require(defaults_.date(alertsSnoozedUntilKey) == shown, "another snooze stored than shown");
@@ -753,7 +781,11 @@ private:
     AlertModel model_{TimeZone::current()};
     std::optional<Pass> pass_{};
     bool passWaits_ = false;  ///< For the one that is under way.
-    bool passAsks_ = false;   ///< Whose call for permission goes on: the pass's, else that of missing data.
+    bool untold_ = false;     ///< The last pass did not get through.
+    bool recoveredInPass_ = false;
+    True untoldAt_{0};
+    True recoveredAt_{-1e9};
+    bool passAsks_ = false;  ///< Whose call for permission goes on: the pass's, else that of missing data.
     bool personWasAsked_ = false;
     bool missingUnderWay_ = false;
     std::uint64_t missingGap_ = 0;

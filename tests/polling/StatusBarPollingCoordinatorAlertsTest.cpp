@@ -134,26 +134,89 @@ TEST_F(StatusBarPollingCoordinatorAlertsTest, eachGoodAnswerIsEvaluatedAndWhatWa
     EXPECT_EQ(posted(), Titles{});
 }
 
-TEST_F(StatusBarPollingCoordinatorAlertsTest, notificationThatDoesNotGetThroughIsTriedAtEachPollUntilItDoes)
+TEST_F(StatusBarPollingCoordinatorAlertsTest,
+       notificationThatDoesNotGetThroughIsTriedEachMinuteUntilItDoesOrIsPast)
 {
     const LogCatcher log{"StatusBarPollingCoordinator"};
-    run();
-    center.state = NotificationAuthorizationState::denied;
-    poll(60);
-    poll(60);
-    center.state = NotificationAuthorizationState::authorized;
-    center.failure = NotificationError{"The server is gone."};
-    poll(60);
-    EXPECT_EQ(posted(), Titles{});
-    EXPECT_EQ(
-        std::ranges::count(log.lines(), "Failed to post glucose alert notification: The server is gone."), 1)
-        << log.text();
+    for (const bool refused : {true, false}) {
+        SCOPED_TRACE(refused ? "no permission" : "no post");
+        const auto spoil = [&](bool spoilt) {
+            if (refused)
+                center.state = spoilt ? NotificationAuthorizationState::denied
+                                      : NotificationAuthorizationState::authorized;
+            else
+                center.failure =
+                    spoilt ? std::optional{NotificationError{"The server is gone."}} : std::nullopt;
+        };
+        coordinator->resetForNewConfiguration(service, GlucoseProvider::dexcom);
+        clock.runReady();
+        spoil(true);
+        poll(60);
+        clock.advance(Seconds{100});
+        EXPECT_EQ(posted(), Titles{});
+        spoil(false);
+        clock.advance(Seconds{19.9});
+        EXPECT_EQ(posted(), Titles{});
+        clock.advance(Seconds{0.2});
+        EXPECT_EQ(posted(), Titles{low});
+        clock.advance(Seconds{100});
+        EXPECT_EQ(posted(), Titles{}) << "it is told";
+        poll(120);
+
+        // At once when the desktop tells that it is back; but that may be a word too many.
+        spoil(true);
+        poll(60);
+        const int tries = center.refused;
+        for (int word = 0; word < 10; ++word) {
+            coordinator->alertPathDidRecover();
+            clock.runReady();
+        }
+        EXPECT_LE(center.refused, tries + 1);
+        clock.advance(Seconds{70});
+        spoil(false);
+        coordinator->alertPathDidRecover();
+        clock.runReady();
+        EXPECT_EQ(posted(), Titles{low});
+
+        // What is past is not told.
+        poll(120);
+        spoil(true);
+        poll(60);
+        answerAged(Seconds{0});
+        settings.alertOnLowThreshold = false;
+        clock.advance(Seconds{61});
+        spoil(false);
+        settings = {};
+        coordinator->alertPathDidRecover();
+        clock.advance(Seconds{65});
+        EXPECT_EQ(posted(), Titles{});
+        answer();
+    }
+    EXPECT_TRUE(log.text().contains("Failed to post glucose alert notification: The server is gone."));
     EXPECT_FALSE(log.text().contains("60 mg/dL"));
+}
+
+TEST_F(StatusBarPollingCoordinatorAlertsTest, refreshWaitsForNoPassAndTheNewestReadingHasTheNextOne)
+{
+    center.delay = 5s;
+    center.failure = NotificationError{"No answer."};
+    run();
+    clock.advance(Seconds{6});
+    for (int again = 0; again < 3; ++again) {
+        service->onFetch = [this] {
+            return Fetched{
+                std::vector{reading(clock.now(), 70 - unixSeconds(clock.now()) + unixSeconds(start))}};
+        };
+        refresh();
+        clock.advance(Seconds{1});
+        EXPECT_FALSE(state().activity) << "a refresh waits for a notification";
+    }
+    EXPECT_EQ(service->fetches.size(), 4U);
     center.failure.reset();
-    poll(60);
+    clock.advance(Seconds{60});
     EXPECT_EQ(posted(), Titles{low});
-    poll(60);
-    EXPECT_EQ(posted(), Titles{});
+    EXPECT_TRUE(center.posted.back().body.starts_with("62 mg/dL")) << center.posted.back().body;
+    EXPECT_EQ(center.mostRunning, 1);
 }
 
 TEST_F(StatusBarPollingCoordinatorAlertsTest, slowDesktopHoldsUpNeitherPollsNorTheScreenAndPassesDoNotOverlap)
@@ -653,6 +716,29 @@ TEST_F(MissingDataTest, clockThatIsMinutesBehindIsToldForAlertsCannotGoByTheRead
     poll(60);
     EXPECT_EQ(posted(), Titles{low});
     EXPECT_EQ(errorTitle(), "");
+}
+
+TEST_F(MissingDataTest, isToldAtOnceWhenTheDesktopIsBack)
+{
+    beginGap();
+    center.state = NotificationAuthorizationState::denied;
+    advanceTo(last + Seconds{930});
+    center.state = NotificationAuthorizationState::authorized;
+    coordinator->alertPathDidRecover();
+    clock.runReady();
+    EXPECT_EQ(posted(), Titles{missing});
+}
+
+TEST_F(MissingDataTest, clockThatIsSetBackDoesNotProlongASnoozeWhileNoDataComes)
+{
+    beginGap();
+    advanceTo(last + Seconds{890});
+    coordinator->snoozeAlerts(1800s);
+    clock.advance(Seconds{30});
+    clock.setWallClock(clock.now() - Seconds{5 * 3600.0});
+    clock.advance(Seconds{1800 + 900 + 400});
+    EXPECT_EQ(posted(), Titles{missing});
+    expectSnooze(std::nullopt);
 }
 
 TEST_F(MissingDataTest, healthyDayNeedsNoWakeUpOfItsOwn)
