@@ -173,7 +173,7 @@ void AppDelegate::followAccount()
         return;
     }
     if (account->password.empty()) {
-        coordinator.resetForNewConfiguration(nullptr, account->provider, passwordProblem());
+        coordinator.resetForUnreachableAccount(account->provider, passwordProblem());
         passwordTask_ = startTask(services_.main, retryPassword());
         return;
     }

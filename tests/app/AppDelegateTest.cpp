@@ -346,6 +346,13 @@ TEST_F(AppDelegateTest, aPasswordThatComesLateIsFoundWithoutARestart)
     clock.advance(2min);
     EXPECT_EQ(api->fetches, 0);
     EXPECT_LE(late->reads, 5);
+    clock.advance(13min - 1s);
+    EXPECT_TRUE(center.posted.empty());
+    clock.advance(2s);
+    ASSERT_EQ(center.posted.size(), 1U) << "at night nobody sees the menu";
+    EXPECT_EQ(center.posted.front().title, "No glucose data");
+    EXPECT_TRUE(center.posted.front().body.starts_with("Password not available. "))
+        << center.posted.front().body;
 
     late->status = keychainStatus::success;
     clock.advance(5min + 6s);
