@@ -132,8 +132,11 @@ void Core::makeAlerts(bool postsAlerts)
             if (delegate_)
                 delegate_->alertPathDidChange();
         };
-        desktopNotifications_->onAuthorizationChange(
-            [lookAgain](NotificationAuthorizationState) { lookAgain(); });
+        desktopNotifications_->onAuthorizationChange([this, lookAgain](NotificationAuthorizationState state) {
+            if (coordinator_ && state == NotificationAuthorizationState::authorized)
+                coordinator_->alertPathDidRecover();
+            lookAgain();
+        });
         desktopNotifications_->onLastAlertChange(lookAgain);
         alertSound_->onProblemChange(lookAgain);
         // Early in a session the desktop's own server may be yet to come; nobody should start another.
