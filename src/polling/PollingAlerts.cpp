@@ -137,11 +137,12 @@ void PollingAlerts::logFailedPost(const NotificationError& error) const
 void PollingAlerts::startPass(const Uuid& run)
 {
     passWanted_ = true;
-    if (passTask_.running()) {
+    if (passing_ && passTask_.running()) {
         if (passWake_)
             passWake_->try_send(boost::system::error_code{});
         return;
     }
+    passing_ = true;
     passTask_ = startTask(parts_.engine, passes(shared_from_this(), run));
 }
 
@@ -155,9 +156,12 @@ asio::awaitable<void> PollingAlerts::passes(Self self, Uuid run)
         self->passUntold_ = end == PassEnd::untold;
         if (end == PassEnd::overtaken || self->passWanted_ || (self->passUntold_ && self->recovered_))
             continue;
-        // Nothing waits between here and the task's end, so no wish for a pass is lost.
-        if (end == PassEnd::settled)
+        if (end == PassEnd::settled) {
+            // The task itself may end a turn later, and no wish for a pass may get lost in between.
+            if (self->isCurrent(run))
+                self->passing_ = false;
             co_return;
+        }
         self->passWake_ = std::make_shared<Wake>(self->parts_.engine, 1);
         co_await pause(self, self->passWake_, self->parts_.clock.now() + MissingDataAlert::lookInterval);
         self->passWake_.reset();

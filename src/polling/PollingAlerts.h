@@ -114,6 +114,7 @@ private:
     bool changed_ = false;              ///< Since the last look for missing data.
     std::shared_ptr<Wake> wake_{};      ///< Ends the wait for the next look; of one use.
     bool passWanted_ = false;           ///< Since the last pass began.
+    bool passing_ = false;              ///< A pass goes on, or waits to be tried again.
     bool passUntold_ = false;           ///< The last pass did not get through.
     bool recovered_ = false;            ///< The desktop did, since the last pass began.
     bool missingUntold_ = false;        ///< Nor did the last word of missing data.
