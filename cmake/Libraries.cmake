@@ -6,6 +6,7 @@ find_package(OpenSSL 3.0 REQUIRED)
 find_package(fmt REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(date REQUIRED)
+find_package(simdjson REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(PkgConfig REQUIRED)
 # Optional: without it, or without a journal at run time, log lines go to standard error alone.
