@@ -9,7 +9,7 @@
 
 #include "polling/GlucoseAlertEvaluator.h"
 #include "statusbar/ReadingPresentation.h"
-#include "statusbar/StatusItemContent.h"
+#include "statusbar/StatusBarMenu.h"
 
 namespace tidewell {
 

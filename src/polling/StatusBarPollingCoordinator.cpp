@@ -487,6 +487,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             viewModel.setGlucoseHistory(std::move(history));
             viewModel.setCurrentError(std::move(status));
             viewModel.setNextRetryAt(std::nullopt);
+            viewModel.setLastUpdateAt(seen);
             viewModel.presentReading(shown, seen);
             viewModel.finishActivity();
         });

@@ -62,7 +62,16 @@ private:
     void carryOut(MenuCommand command)
     {
         switch (command) {
-        case MenuCommand::none: break;
+        case MenuCommand::none:
+        case MenuCommand::graphWindow1:
+        case MenuCommand::graphWindow3:
+        case MenuCommand::graphWindow6:
+        case MenuCommand::graphWindow12:
+        case MenuCommand::graphWindow24:
+        case MenuCommand::installUpdate:
+        case MenuCommand::showInsights:
+        case MenuCommand::showSettings: break;
+        case MenuCommand::showGraph: item_.showMenu(QCursor::pos()); break;
         case MenuCommand::refresh:
             asio::co_spawn(core_.main(), core_.coordinator().refreshNow(), asio::detached);
             break;

@@ -5,7 +5,7 @@
 #include "program/CommandSession.h"
 #include "program/Commands.h"
 #include "program/SnoozeLength.h"
-#include "statusbar/StatusItemContent.h"
+#include "statusbar/StatusBarMenu.h"
 
 namespace tidewell {
 

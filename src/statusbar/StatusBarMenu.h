@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "config/AppConfiguration.h"
@@ -35,11 +36,14 @@ enum class MenuCommand {
 /// The window that a graphWindow command stands for; empty for the other commands.
 [[nodiscard]] std::optional<GraphTimeWindow> graphTimeWindow(MenuCommand command);
 
+/// What the command of the last update is called where it stands by itself.
+inline constexpr std::string_view refreshTitle = "Refresh";
+
 /// One item of the status item's menu.
 struct MenuItem {
     enum class Kind {
         graph,  ///< The picture. `title` is what a line of text shows instead, `children` pick its window.
-        lastUpdate,  ///< When data last came, with the command to refresh.
+        lastUpdate,  ///< When data last came, with the command to refresh; `enabled` speaks of the command.
         alert,       ///< A problem: `title`, and further lines in `details`. Cannot be chosen.
         action,
         choice,  ///< One of several; the one in force is `checked`.
@@ -49,6 +53,7 @@ struct MenuItem {
     Kind kind = Kind::action;
     std::string title{};
     std::vector<std::string> details{};
+    std::string accessibleText{};  ///< What a screen reader says of it; empty: its texts as they stand.
     MenuCommand command = MenuCommand::none;
     bool enabled = true;
     bool checked = false;
@@ -77,5 +82,8 @@ struct MenuPlaces {
 /// a text and an action, the graph a line with a submenu of showGraph and its windows. Only the kinds action,
 /// choice, text and separator, and children only below an action.
 [[nodiscard]] std::vector<MenuItem> menuOfLines(const std::vector<MenuItem>& menu);
+
+/// "Low, high and rapid-change alerts snoozed until 14:30": what the preferences let a snooze silence.
+[[nodiscard]] std::string snoozeLine(Date until, const AppSettings& settings, TimeZone zone);
 
 }  // namespace tidewell

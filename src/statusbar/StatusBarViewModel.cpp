@@ -293,6 +293,16 @@ void StatusBarViewModel::setNextRetryAt(std::optional<Date> date)
     impl_->change([&] { impl_->set(impl_->state.nextRetryAt, date); });
 }
 
+void StatusBarViewModel::setLastUpdateAt(std::optional<Date> date)
+{
+    impl_->change([&] { impl_->set(impl_->state.lastUpdateAt, date); });
+}
+
+void StatusBarViewModel::setUpdateAvailable(bool available)
+{
+    impl_->change([&] { impl_->set(impl_->state.updateAvailable, available); });
+}
+
 void StatusBarViewModel::setAlertsSnoozedUntil(std::optional<Date> date)
 {
     impl_->change([&] {
@@ -313,6 +323,7 @@ void StatusBarViewModel::clear()
         StatusBarState empty;
         empty.alertsSnoozedUntil = impl_->state.alertsSnoozedUntil;
         empty.alertProblem = impl_->state.alertProblem;
+        empty.updateAvailable = impl_->state.updateAvailable;
         empty.accessibilityValue = spokenGlucose(std::nullopt, impl_->clock.now(), impl_->settings());
         impl_->set(impl_->state, std::move(empty));
     });

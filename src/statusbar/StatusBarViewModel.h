@@ -49,6 +49,8 @@ struct StatusBarState {
     /// Why alerts would not be seen or heard, and on a second line what to do.
     std::optional<std::string> alertProblem{};
     std::optional<Date> nextRetryAt{};
+    std::optional<Date> lastUpdateAt{};  ///< When the service last answered with readings.
+    bool updateAvailable = false;        ///< Of the program.
     std::optional<GlucoseReading> presentedReading{};
     std::optional<ReadingFreshness> freshness{};  ///< Of the presented reading, at the last presentation.
     /// Of the presented reading, in whole minutes at the last look, which is at most two minutes ago until
@@ -88,9 +90,11 @@ public:
     void setGlucoseHistory(std::vector<GlucoseReading> history);
     void setCurrentError(std::optional<ErrorInfo> error);
     void setNextRetryAt(std::optional<Date> date);
+    void setLastUpdateAt(std::optional<Date> date);
+    void setUpdateAvailable(bool available);
     void setAlertsSnoozedUntil(std::optional<Date> date);
     void setAlertProblem(std::optional<std::string> problem);
-    /// Forgets reading, history, activity, error and retry: another account begins.
+    /// Forgets reading, history, activity, error, retry and last update: another account begins.
     void clear();
     void appSettingsDidUpdate();
     /// After sleep, when the wall clock may have jumped: ages the shown reading at once.

@@ -4,31 +4,17 @@
 #include <string>
 #include <vector>
 
+#include "statusbar/StatusBarMenu.h"
 #include "statusbar/StatusBarViewModel.h"
 #include "support/TimeText.h"
 
 namespace tidewell {
 
-/// What a menu item does when it is chosen.
-enum class MenuCommand {
+/// The badge in the icon's corner.
+enum class StatusIndicator {
     none,
-    refresh,
-    reconnect,
-    signIn,
-    snooze30Minutes,
-    snooze2Hours,
-    resumeAlerts,
-    quit
-};
-
-/// One line of the status item's menu.
-struct MenuItem {
-    enum class Kind { action, text, separator };
-    Kind kind = Kind::action;
-    std::string title{};
-    MenuCommand command = MenuCommand::none;
-    bool enabled = true;
-    bool operator==(const MenuItem&) const = default;
+    warning,         ///< "warningBadge": the value cannot be relied on, or there is none.
+    updateAvailable  ///< "updateBadge": of the program.
 };
 
 /// How the button is filled behind the value.
@@ -43,24 +29,18 @@ struct StatusItemContent {
     StatusButtonLook look = StatusButtonLook::plain;
     std::optional<ReadingFreshness> freshness{};  ///< Of the reading that is shown, if any, at that moment.
     std::optional<GlucoseRange> range{};          ///< Of a current reading only: an old one is nowhere now.
-    bool warningBadge = false;
+    StatusIndicator indicator = StatusIndicator::none;
     std::string tooltipTitle{};        ///< Value with unit and trend: "120 mg/dL →".
     std::string tooltipText{};         ///< Age and any problem, lines separated by '\n'; plain text.
     std::string accessibilityLabel{};  ///< "Tidewell".
     std::string accessibilityValue{};
-    std::vector<MenuItem> menu{};
+    std::vector<MenuItem> menu{};  ///< All of statusBarMenu().
     bool operator==(const StatusItemContent&) const = default;
 };
 
 /// The content for a state at a moment. Pure. A reading that has aged since the state was made is shown with
-/// the age that it has now. The menu begins with the problem, if any, and with what keeps alerts from being
-/// noticed. What helps comes first among its commands: "Reconnect" when the same account may be tried again,
-/// then "Sign in…", which is called "Switch account…" and stands further down when nothing waits for the
-/// person.
+/// the age that it has now. `places` are what the menu can lead to.
 [[nodiscard]] StatusItemContent statusItemContent(const StatusBarState& state, const AppSettings& settings,
-                                                  Date now, TimeZone zone);
-
-/// "Low, high and rapid-change alerts snoozed until 14:30": what the preferences let a snooze silence.
-[[nodiscard]] std::string snoozeLine(Date until, const AppSettings& settings, TimeZone zone);
+                                                  Date now, TimeZone zone, const MenuPlaces& places = {});
 
 }  // namespace tidewell

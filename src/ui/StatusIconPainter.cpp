@@ -294,7 +294,7 @@ void paintStacked(QPainter& painter, const StatusItemContent& content, const Par
     const double valueHeight = std::round(inner.height() * (parts.sign.isEmpty() ? 0.7 : 0.55));
     const double top = parts.sign.isEmpty() ? inner.top() + (inner.height() - valueHeight) / 2 : inner.top();
     QPainterPath outline = fittedText(parts.value, QRectF{inner.left(), top, inner.width(), valueHeight});
-    const double corner = content.warningBadge ? badgeSize(height) - side / 2 : 0;
+    const double corner = content.indicator == StatusIndicator::warning ? badgeSize(height) - side / 2 : 0;
     const QRectF below{inner.left(), top + valueHeight + gap, inner.width() - corner,
                        inner.bottom() - top - valueHeight - gap};
     outline.addPath(signOutline(parts.sign, below, std::max(1.5, height / 11.5)));
@@ -314,7 +314,7 @@ QImage paintWide(const StatusItemContent& content, const Parts& parts, const Sta
     const QRectF unbounded{0, top, height * 40, textHeight};
     const double valueWidth = std::ceil(fittedText(parts.value, unbounded).boundingRect().width());
     const double arrowWidth = std::ceil(signWidth(parts.sign, textHeight));
-    const double badge = content.warningBadge ? badgeSize(height) : 0;
+    const double badge = content.indicator == StatusIndicator::warning ? badgeSize(height) : 0;
     const double width = pad * 2 + valueWidth + (arrowWidth > 0 ? gap + arrowWidth : 0) + badge;
 
     Canvas made = canvas(std::max(width, height), style.height);
@@ -327,7 +327,7 @@ QImage paintWide(const StatusItemContent& content, const Parts& parts, const Sta
     outline.setFillRule(Qt::WindingFill);
     const double trim = std::floor(height / 12);
     paintInk(painter, outline, ink, made.area.adjusted(0, trim, 0, -trim));
-    if (content.warningBadge)
+    if (content.indicator == StatusIndicator::warning)
         paintBadge(painter, made.area.adjusted(0, 0, 0, -trim));
     painter.end();
     return made.image.convertToFormat(QImage::Format_ARGB32);
@@ -355,7 +355,7 @@ QImage paintStatusIcon(const StatusItemContent& content, const StatusIconStyle& 
         paintStacked(painter, content, parts, inkFor(content, parts, style.scheme), made.area);
     else
         paintInk(painter, threeDots(made.area), inkFor(content, parts, style.scheme), made.area);
-    if (content.warningBadge && content.iconState != StatusBarIconState::attention)
+    if (content.indicator == StatusIndicator::warning && content.iconState != StatusBarIconState::attention)
         paintBadge(painter, made.area);
     painter.end();
     return made.image.convertToFormat(QImage::Format_ARGB32);

@@ -192,8 +192,9 @@ StatusMenu::StatusMenu(std::function<void(MenuCommand)> command)
 
 StatusMenu::~StatusMenu() = default;
 
-void StatusMenu::setItems(const std::vector<MenuItem>& items)
+void StatusMenu::setItems(const std::vector<MenuItem>& menu)
 {
+    const std::vector<MenuItem> items = menuOfLines(menu);
     if (items == impl_->items)
         return;
     const std::vector<MenuItem> before = std::exchange(impl_->items, items);

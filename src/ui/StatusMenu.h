@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "statusbar/StatusItemContent.h"
+#include "statusbar/StatusBarMenu.h"
 
 class QMenu;
 

@@ -93,11 +93,11 @@ StatusItemContent sample(std::string value = "120")
     content.tooltipText = "2 minutes ago";
     content.accessibilityLabel = "Tidewell";
     content.accessibilityValue = "Current glucose: " + value;
-    content.menu = {{MenuItem::Kind::text, "2 minutes ago", MenuCommand::none, false},
-                    {MenuItem::Kind::separator},
-                    {MenuItem::Kind::action, "Refresh_now", MenuCommand::refresh},
-                    {MenuItem::Kind::action, "Sign in…", MenuCommand::signIn, false},
-                    {MenuItem::Kind::action, "Quit", MenuCommand::quit}};
+    content.menu = {{.kind = MenuItem::Kind::text, .title = "2 minutes ago", .enabled = false},
+                    {.kind = MenuItem::Kind::separator},
+                    {.title = "Refresh_now", .command = MenuCommand::refresh},
+                    {.title = "Sign in…", .command = MenuCommand::signIn, .enabled = false},
+                    {.title = "Quit", .command = MenuCommand::quit}};
     return content;
 }
 
@@ -326,7 +326,7 @@ TEST_F(ShownItemTest, theMenuIsReadAndChosenFromByAnyPanel)
     present(changed);
     panel.settle();
     EXPECT_EQ(panel.signalCounts, (std::map<QString, int>{{"ItemsPropertiesUpdated", 1}}));
-    changed.menu.insert(changed.menu.begin(), {MenuItem::Kind::text, "Server error"});
+    changed.menu.insert(changed.menu.begin(), {.kind = MenuItem::Kind::text, .title = "Server error"});
     present(changed);
     const DBusMenuLayout later = layoutAt(-1);
     EXPECT_EQ(panel.signalCounts["LayoutUpdated"], 1);

@@ -24,18 +24,6 @@ StatusItemContent content(const StatusBarState& state, Date now = start, AppSett
     return statusItemContent(state, settings, now, TimeZone::utc());
 }
 
-/// The menu as one line: "[x]" disabled, "--" separator.
-std::string menuText(const StatusBarState& state, Date now = start)
-{
-    std::string text;
-    for (const MenuItem& item : content(state, now).menu) {
-        const bool separator = item.kind == MenuItem::Kind::separator;
-        text += separator ? "--" : item.enabled ? item.title : "[" + item.title + "]";
-        text += "|";
-    }
-    return text;
-}
-
 TEST(StatusItemContent, showsValueFillAndTooltipByFreshness)
 {
     using enum StatusButtonLook;
@@ -82,7 +70,7 @@ TEST(StatusItemContent, showsTheAgeOfTheMomentWhenTheStateIsLate)
     const StatusItemContent stale = content(showing(60, Seconds{0}), start + Seconds{900});
     EXPECT_EQ(stale.label, "60 ?");
     EXPECT_EQ(stale.look, StatusButtonLook::plain);
-    EXPECT_TRUE(stale.warningBadge);
+    EXPECT_EQ(stale.indicator, StatusIndicator::warning);
     EXPECT_EQ(stale.accessibilityValue,
               "Stale glucose reading. Last known value 60, received 15 minutes ago.");
     EXPECT_EQ(content(showing(60, Seconds{900}), start + Seconds{2700}).label, "-- ?");
@@ -90,96 +78,36 @@ TEST(StatusItemContent, showsTheAgeOfTheMomentWhenTheStateIsLate)
     EXPECT_EQ(content(showing(60, Seconds{3600}), start - Seconds{86'400}).label, "-- ?");
 }
 
-TEST(StatusItemContent, putsProblemRetryAndSignInIntoTheMenu)
+TEST(StatusItemContent, theTooltipSaysWhatGoesOnAndWhatIsWrong)
 {
-    const std::string snooze = "Snooze alerts (30 min)|Snooze alerts (2 hours)|--|";
-    const std::string commands = snooze + "Refresh|Switch account…|--|Quit|";
+    const std::string age = "Measured at 08:00, less than 5 minutes ago, steady";
     StatusBarState state = showing(120, Seconds{0});
-    EXPECT_EQ(menuText(state), commands);
-
     state.activity = StatusBarActivity::refreshing;
-    EXPECT_EQ(menuText(state), snooze + "[Refresh]|Switch account…|--|Quit|");
-    EXPECT_EQ(content(state).tooltipText,
-              "Measured at 08:00, less than 5 minutes ago, steady\nRefreshing glucose…");
+    EXPECT_EQ(content(state).tooltipText, age + "\nRefreshing glucose…");
     state.activity.reset();
-
     state.nextRetryAt = start + Seconds{30};
-    EXPECT_EQ(menuText(state), commands) << "a retry without a problem is nobody's business";
+    EXPECT_EQ(content(state).tooltipText, age) << "a retry without a problem is nobody's business";
     state.currentError = {.title = "No internet connection available.",
                           .message = "Connect to the internet to retrieve glucose data."};
-    const std::string problem =
-        "[No internet connection available.]|[Connect to the internet to retrieve "
-        "glucose data.]|[Next retry at 08:00]|--|";
-    EXPECT_EQ(menuText(state), problem + commands);
-    EXPECT_EQ(menuText(state, start + Seconds{4000}), problem + commands) << "one problem at a time";
-    EXPECT_EQ(content(state).tooltipText,
-              "Measured at 08:00, less than 5 minutes ago, steady\nNo internet connection available.\n"
-              "Connect to the internet to retrieve glucose data.\n"
-              "Next retry at 08:00");
-    EXPECT_TRUE(content(state).warningBadge);
-
-    state.currentError = {
-        .title = "Sign in required", .message = "M", .remediation = "R", .needsSignIn = true};
-    state.nextRetryAt.reset();
-    EXPECT_EQ(menuText(state), "[Sign in required]|[M]|[R]|--|Sign in…|--|" + snooze + "[Refresh]|--|Quit|");
-
-    state.currentError->canReconnect = true;
-    EXPECT_EQ(menuText(state),
-              "[Sign in required]|[M]|[R]|--|Reconnect|Sign in…|--|" + snooze + "[Refresh]|--|Quit|");
-    EXPECT_EQ(content(state).menu[4].command, MenuCommand::reconnect);
-
-    EXPECT_EQ(
-        menuText(showing(120, Seconds{7500})),
-        "[Stale glucose reading]|[Last glucose reading was 2 hours and 5 minutes ago.]|[Check your sensor "
-        "connection and sensor app if readings do not resume.]|--|" +
-            commands);
-    const std::vector<MenuItem> menu = content(showing(120, Seconds{0})).menu;
-    EXPECT_EQ(menu[0].command, MenuCommand::snooze30Minutes);
-    EXPECT_EQ(menu[1].command, MenuCommand::snooze2Hours);
-    EXPECT_EQ(menu[3].command, MenuCommand::refresh);
-    EXPECT_EQ(menu[4].command, MenuCommand::signIn);
-    EXPECT_EQ(menu[6].command, MenuCommand::quit);
-}
-
-TEST(StatusItemContent, aSnoozeNamesWhatItSilencesAndIsGoneWhenItEnds)
-{
-    StatusBarState state = showing(120, Seconds{0});
-    state.alertsSnoozedUntil = start + Seconds{840};
-    struct Case {
-        bool low, high, rapid;
-        std::string silenced;
-    };
-    const std::vector<Case> cases{
-        {true, true, true, "Low, high and rapid-change alerts"},
-        {true, false, true, "Low and rapid-change alerts"},
-        {false, true, false, "High alerts"},
-        {false, false, true, "Rapid-change alerts"},
-        {false, false, false, "No alerts (no category is selected)"},
-    };
-    for (const Case& each : cases) {
-        const AppSettings settings{.snoozeLowAlerts = each.low,
-                                   .snoozeHighAlerts = each.high,
-                                   .snoozeRapidChangeAlerts = each.rapid};
-        const auto menu = content(state, start, settings).menu;
-        EXPECT_EQ(menu[0].title, each.silenced + " snoozed until 08:14");
-        EXPECT_FALSE(menu[0].enabled);
-        EXPECT_EQ(menu[1].title, "Resume alerts now");
-        EXPECT_EQ(menu[1].command, MenuCommand::resumeAlerts);
-        EXPECT_EQ(menu[2].kind, MenuItem::Kind::separator);
-    }
-    EXPECT_TRUE(menuText(state, start + Seconds{839.9}).starts_with("[Low, "));
-    EXPECT_TRUE(menuText(state, start + Seconds{840}).starts_with("Snooze alerts (30 min)|Snooze"));
-}
-
-TEST(StatusItemContent, whatKeepsAlertsFromBeingNoticedStandsBelowTheProblem)
-{
-    StatusBarState state = showing(120, Seconds{0});
     state.alertProblem = "There is no notification server.\nStart one.";
-    EXPECT_TRUE(menuText(state).starts_with("[There is no notification server.]|[Start one.]|--|Snooze"));
-    EXPECT_TRUE(content(state).tooltipText.ends_with("\nThere is no notification server.\nStart one."));
-    EXPECT_FALSE(content(state).warningBadge) << "the badge speaks of the value";
-    state.currentError = {.title = "T", .message = "M"};
-    EXPECT_TRUE(menuText(state).starts_with("[T]|[M]|[There is no notification server.]|[Start one.]|--|"));
+    EXPECT_EQ(content(state).tooltipText,
+              age +
+                  "\nNo internet connection available.\nConnect to the internet to retrieve glucose data.\n"
+                  "Next retry at 08:00\nThere is no notification server.\nStart one.");
+}
+
+TEST(StatusItemContent, theBadgeWarnsOfTheValueBeforeItTellsOfAnUpdate)
+{
+    using enum StatusIndicator;
+    StatusBarState state = showing(120, Seconds{0});
+    EXPECT_EQ(content(state).indicator, none);
+    state.alertProblem = "There is no notification server.";
+    EXPECT_EQ(content(state).indicator, none) << "the badge speaks of the value";
+    state.updateAvailable = true;
+    EXPECT_EQ(content(state).indicator, updateAvailable);
+    EXPECT_EQ(content(state, start + Seconds{900}).indicator, warning);
+    state.currentError = {.title = "T"};
+    EXPECT_EQ(content(state).indicator, warning);
 }
 
 }  // namespace

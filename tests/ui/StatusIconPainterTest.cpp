@@ -201,7 +201,7 @@ TEST(StatusIconPainter, whateverDiffersLooksDifferent)
     contents.push_back(reading("120", "↗"));
     contents.push_back(reading("120", ""));
     contents.push_back(reading("120", "→"));
-    contents.back().warningBadge = true;
+    contents.back().indicator = StatusIndicator::warning;
     contents.push_back({.iconState = StatusBarIconState::waiting});
     contents.push_back({.iconState = StatusBarIconState::attention});
     for (const int height : {16, 24}) {

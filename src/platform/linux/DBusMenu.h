@@ -12,7 +12,7 @@
 #include <tuple>
 #include <vector>
 
-#include "statusbar/StatusItemContent.h"
+#include "statusbar/StatusBarMenu.h"
 
 namespace tidewell {
 

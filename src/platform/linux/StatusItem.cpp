@@ -325,7 +325,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
             updateLegacyTray();
         if (!item || !host)
             return;
-        busMenu->setItems(content.menu);
+        busMenu->setItems(menuOfLines(content.menu));
         item->setFace(face());
     }
 
