@@ -50,24 +50,24 @@ public:
     [[nodiscard]] bool needsConfigurationWrite() const { return needsConfigurationWrite_; }
 
     /// The scope's key. A missing one is made only when `mayCreate`, no collection has begun and no day file
-    /// is there; else it is unavailableKey. Kept in memory after it has been found.
+    /// is there; else it is unavailableKey. Asks the secret store each time: what a key seals that has gone
+    /// from there in the meantime, nobody could open after the next start.
     [[nodiscard]] std::expected<SecretText, GlucoseHistoryError> loadKey(bool mayCreate);
-    /// Forgets the key in memory: it may have changed in the secret store.
-    void forgetKey();
     /// Of a deletion, after all files: removes the key item.
     [[nodiscard]] std::expected<void, GlucoseHistoryError> removeKey();
 
     [[nodiscard]] std::expected<std::vector<std::int64_t>, GlucoseHistoryError> days();
-    /// An absent day is empty.
+    /// An absent day is empty. unreadableHistory when its file is damaged, storageFailure when the system
+    /// would not read it.
     [[nodiscard]] std::expected<std::optional<HistoryDay>, GlucoseHistoryError> readDay(const SecretText& key,
                                                                                         std::int64_t day);
+    /// Refuses (storageFailure) what readDay() would not read again: another scope, a reading of another day.
     [[nodiscard]] std::expected<void, GlucoseHistoryError> writeDay(const SecretText& key, std::int64_t index,
                                                                     const HistoryDay& day);
     [[nodiscard]] std::expected<void, GlucoseHistoryError> removeDay(std::int64_t day);
 
 private:
     Parts parts_;
-    std::optional<SecretText> key_{};
     bool needsConfigurationWrite_ = false;
 };
 

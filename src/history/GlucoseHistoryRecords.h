@@ -39,6 +39,7 @@ struct GlucoseHistoryManifest {
     std::vector<HistoryScopeID> scopes{};  ///< Each once, in the order in which they came.
     std::optional<HistoryScopeID> attachedScopeID{};
     std::optional<HistoryScopeID> legacyMigrationScope{};
+    json::object unknown{};  ///< Members that this version does not know; written back as they are.
     bool operator==(const GlucoseHistoryManifest&) const = default;
 };
 
@@ -53,6 +54,7 @@ struct GlucoseHistoryConfiguration {
     bool pendingDeletion = false;
     bool hasPreviouslyEnabled = false;
     std::optional<Date> collectionIntervalStart{};
+    json::object unknown{};  ///< Members that this version does not know; written back as they are.
     bool operator==(const GlucoseHistoryConfiguration&) const = default;
 };
 
@@ -75,7 +77,7 @@ struct HistoryDay {
     bool operator==(const HistoryDay&) const = default;
 };
 
-/// Whole days since 1970-01-01 00:00 UTC, rounded down.
+/// Whole days since 1970-01-01 00:00 UTC, rounded down, of the millisecond that is stored of `date`.
 [[nodiscard]] std::int64_t historyDayIndex(Date date);
 /// "20771.history", and back; empty for any other name, also for leading zeros.
 [[nodiscard]] std::string historyDayFileName(std::int64_t day);
@@ -87,12 +89,16 @@ struct HistoryDay {
 [[nodiscard]] std::string encode(const GlucoseHistoryConfiguration& configuration);
 [[nodiscard]] std::expected<GlucoseHistoryConfiguration, GlucoseHistoryError> decodeHistoryConfiguration(
     std::string_view json);
+/// A reading whose value or time is no finite number has no JSON form and is left out.
 [[nodiscard]] std::string encode(const HistoryDay& day);
 /// Refuses another schema version, another scope, a reading of another day, and whatever does not decode:
 /// all of it is unreadableHistory.
 [[nodiscard]] std::expected<HistoryDay, GlucoseHistoryError> decodeHistoryDay(std::string_view json,
                                                                               const HistoryScopeID& scope,
                                                                               std::int64_t day);
+/// The same for a day of the single-key layout, which may lack the scope or hold an empty one.
+[[nodiscard]] std::expected<HistoryDay, GlucoseHistoryError> decodeLegacyHistoryDay(
+    std::string_view json, const HistoryScopeID& scope, std::int64_t day);
 
 /// What saved history holds of one scope in a period: for the graph, Insights and export.
 struct GlucoseHistorySnapshot {

@@ -20,6 +20,8 @@ public:
     /// Both outlive it.
     LocalGlucoseHistoryFileAccess(FileSystem& files, RandomSource& random);
 
+    /// Makes the folder and its missing parents with mode 0700, durably.
+    [[nodiscard]] std::error_code makeFolder(const std::filesystem::path& folder);
     /// A temporary file of a random name beside `file` (mode 0600, missing folders 0700), fsync, rename,
     /// fsync of the folder and of the parents of folders that were made. After an error the old content is in
     /// place and the temporary file gone where the system let us; where only the last step failed, the new
@@ -37,7 +39,8 @@ public:
     /// A file, or a folder with all that is in it; absent is good.
     [[nodiscard]] std::error_code remove(const std::filesystem::path& path);
     [[nodiscard]] std::expected<bool, std::error_code> exists(const std::filesystem::path& path);
-    /// Removes what a write that never ended left in a folder: only names that this class makes.
+    /// Removes what a write that never ended left in a folder: only names that this class makes, of any age,
+    /// so the caller holds the lock.
     void removeStrayTemporaries(const std::filesystem::path& folder);
 
     [[nodiscard]] FileSystem& files() { return files_; }
