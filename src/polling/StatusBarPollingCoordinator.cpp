@@ -46,8 +46,6 @@ constexpr Seconds libreReadingInterval{60};
 constexpr Seconds restraintPeriod{3600};
 constexpr Seconds restrainedInterval{300};
 
-/// Between the end of one fetch and the start of the next, whoever asks.
-constexpr Milliseconds fetchSpacing = 1s;
 /// Between two refreshes because the network returned; a path that comes and goes must not make a storm.
 constexpr Seconds reconnectSpacing{10};
 /// While polls fail although the path is said to be there: how often to look whether it went and came back.
@@ -109,6 +107,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     std::optional<Date> lastReconnectRefreshAt{};
     std::optional<Date> lastFetchAt{};  ///< Its end, or its start while it runs.
     std::optional<Plan> plan{};
+    Milliseconds fetchSpacing = PollingResumption{}.fetchSpacing;
 
     Task<void> loopTask{};
     Task<void> loopSleep{};
@@ -144,11 +143,14 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
 
     /// Another configuration. `missesData`: there is an account, though nobody to ask for its data.
     void reset(std::shared_ptr<GlucoseAPIProtocol> newClient, GlucoseProvider newProvider,
-               std::optional<ErrorInfo> problem, bool missesData)
+               std::optional<ErrorInfo> problem, bool missesData,
+               std::optional<StatusBarActivity> shown = std::nullopt)
     {
         const Uuid run = generation->renew();
-        onMain(run, [problem](StatusBarViewModel& viewModel, Date) {
+        onMain(run, [problem, shown](StatusBarViewModel& viewModel, Date now) {
             viewModel.clear();
+            if (shown)
+                viewModel.setActivity(shown, now);
             if (problem)
                 viewModel.setCurrentError(problem);
         });
@@ -184,6 +186,51 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         alerts->begin(run);
     }
 
+    /// Goes on where another run stopped.
+    void resume(const Uuid& run, std::shared_ptr<GlucoseAPIProtocol> newClient, GlucoseProvider newProvider,
+                PollingResumption from)
+    {
+        const Date now = parts.clock.now();
+        const PollingProgress& progress = from.progress;
+        forgetAccount();
+        fetchSpacing = from.fetchSpacing;
+        glucoseHistory = mergedReadings({}, std::move(from.glucoseHistory));
+        provider = newProvider;
+        refusedSignIns = progress.refusedSignIns;
+        requiresAccountAction = progress.requiresAccountAction;
+        if (progress.retryNotBefore && *progress.retryNotBefore > now) {
+            retryNotBefore = progress.retryNotBefore;
+            rateLimitedAt = now;
+        }
+        std::optional<Date> next = progress.nextPollDate;
+        if (!glucoseHistory.empty()) {
+            pollingSchedule.readingInterval = readingInterval(now);
+            (void)pollingSchedule.recordSuccess(std::min(glucoseHistory.back().date, now), false);
+            if (!next)
+                next = pollingSchedule.nextPollDate;
+        }
+        begin(run, std::move(newClient), newProvider);
+        if (!client)
+            return;
+        if (!glucoseHistory.empty()) {
+            alerts->recordReading(glucoseHistory.back());
+            alerts->startPass(run);
+        }
+        if (!next || requiresAccountAction)
+            return;
+        if (glucoseHistory.empty())
+            pollingSchedule.nextPollDate = next;
+        Date first = *next;
+        if (first <= now)  // Its request may be under way, and ours would be the second within a second.
+            first = std::max(now, first + Seconds{PollingResumption{}.fetchSpacing});
+        else if (first - now > longestBackoff)  // The clock was set back.
+            first = now;
+        if (retryNotBefore)
+            first = std::max(first, *retryNotBefore);
+        const std::int64_t delay = std::chrono::ceil<Milliseconds>(timeUntil(first, now)).count();
+        plan = Plan{delay, fmt::format("⏱️ [Scheduler] {}: goes on in {}ms", isoText(now), delay)};
+    }
+
     void endTasks()
     {
         for (Task<void>* task : {&loopTask, &loopSleep, &refreshTask, &wakeTask, &networkTask}) {
@@ -212,6 +259,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     {
         resetRecoveryState();
         rateLimitedAt.reset();
+        fetchSpacing = PollingResumption{}.fetchSpacing;
         glucoseHistory.clear();
         lastFetchedHistoryCount = 0;
         alerts->forgetAccount();
@@ -308,7 +356,23 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     {
         plan = makePlan(now);
         loopSleep.cancel();
-        return now + Milliseconds{plan->delay};
+        const Date next = now + Milliseconds{plan->delay};
+        tellProgress(next);
+        return next;
+    }
+
+    void tellProgress(Date next)
+    {
+        if (!parts.progressDidChange)
+            return;
+        const PollingProgress progress{
+            .nextPollDate = requiresAccountAction ? std::nullopt : std::optional{next},
+            .retryNotBefore = retryNotBefore,
+            .refusedSignIns = refusedSignIns,
+            .requiresAccountAction = requiresAccountAction};
+        onMain(generation->current(), [self = shared_from_this(), progress](StatusBarViewModel&, Date) {
+            self->parts.progressDidChange(progress);
+        });
     }
 
     std::int64_t takePlan()
@@ -352,8 +416,9 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     {
         if (self->lastFetchAt) {
             const Seconds since = std::max(self->parts.clock.now() - *self->lastFetchAt, Seconds{0});
-            if (since < fetchSpacing)
-                co_await self->parts.clock.sleepFor(std::chrono::ceil<Milliseconds>(fetchSpacing - since));
+            if (since < self->fetchSpacing)
+                co_await self->parts.clock.sleepFor(
+                    std::chrono::ceil<Milliseconds>(self->fetchSpacing - since));
         }
         if (!self->isCurrent(run))
             throw boost::system::system_error{asio::error::operation_aborted};
@@ -637,6 +702,19 @@ void StatusBarPollingCoordinator::start(std::shared_ptr<GlucoseAPIProtocol> clie
         run, [run, client = std::move(client), provider](Impl& impl) { impl.begin(run, client, provider); });
 }
 
+void StatusBarPollingCoordinator::resume(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider,
+                                         PollingResumption resumption)
+{
+    const Uuid run = impl_->generation->renew();
+    asio::post(impl_->parts.engine, [self = impl_, run, client = std::move(client), provider,
+                                     resumption = std::move(resumption)]() mutable {
+        if (self->isCurrent(run))
+            self->resume(run, std::move(client), provider, std::move(resumption));
+        else
+            self->forgetAccount();
+    });
+}
+
 void StatusBarPollingCoordinator::stop()
 {
     const Uuid run = impl_->generation->renew();
@@ -659,6 +737,11 @@ void StatusBarPollingCoordinator::resetForNewConfiguration(std::shared_ptr<Gluco
 void StatusBarPollingCoordinator::resetForUnreachableAccount(GlucoseProvider provider, ErrorInfo problem)
 {
     impl_->reset(nullptr, provider, std::move(problem), true);
+}
+
+void StatusBarPollingCoordinator::resetForFollowing()
+{
+    impl_->reset(nullptr, GlucoseProvider::dexcom, std::nullopt, false, StatusBarActivity::loading);
 }
 
 void StatusBarPollingCoordinator::reconnect()

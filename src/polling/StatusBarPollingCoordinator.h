@@ -6,6 +6,7 @@
 
 #include "config/AppConfiguration.h"
 #include "config/UserDefaults.h"
+#include "polling/PollingProgress.h"
 #include "polling/StatusBarPollingSchedule.h"
 #include "polling/UserNotificationGlucoseAlertDelivery.h"
 #include "sources/GlucoseAPIProtocol.h"
@@ -47,6 +48,8 @@ public:
         UserDefaults& defaults;
         std::function<std::optional<AppSettings>()> settings;  ///< Called on `main`.
         UserNotificationGlucoseAlertDelivery& alertDelivery;
+        /// Called on `main` when a poll has ended and the next one is planned; may be empty.
+        std::function<void(const PollingProgress&)> progressDidChange{};
     };
 
     explicit StatusBarPollingCoordinator(Parts parts);
@@ -57,6 +60,10 @@ public:
 
     /// Begins to poll through `client`, of an account at `provider`. A run that goes on is stopped first.
     void start(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider);
+    /// Goes on from what another run began: what is shown stays, and the first request comes when that run
+    /// would have made its next one, or at once when that moment is over. Forgets what it knew before.
+    void resume(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider,
+                PollingResumption resumption);
     /// Ends the run; no result of it reaches the view model any more.
     void stop();
     /// Another configuration: stops, forgets readings and recovery state, and starts with `client`; without
@@ -66,6 +73,9 @@ public:
     /// An account that cannot be asked, because of `problem`: like resetForNewConfiguration() without a
     /// client, but its data counts as missing.
     void resetForUnreachableAccount(GlucoseProvider provider, ErrorInfo problem);
+    /// An account whose data another process provides: like resetForNewConfiguration(), but waits for the
+    /// data instead of asking for them.
+    void resetForFollowing();
     /// Lets an account that needed the person try again: resets the recovery state and refreshes.
     void reconnect();
 
