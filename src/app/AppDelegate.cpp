@@ -154,6 +154,22 @@ void AppDelegate::storedStateDidReload()
         services_.pollingCoordinator.reconnect();
 }
 
+void AppDelegate::setPollingRole(PollingRole role, PollingResumption resumption)
+{
+    if (terminating_ || std::exchange(services_.pollingRole, role) == role || !following_)
+        return;
+    const auto& account = services_.configurationManager.account();
+    if (!account)
+        return;
+    if (role == PollingRole::follows)
+        services_.pollingCoordinator.stop();
+    else if (account->password.empty())
+        followAccount();
+    else
+        services_.pollingCoordinator.resume(services_.makeAPIClient(*account), account->provider,
+                                            std::move(resumption));
+}
+
 void AppDelegate::followAccount()
 {
     following_ = true;
@@ -172,9 +188,15 @@ void AppDelegate::followAccount()
         coordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom, std::move(damaged));
         return;
     }
+    if (account->password.empty())
+        passwordTask_ = startTask(services_.main, retryPassword());
+    if (services_.pollingRole == PollingRole::follows) {
+        services_.statusBarViewModel.clear();
+        coordinator.resetForFollowing();
+        return;
+    }
     if (account->password.empty()) {
         coordinator.resetForUnreachableAccount(account->provider, passwordProblem());
-        passwordTask_ = startTask(services_.main, retryPassword());
         return;
     }
     coordinator.resetForNewConfiguration(services_.makeAPIClient(*account), account->provider);
@@ -221,7 +243,8 @@ asio::awaitable<void> AppDelegate::retryPassword()
             co_return;
         // A password that has come is announced as a change, which follows the account and ends this task.
         (void)co_await services_.configurationManager.load();
-        services_.statusBarViewModel.setCurrentError(passwordProblem());
+        if (services_.pollingRole == PollingRole::polls)
+            services_.statusBarViewModel.setCurrentError(passwordProblem());
     }
 }
 

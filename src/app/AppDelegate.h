@@ -47,6 +47,9 @@ public:
     virtual void installDownloadedUpdate(std::string_view reason) = 0;
 };
 
+/// Who asks the service: this process, or another one of the same user, whose data this one is given.
+enum class PollingRole { polls, follows };
+
 /// Wires the services together: the launch sequence, sleep and wake, changes of the configuration, the end.
 ///
 /// Main thread only. Owns no service; every reference outlives it. A service that a build does not have is
@@ -73,6 +76,7 @@ public:
         /// Looks at what an alert needs of the desktop, in a few seconds at most. Awaited on `main`, and
         /// cancelled; empty in a run that posts no alerts.
         std::function<asio::awaitable<AlertPath>()> lookAtAlertPath{};
+        PollingRole pollingRole = PollingRole::polls;  ///< At the launch.
     };
 
     explicit AppDelegate(Services services);
@@ -88,6 +92,8 @@ public:
     /// since the first-run steps were begun here, and tries again when it has signed in to the same one. A
     /// snooze that was changed elsewhere counts here too.
     void storedStateDidReload();
+    /// Begins or ends polling; what is shown stays. `resumption` is where a run that begins goes on from.
+    void setPollingRole(PollingRole role, PollingResumption resumption = {});
     /// A notification server came or went, or the last alert was or was not noticed: looks anew at whether
     /// alerts would be.
     void alertPathDidChange();
