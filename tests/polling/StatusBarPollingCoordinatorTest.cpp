@@ -58,6 +58,7 @@ TEST_F(StatusBarPollingCoordinatorTest, pollsAfterFiveSecondsAndThenBehindEachRe
     expectFetchIn(5);
     EXPECT_FALSE(state().activity);
     EXPECT_EQ(state().statusTitle, "120 →");
+    EXPECT_EQ(state().lastUpdateAt, clock.now());
     EXPECT_EQ(state().glucoseHistory.size(), 2U);
     EXPECT_LT(state().glucoseHistory[0].date, state().glucoseHistory[1].date);
 
@@ -199,6 +200,7 @@ TEST_F(StatusBarPollingCoordinatorTest, everyFailureShowsItsTextAtOnceNeverSpins
         EXPECT_EQ(day.errorTitle(), title);
         EXPECT_EQ(day.state().iconState, StatusBarIconState::attention);
         EXPECT_FALSE(day.state().activity);
+        EXPECT_FALSE(day.state().lastUpdateAt);
 
         const bool personIsAsked = day.state().currentError->needsSignIn;
         EXPECT_EQ(day.state().nextRetryAt.has_value(), !personIsAsked);
@@ -494,6 +496,8 @@ TEST_F(StatusBarPollingCoordinatorTest, noDataIsToldAtOnceWithoutAReadingAndAtTh
     succeed();
     untilNextFetch();
     EXPECT_EQ(errorTitle(), "");
+    const auto lastUpdate = state().lastUpdateAt;
+    EXPECT_EQ(lastUpdate, clock.now());
     failWith(Kind::noReadings);
     untilNextFetch();
     untilNextFetch();
@@ -503,6 +507,7 @@ TEST_F(StatusBarPollingCoordinatorTest, noDataIsToldAtOnceWithoutAReadingAndAtTh
     service->onFetch = [] { return Fetched{std::vector<GlucoseReading>{}}; };
     untilNextFetch();
     EXPECT_EQ(errorTitle(), "No new data") << "an empty list is no data either";
+    EXPECT_EQ(state().lastUpdateAt, lastUpdate);
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, pollThatFoundNothingWaitsForTheNetworkAndTriesOnceMore)
@@ -697,6 +702,7 @@ TEST_F(StatusBarPollingCoordinatorTest, anotherAccountSeesNothingOfTheFirst)
     coordinator->resetForNewConfiguration(other, GlucoseProvider::libreLinkUp);
     clock.runReady();
     EXPECT_EQ(state().statusTitle, "");
+    EXPECT_FALSE(state().lastUpdateAt);
     EXPECT_TRUE(state().glucoseHistory.empty());
     EXPECT_EQ(state().activity, StatusBarActivity::loading);
     EXPECT_EQ(state().alertsSnoozedUntil, start + Seconds{5000});

@@ -229,9 +229,15 @@ TEST_F(StatusBarViewModelTest, observersHearOncePerCallAndOnlyOfChanges)
         model->presentReading(reading(130, start), clock.now());
     });
     EXPECT_EQ(titles, (std::vector<std::string>{"120 →", "130 →"}));
+    model->setLastUpdateAt(start);
+    model->setUpdateAvailable(true);
+    EXPECT_EQ(titles.size(), 4U);
     token.reset();
     model->clear();
-    EXPECT_EQ(titles.size(), 2U);
+    EXPECT_EQ(titles.size(), 4U);
+    EXPECT_EQ(state(), (StatusBarState{.updateAvailable = true,
+                                       .accessibilityValue = "No glucose readings available."}))
+        << "an update is no matter of the account";
 }
 
 TEST_F(StatusBarViewModelTest, observersHearWhenTheSnoozeEndsAndNoTimerStays)
