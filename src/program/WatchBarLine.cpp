@@ -80,10 +80,8 @@ BarItem barItem(const StatusBarState& state, const AppSettings& settings, Date n
         item.shortText += " !";
         item.classes.emplace_back("problem");
     }
-    if (state.alertsSnoozedUntil && *state.alertsSnoozedUntil > now) {
-        item.tooltip += "\n" + snoozeLine(*state.alertsSnoozedUntil, settings, zone);
+    if (state.alertsSnoozedUntil && *state.alertsSnoozedUntil > now)
         item.classes.emplace_back("snoozed");
-    }
     return item;
 }
 

@@ -48,7 +48,13 @@ void addReading(StatusItemContent& content, const SeenReading& seen, const AppSe
     content.arrow = seen.reading.trendArrow;
 }
 
-std::string tooltipText(const StatusBarState& state, const std::optional<SeenReading>& seen, TimeZone zone)
+bool snoozed(const StatusBarState& state, Date now)
+{
+    return state.alertsSnoozedUntil && *state.alertsSnoozedUntil > now;
+}
+
+std::string tooltipText(const StatusBarState& state, const std::optional<SeenReading>& seen,
+                        const AppSettings& settings, Date now, TimeZone zone)
 {
     std::vector<std::string> lines;
     if (seen)
@@ -67,6 +73,8 @@ std::string tooltipText(const StatusBarState& state, const std::optional<SeenRea
         lines.emplace_back("Waiting for the first reading.");
     if (state.alertProblem)
         lines.push_back(*state.alertProblem);
+    if (snoozed(state, now))
+        lines.push_back(snoozeLine(*state.alertsSnoozedUntil, settings, zone));
     return fmt::format("{}", fmt::join(lines, "\n"));
 }
 
@@ -86,10 +94,15 @@ StatusItemContent statusItemContent(const StatusBarState& state, const AppSettin
     StatusItemContent content{
         .iconState = state.iconState,
         .indicator = indicator(state, seen),
+        .activity = state.activity,
+        .alertsSnoozed =
+            settings.alertsEnabled && snoozed(state, now) &&
+            (settings.snoozeLowAlerts || settings.snoozeHighAlerts || settings.snoozeRapidChangeAlerts),
         .tooltipTitle = "Tidewell",
-        .tooltipText = tooltipText(state, seen, zone),
+        .tooltipText = tooltipText(state, seen, settings, now, zone),
         .accessibilityLabel = "Tidewell",
         .accessibilityValue = state.accessibilityValue,
+        .accessibilityHelp = "Shows the latest glucose reading. Open the menu for the graph and settings.",
         .menu = statusBarMenu(state, settings, places, now, zone),
     };
     if (!seen)

@@ -30,11 +30,14 @@ struct StatusItemContent {
     std::optional<ReadingFreshness> freshness{};  ///< Of the reading that is shown, if any, at that moment.
     std::optional<GlucoseRange> range{};          ///< Of a current reading only: an old one is nowhere now.
     StatusIndicator indicator = StatusIndicator::none;
+    std::optional<StatusBarActivity> activity{};
+    bool alertsSnoozed = false;        ///< And some would come otherwise.
     std::string tooltipTitle{};        ///< Value with unit and trend: "120 mg/dL →".
     std::string tooltipText{};         ///< Age and any problem, lines separated by '\n'; plain text.
     std::string accessibilityLabel{};  ///< "Tidewell".
     std::string accessibilityValue{};
-    std::vector<MenuItem> menu{};  ///< All of statusBarMenu().
+    std::string accessibilityHelp{};  ///< What the item is for.
+    std::vector<MenuItem> menu{};     ///< All of statusBarMenu().
     bool operator==(const StatusItemContent&) const = default;
 };
 

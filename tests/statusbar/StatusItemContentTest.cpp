@@ -96,6 +96,22 @@ TEST(StatusItemContent, theTooltipSaysWhatGoesOnAndWhatIsWrong)
                   "Next retry at 08:00\nThere is no notification server.\nStart one.");
 }
 
+TEST(StatusItemContent, saysThatAlertsAreSnoozedWhileThatSilencesAny)
+{
+    StatusBarState state = showing(120, Seconds{0});
+    state.alertsSnoozedUntil = start + Seconds{1800};
+    EXPECT_TRUE(content(state).alertsSnoozed);
+    EXPECT_TRUE(
+        content(state).tooltipText.ends_with("\nLow, high and rapid-change alerts snoozed until 08:30"));
+    EXPECT_FALSE(content(state, start + Seconds{1800}).alertsSnoozed);
+    EXPECT_FALSE(content(state, start + Seconds{1800}).tooltipText.contains("snoozed"));
+    EXPECT_FALSE(content(state, start, {.alertsEnabled = false}).alertsSnoozed);
+    EXPECT_FALSE(
+        content(state, start,
+                {.snoozeLowAlerts = false, .snoozeHighAlerts = false, .snoozeRapidChangeAlerts = false})
+            .alertsSnoozed);
+}
+
 TEST(StatusItemContent, theBadgeWarnsOfTheValueBeforeItTellsOfAnUpdate)
 {
     using enum StatusIndicator;
