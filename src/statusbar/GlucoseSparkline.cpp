@@ -13,6 +13,8 @@ namespace {
 namespace chrono = std::chrono;
 
 constexpr std::array<std::string_view, 8> blocks{"▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
+/// How far ahead of now a reading may be dated, as in the picture.
+constexpr Seconds furthestAhead{300};
 /// As wide as a digit, and no place to break a line.
 constexpr std::string_view gap = "\u2007";
 
@@ -46,7 +48,7 @@ std::string glucoseSparkline(const GlucoseGraphContent& content)
         static_cast<std::size_t>(chrono::hours{static_cast<int>(content.timeWindow)} / width);
     GlucoseGraphContent aligned = content;
     std::erase_if(aligned.glucoseHistory,
-                  [&](const GlucoseReading& one) { return !(one.date <= content.now); });
+                  [&](const GlucoseReading& one) { return !(one.date <= content.now + furthestAhead); });
     // Later than now, so that a reading of this moment does not move on with the next one.
     const auto minute = chrono::floor<chrono::minutes>(content.now);
     aligned.now = minute - minute.time_since_epoch() % width + width;
@@ -65,15 +67,17 @@ std::string glucoseSparkline(const GlucoseGraphContent& content)
     }
 
     std::string line;
-    std::size_t missing = 0;  // Since the last one written.
     std::string_view last;
+    std::size_t missing = 0;  // After it.
     for (const Cell& cell : cells) {
         if (cell.count == 0) {
             ++missing;
             continue;
         }
         const double mean = cell.sum / cell.count;
-        const auto level = static_cast<std::size_t>(mean * static_cast<double>(blocks.size()));
+        // On an axis without end, which odd thresholds make, there is no telling.
+        const auto level =
+            std::isfinite(mean) ? static_cast<std::size_t>(mean * static_cast<double>(blocks.size())) : 0;
         for (; missing > 0; --missing) {
             if (!last.empty())
                 line += cell.joinsPrevious ? last : gap;
