@@ -1,6 +1,5 @@
 #include "sources/GlucoseReading.h"
 
-#include <fmt/format.h>
 #include <boost/json/array.hpp>
 
 #include <algorithm>
@@ -23,10 +22,6 @@ constexpr Seconds usualSampleDuration{300};
 constexpr Seconds longestSampleDuration{900};
 /// For a stored duration that cannot be true.
 constexpr Seconds fallbackSampleDuration{60};
-
-/// The years 1 to 9999, which are those that ISO 8601 writes with four digits.
-constexpr double firstStorableSecond = -62'135'596'800.0;
-constexpr double lastStorableSecond = 253'402'300'799.0;
 
 struct Trend {
     std::string_view word;  ///< In lower case.
@@ -84,22 +79,6 @@ std::optional<std::int64_t> dexcomMilliseconds(std::string_view text)
     if (!text.empty() || error != std::errc{})
         return std::nullopt;
     return milliseconds;
-}
-
-/// Milliseconds are what both services and the stored form know. Going through them gives a moment the same
-/// double whichever way it came.
-Date fromMilliseconds(double milliseconds) { return dateFromUnix(milliseconds / 1000.0); }
-
-/// ISO 8601 in UTC with three digits of a second.
-std::string storedDate(Date date)
-{
-    const double clamped = std::clamp(unixSeconds(date), firstStorableSecond, lastStorableSecond);
-    const auto total = static_cast<std::int64_t>(std::llround(clamped * 1000));
-    const std::int64_t milliseconds = ((total % 1000) + 1000) % 1000;
-    const std::int64_t seconds = (total - milliseconds) / 1000;
-    std::string text = isoText(dateFromUnix(static_cast<double>(seconds)));
-    text.pop_back();  // The "Z".
-    return fmt::format("{}.{:03}Z", text, milliseconds);
 }
 
 /// A whole number without the exponent that JSON text would otherwise give a double.
@@ -178,9 +157,8 @@ std::expected<GlucoseReading, GlucoseReadingError> readingFromDexcom(const json:
         if (!time || !time->is_string())
             continue;
         if (const auto milliseconds = dexcomMilliseconds(time->get_string())) {
-            return makeReading(*mgdL, std::string{trend->get_string()},
-                               fromMilliseconds(static_cast<double>(*milliseconds)), usualSampleDuration,
-                               GlucoseProvider::dexcom);
+            return makeReading(*mgdL, std::string{trend->get_string()}, dateFromMilliseconds(*milliseconds),
+                               usualSampleDuration, GlucoseProvider::dexcom);
         }
     }
     return std::unexpected{GlucoseReadingError::invalidTimestamp};
@@ -188,9 +166,11 @@ std::expected<GlucoseReading, GlucoseReadingError> readingFromDexcom(const json:
 
 json::object encode(const GlucoseReading& reading)
 {
+    std::string date;
+    appendStoredDate(date, reading.date);
     return {{"mgdL", numberValue(reading.mgdL)},
             {"trendString", reading.trendString},
-            {"date", storedDate(reading.date)},
+            {"date", date},
             {"sampleDuration", numberValue(reading.sampleDuration.count())},
             {"source", rawValue(reading.source)}};
 }
@@ -201,27 +181,37 @@ std::expected<GlucoseReading, GlucoseReadingError> decodeReading(const json::val
     if (!object)
         return std::unexpected{GlucoseReadingError::invalidFormat};
 
-    const auto mgdL = requiredNumber(*object, "mgdL");
-    if (!mgdL || !std::isfinite(*mgdL))
-        return std::unexpected{GlucoseReadingError::missingValue};
-    auto trend = requiredText(*object, "trendString");
-    if (!trend)
-        return std::unexpected{GlucoseReadingError::missingTrend};
-    const auto dateText = requiredText(*object, "date");
-    const std::optional<Date> date = dateText ? dateFromIso(*dateText) : std::nullopt;
-    if (!date || unixSeconds(*date) < firstStorableSecond || unixSeconds(*date) > lastStorableSecond)
-        return std::unexpected{GlucoseReadingError::invalidTimestamp};
+    // What has another type than it should counts as missing where a value is required.
+    const auto mgdL = optionalNumber(*object, "mgdL");
+    const auto trend = optionalText(*object, "trendString");
+    const auto date = optionalText(*object, "date");
     const auto duration = optionalNumber(*object, "sampleDuration");
-    const auto sourceText = optionalText(*object, "source");
-    if (!duration || !sourceText)
+    const auto source = optionalText(*object, "source");
+    const auto reading = readingOf({.mgdL = mgdL.value_or(std::nullopt),
+                                    .trendString = trend.value_or(std::nullopt),
+                                    .date = date.value_or(std::nullopt),
+                                    .sampleDuration = duration.value_or(std::nullopt),
+                                    .source = source.value_or(std::nullopt)});
+    if (reading && (!duration || !source))
         return std::unexpected{GlucoseReadingError::invalidFormat};
+    return reading;
+}
+
+std::expected<GlucoseReading, GlucoseReadingError> readingOf(const StoredReadingMembers& members)
+{
+    if (!members.mgdL || !std::isfinite(*members.mgdL))
+        return std::unexpected{GlucoseReadingError::missingValue};
+    if (!members.trendString)
+        return std::unexpected{GlucoseReadingError::missingTrend};
+    const std::optional<Date> date = members.date ? dateFromStored(*members.date) : std::nullopt;
+    if (!date)
+        return std::unexpected{GlucoseReadingError::invalidTimestamp};
     const std::optional<GlucoseProvider> source =
-        *sourceText ? glucoseProvider(**sourceText) : GlucoseProvider::dexcom;
+        members.source ? glucoseProvider(*members.source) : GlucoseProvider::dexcom;
     if (!source)
         return std::unexpected{GlucoseReadingError::invalidFormat};
-
-    return makeReading(*mgdL, *std::move(trend), fromMilliseconds(std::round(unixSeconds(*date) * 1000)),
-                       sampleDurationOf(*duration), *source);
+    return makeReading(*members.mgdL, std::string{*members.trendString}, *date,
+                       sampleDurationOf(members.sampleDuration), *source);
 }
 
 }  // namespace tidewell

@@ -2,6 +2,7 @@
 
 #include <boost/json/object.hpp>
 #include <expected>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,5 +47,17 @@ enum class GlucoseReadingError { invalidFormat, missingValue, missingTrend, inva
 [[nodiscard]] json::object encode(const GlucoseReading& reading);
 /// Absent or odd "sampleDuration" becomes 300, 60 or at most 900 s; absent "source" is Dexcom.
 [[nodiscard]] std::expected<GlucoseReading, GlucoseReadingError> decodeReading(const json::value& object);
+
+/// The members of the stored form as a parser found them; empty where one is absent or null.
+struct StoredReadingMembers {
+    std::optional<double> mgdL{};
+    std::optional<std::string_view> trendString{};
+    std::optional<std::string_view> date{};
+    std::optional<double> sampleDuration{};
+    std::optional<std::string_view> source{};
+};
+/// What decodeReading() makes of them, for parsers other than Json.h.
+[[nodiscard]] std::expected<GlucoseReading, GlucoseReadingError> readingOf(
+    const StoredReadingMembers& members);
 
 }  // namespace tidewell

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <exception>
 
@@ -26,6 +27,10 @@ chrono::sys_seconds wholeSecond(Date at)
     const double shown = seconds > earliest ? std::min(seconds, latest) : earliest;
     return chrono::floor<chrono::seconds>(dateFromUnix(shown));
 }
+
+/// Of stored moments: the first and the last second of the years 1 to 9999.
+constexpr double earliestStored = -62'135'596'800.0;
+constexpr double latestStored = latest;
 
 struct Calendar {
     int year;
@@ -199,6 +204,53 @@ std::optional<Date> dateFromIso(std::string_view text)
     const auto whole = chrono::sys_days{date}.time_since_epoch() + chrono::hours{hour} +
                        chrono::minutes{minute - offsetMinutes} + chrono::seconds{second};
     return Date{Seconds{whole} + Seconds{fraction}};
+}
+
+std::int64_t storedMilliseconds(Date date)
+{
+    const double seconds = unixSeconds(date);
+    const double stored = seconds > earliestStored ? std::min(seconds, latestStored) : earliestStored;
+    return std::llround(stored * 1000);
+}
+
+Date dateFromMilliseconds(std::int64_t milliseconds)
+{
+    return dateFromUnix(static_cast<double>(milliseconds) / 1000.0);
+}
+
+void appendStoredDate(std::string& text, Date date)
+{
+    const chrono::sys_time<chrono::milliseconds> moment{chrono::milliseconds{storedMilliseconds(date)}};
+    const auto second = chrono::floor<chrono::seconds>(moment);
+    const Calendar shown = calendarOf(second);
+    const auto put = [&text](std::int64_t number, int digits) {
+        const std::size_t end = text.size() + static_cast<std::size_t>(digits);
+        text.resize(end);
+        for (std::size_t i = end; digits > 0; --digits, number /= 10)
+            text[--i] = static_cast<char>('0' + number % 10);
+    };
+    put(shown.year, 4);
+    text += '-';
+    put(shown.month, 2);
+    text += '-';
+    put(shown.day, 2);
+    text += 'T';
+    put(shown.time.hours().count(), 2);
+    text += ':';
+    put(shown.time.minutes().count(), 2);
+    text += ':';
+    put(shown.time.seconds().count(), 2);
+    text += '.';
+    put((moment - second).count(), 3);
+    text += 'Z';
+}
+
+std::optional<Date> dateFromStored(std::string_view text)
+{
+    const auto date = dateFromIso(text);
+    if (!date || unixSeconds(*date) < earliestStored || unixSeconds(*date) > latestStored)
+        return {};
+    return dateFromMilliseconds(storedMilliseconds(*date));
 }
 
 std::string localMediumText(Date date, TimeZone zone)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,6 +32,18 @@ private:
 
 /// Reads ISO 8601 with 'Z' or an offset, fractions of a second allowed; empty for anything else.
 [[nodiscard]] std::optional<Date> dateFromIso(std::string_view text);
+
+/// Stored moments: whole milliseconds since 1970 of the years 1 to 9999, which are those that ISO 8601 writes
+/// with four digits. The nearest one; beyond them, and for what is no number, the edge.
+[[nodiscard]] std::int64_t storedMilliseconds(Date date);
+/// Milliseconds are what services and stored forms know. Going through them gives a moment the same double
+/// whichever way it came.
+[[nodiscard]] Date dateFromMilliseconds(std::int64_t milliseconds);
+/// "2026-03-02T08:15:42.123Z", of storedMilliseconds(); appended.
+void appendStoredDate(std::string& text, Date date);
+/// Reads what appendStoredDate() writes and all other ISO 8601 that dateFromIso() reads, to the millisecond.
+/// Empty outside the years 1 to 9999.
+[[nodiscard]] std::optional<Date> dateFromStored(std::string_view text);
 
 /// "Mar 2, 2026 at 08:15:42": medium date and time, for log lines.
 [[nodiscard]] std::string localMediumText(Date date, TimeZone zone);
