@@ -3,6 +3,7 @@
 #include <expected>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -48,6 +49,7 @@ public:
 private:
     FileSystem& files_;
     RandomSource& random_;
+    std::set<std::filesystem::path> durable_{};  ///< Folders whose own names are known to be on the disk.
 };
 
 }  // namespace tidewell
