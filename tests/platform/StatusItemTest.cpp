@@ -338,6 +338,62 @@ TEST_F(ShownItemTest, theMenuIsReadAndChosenFromByAnyPanel)
     EXPECT_EQ(ids.size(), 6U);
 }
 
+TEST_F(ShownItemTest, submenusAreReadWholeOrLevelByLevelAndTellWhichChoiceIsInForce)
+{
+    StatusItemContent content = sample();
+    const auto choice = [](std::string title, MenuCommand command, bool checked) {
+        return MenuItem{.kind = MenuItem::Kind::choice,
+                        .title = std::move(title),
+                        .command = command,
+                        .checked = checked};
+    };
+    content.menu = {{.kind = MenuItem::Kind::graph,
+                     .title = "120 mg/dL →  ▂▃▄",
+                     .accessibleText = "Glucose graph",
+                     .children = {choice("1 hour", MenuCommand::graphWindow1, true),
+                                  choice("3 hours", MenuCommand::graphWindow3, false)}},
+                    {.title = "Quit", .command = MenuCommand::quit}};
+    present(content);
+    const auto layout = [&](int parent, int depth) {
+        const QDBusMessage reply = panel.menu("GetLayout", {parent, depth, QStringList{}});
+        return qdbus_cast<DBusMenuLayout>(reply.arguments().value(1));
+    };
+    const DBusMenuLayout top = layout(0, 1);
+    ASSERT_EQ(top.children.size(), 2);
+    const DBusMenuLayout& graph = top.children[0];
+    EXPECT_TRUE(graph.children.isEmpty());
+    EXPECT_EQ(graph.properties, (QVariantMap{{"label", "120 mg/dL →  ▂▃▄"},
+                                             {"accessible-desc", "Glucose graph"},
+                                             {"children-display", "submenu"}}));
+    const QList<DBusMenuLayout> lines = layout(graph.id, 1).children;  // Show graph, separator, choices.
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_EQ(lines[2].properties,
+              (QVariantMap{{"label", "1 hour"}, {"toggle-type", "radio"}, {"toggle-state", 1}}));
+    EXPECT_EQ(lines[3].properties.value("toggle-state"), 0);
+    const DBusMenuLayout whole = layout(0, -1);
+    ASSERT_EQ(whole.children[0].children.size(), 4);
+    EXPECT_EQ(whole.children[0].children[3].id, lines[3].id);
+
+    for (const int id : {graph.id, lines[0].id, lines[1].id, lines[3].id})
+        panel.menu("Event", {id, "clicked", QVariant::fromValue(QDBusVariant{0}), 0U});
+    ASSERT_TRUE(runUntil([&] { return commands.size() == 2; }));
+    EXPECT_EQ(commands, (std::vector{MenuCommand::showGraph, MenuCommand::graphWindow3}));
+
+    // A line that comes above the submenu, while another choice comes into force: both are told, nobody's id
+    // changes, and what is below the submenu keeps its layout.
+    panel.signalCounts.clear();
+    std::swap(content.menu[0].children[0].checked, content.menu[0].children[1].checked);
+    content.menu.insert(content.menu.begin(), {.kind = MenuItem::Kind::text, .title = "Server error"});
+    present(content);
+    const DBusMenuLayout later = layout(0, -1);
+    EXPECT_EQ(panel.signalCounts,
+              (std::map<QString, int>{{"LayoutUpdated", 1}, {"ItemsPropertiesUpdated", 1}}));
+    ASSERT_EQ(later.children.size(), 3);
+    EXPECT_EQ(later.children[1].id, graph.id);
+    EXPECT_EQ(later.children[1].children[3].id, lines[3].id);
+    EXPECT_EQ(later.children[1].children[3].properties.value("toggle-state"), 1);
+}
+
 TEST_F(ShownItemTest, hostileCallsGetErrorsAndBoundedAnswers)
 {
     const QVariant nothing = QVariant::fromValue(QDBusVariant{0});

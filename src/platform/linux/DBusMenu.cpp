@@ -11,23 +11,47 @@
 namespace tidewell {
 namespace {
 
-/// Every property of a line that differs from the protocol's default.
-QVariantMap allProperties(const MenuItem& item)
+using Kind = MenuItem::Kind;
+
+QVariantMap withSubmenu(QVariantMap properties)
+{
+    properties.insert(QStringLiteral("children-display"), QStringLiteral("submenu"));
+    return properties;
+}
+
+/// Every property of a line that differs from the protocol's default, but for that of a submenu.
+QVariantMap ownProperties(const MenuItem& item)
 {
     QVariantMap properties;
-    if (item.kind == MenuItem::Kind::separator) {
+    if (item.kind == Kind::separator) {
         properties.insert(QStringLiteral("type"), QStringLiteral("separator"));
         return properties;
     }
     QString label = QString::fromStdString(item.title);
     label.replace(u'_', QStringLiteral("__"));  // A single one marks a mnemonic.
     properties.insert(QStringLiteral("label"), label);
-    if (!item.enabled || item.kind == MenuItem::Kind::text)
+    if (!item.enabled || item.kind == Kind::text)
         properties.insert(QStringLiteral("enabled"), false);
+    if (!item.accessibleText.empty())
+        properties.insert(QStringLiteral("accessible-desc"), QString::fromStdString(item.accessibleText));
+    if (item.kind == Kind::choice) {
+        properties.insert(QStringLiteral("toggle-type"), QStringLiteral("radio"));
+        properties.insert(QStringLiteral("toggle-state"), item.checked ? 1 : 0);
+    }
     return properties;
 }
 
-QVariantMap rootProperties() { return {{QStringLiteral("children-display"), QStringLiteral("submenu")}}; }
+QVariantMap only(const QStringList& names, const QVariantMap& all)
+{
+    if (names.isEmpty())
+        return all;
+    QVariantMap chosen;
+    for (auto it = all.begin(); it != all.end(); ++it) {
+        if (names.contains(it.key()))
+            chosen.insert(it.key(), it.value());
+    }
+    return chosen;
+}
 
 QVariant defaultOf(const QString& name)
 {
@@ -38,7 +62,8 @@ QVariant defaultOf(const QString& name)
     if (name == QLatin1String("toggle-state"))
         return -1;
     static const QStringList texts{QStringLiteral("label"), QStringLiteral("icon-name"),
-                                   QStringLiteral("toggle-type"), QStringLiteral("children-display")};
+                                   QStringLiteral("toggle-type"), QStringLiteral("children-display"),
+                                   QStringLiteral("accessible-desc")};
     return texts.contains(name) ? QVariant{QString{}} : QVariant{};
 }
 
@@ -137,66 +162,97 @@ QString DBusMenu::textDirection() const
                                                                  : QStringLiteral("ltr");
 }
 
-int DBusMenu::idFor(const MenuItem& item, int ordinal)
+std::vector<DBusMenu::Line> DBusMenu::linesOf(const std::vector<MenuItem>& items, int parent)
 {
-    const auto next = static_cast<int>(ids_.size()) + 1;
-    return ids_.try_emplace({item.kind, item.command, ordinal}, next).first->second;
+    std::vector<Line> lines;
+    std::map<std::pair<Kind, MenuCommand>, int> ordinals;
+    for (const MenuItem& item : items) {
+        const int ordinal = ordinals[{item.kind, item.command}]++;
+        const auto next = static_cast<int>(ids_.size()) + 1;
+        const int id = ids_.try_emplace({parent, item.kind, item.command, ordinal}, next).first->second;
+        Line& line = lines.emplace_back(Line{id, item, linesOf(item.children, id)});
+        line.item.children.clear();
+    }
+    return lines;
+}
+
+QVariantMap DBusMenu::propertiesOf(const Line& line)
+{
+    if (line.id == 0)
+        return withSubmenu({});
+    const QVariantMap own = ownProperties(line.item);
+    return line.children.empty() ? own : withSubmenu(own);
+}
+
+struct DBusMenu::Changes {
+    std::vector<int> layouts{};  ///< The menus whose lines are others, or in another order.
+    QList<DBusMenuItem> updated{};
+    QList<DBusMenuRemoved> removed{};
+};
+
+void DBusMenu::compare(const Line& before, const Line& now, Changes& changes)
+{
+    const QVariantMap was = propertiesOf(before);
+    const QVariantMap is = propertiesOf(now);
+    DBusMenuItem updated{now.id, {}};
+    for (auto it = is.begin(); it != is.end(); ++it) {
+        if (was.value(it.key()) != it.value())
+            updated.properties.insert(it.key(), it.value());
+    }
+    DBusMenuRemoved removed{now.id, {}};
+    for (auto it = was.begin(); it != was.end(); ++it) {
+        if (!is.contains(it.key()))
+            removed.properties.append(it.key());
+    }
+    if (!updated.properties.isEmpty())
+        changes.updated.append(updated);
+    if (!removed.properties.isEmpty())
+        changes.removed.append(removed);
+
+    if (!std::ranges::equal(before.children, now.children, {}, &Line::id, &Line::id))
+        changes.layouts.push_back(now.id);
+    for (const Line& child : now.children) {
+        const auto old = std::ranges::find(before.children, child.id, &Line::id);
+        if (old != before.children.end())
+            compare(*old, child, changes);
+    }
 }
 
 void DBusMenu::setItems(const std::vector<MenuItem>& items)
 {
-    std::vector<Line> lines;
-    std::map<std::pair<MenuItem::Kind, MenuCommand>, int> ordinals;
-    for (const MenuItem& item : items)
-        lines.push_back({idFor(item, ordinals[{item.kind, item.command}]++), item});
+    const Line before = std::exchange(root_, Line{.children = linesOf(items, 0)});
+    Changes changes;
+    compare(before, root_, changes);
+    for (const int menu : changes.layouts)
+        Q_EMIT LayoutUpdated(++revision_, menu);
+    // Also after a new layout: not every panel reads the properties of lines again that it knows already.
+    if (!changes.updated.isEmpty() || !changes.removed.isEmpty())
+        Q_EMIT ItemsPropertiesUpdated(changes.updated, changes.removed);
+}
 
-    const std::vector<Line> before = std::exchange(lines_, std::move(lines));
-    if (!std::ranges::equal(before, lines_, {}, &Line::id, &Line::id)) {
-        Q_EMIT LayoutUpdated(++revision_, 0);
-        return;
-    }
-    QList<DBusMenuItem> updated;
-    QList<DBusMenuRemoved> removed;
-    for (std::size_t i = 0; i < lines_.size(); ++i) {
-        const QVariantMap was = allProperties(before[i].item);
-        const QVariantMap is = allProperties(lines_[i].item);
-        DBusMenuItem changes{lines_[i].id, {}};
-        for (auto it = is.begin(); it != is.end(); ++it) {
-            if (was.value(it.key()) != it.value())
-                changes.properties.insert(it.key(), it.value());
-        }
-        DBusMenuRemoved gone{lines_[i].id, {}};
-        for (auto it = was.begin(); it != was.end(); ++it) {
-            if (!is.contains(it.key()))
-                gone.properties.append(it.key());
-        }
-        if (!changes.properties.isEmpty())
-            updated.append(changes);
-        if (!gone.properties.isEmpty())
-            removed.append(gone);
-    }
-    if (!updated.isEmpty() || !removed.isEmpty())
-        Q_EMIT ItemsPropertiesUpdated(updated, removed);
+template <class Visit>
+void DBusMenu::forEach(const Line& line, const Visit& visit)
+{
+    visit(line);
+    for (const Line& child : line.children)
+        forEach(child, visit);
 }
 
 const DBusMenu::Line* DBusMenu::find(int id) const
 {
-    const auto found = std::ranges::find(lines_, id, &Line::id);
-    return found == lines_.end() ? nullptr : &*found;
+    const Line* found = nullptr;
+    forEach(root_, [&](const Line& line) { found = line.id == id ? &line : found; });
+    return found;
 }
 
-QVariantMap DBusMenu::propertiesOf(int id, const QStringList& names) const
+DBusMenuLayout DBusMenu::layoutOf(const Line& line, int depth, const QStringList& names)
 {
-    const Line* line = find(id);
-    const QVariantMap all = line != nullptr ? allProperties(line->item) : rootProperties();
-    if (names.isEmpty())
-        return all;
-    QVariantMap chosen;
-    for (auto it = all.begin(); it != all.end(); ++it) {
-        if (names.contains(it.key()))
-            chosen.insert(it.key(), it.value());
-    }
-    return chosen;
+    DBusMenuLayout layout{line.id, only(names, propertiesOf(line)), {}};
+    if (depth == 0)
+        return layout;
+    for (const Line& child : line.children)
+        layout.children.append(layoutOf(child, std::max(depth, 0) - 1, names));
+    return layout;
 }
 
 void DBusMenu::refuse(int id)
@@ -208,15 +264,13 @@ void DBusMenu::refuse(int id)
 uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
                          DBusMenuLayout& layout)
 {
-    if (!isKnown(parentId)) {
+    const Line* parent = find(parentId);
+    if (parent == nullptr) {
         refuse(parentId);
         return 0;
     }
-    layout = {parentId, propertiesOf(parentId, propertyNames), {}};
-    if (parentId == 0 && recursionDepth != 0) {
-        for (const Line& line : lines_)
-            layout.children.append({line.id, propertiesOf(line.id, propertyNames), {}});
-    }
+    // A negative depth means all of it.
+    layout = layoutOf(*parent, recursionDepth, propertyNames);
     return revision_;
 }
 
@@ -225,19 +279,18 @@ QList<DBusMenuItem> DBusMenu::GetGroupProperties(const QList<int>& ids, const QS
     // Each item once, however often it was asked for: the answer cannot grow beyond the menu.
     const std::set<int> asked{ids.begin(), ids.end()};
     QList<DBusMenuItem> found;
-    if (asked.contains(0) || asked.empty())
-        found.append({0, propertiesOf(0, propertyNames)});
-    for (const Line& line : lines_) {
+    forEach(root_, [&](const Line& line) {
         if (asked.contains(line.id) || asked.empty())
-            found.append({line.id, propertiesOf(line.id, propertyNames)});
-    }
+            found.append({line.id, only(propertyNames, propertiesOf(line))});
+    });
     return found;
 }
 
 QDBusVariant DBusMenu::GetProperty(int id, const QString& name)
 {
     const QVariant fallback = defaultOf(name);
-    const QVariant value = isKnown(id) ? propertiesOf(id, {}).value(name, fallback) : QVariant{};
+    const Line* line = find(id);
+    const QVariant value = line != nullptr ? propertiesOf(*line).value(name, fallback) : QVariant{};
     if (!value.isValid()) {
         refuse(id);
         return QDBusVariant{QString{}};
@@ -250,8 +303,8 @@ void DBusMenu::trigger(int id, const QString& eventId)
     const Line* line = find(id);
     if (line == nullptr || eventId != QLatin1String("clicked"))
         return;
-    if (line->item.kind == MenuItem::Kind::action && line->item.enabled &&
-        line->item.command != MenuCommand::none)
+    const bool canBeChosen = line->item.kind == Kind::action || line->item.kind == Kind::choice;
+    if (canBeChosen && line->item.enabled && line->item.command != MenuCommand::none)
         chosen_(line->item.command);
 }
 

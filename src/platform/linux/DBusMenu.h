@@ -47,8 +47,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuLayout& v
 QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuEvent& value);
 const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& value);
 
-/// The menu as panels read and draw it, by the protocol com.canonical.dbusmenu. One level below the root, id
-/// 0.
+/// The menu as panels read and draw it, by the protocol com.canonical.dbusmenu, with its submenus below the
+/// root, id 0. Panels may ask for all of it or level by level.
 ///
 /// A line keeps its id while it means the same, so that an open menu is updated in place. Main thread.
 class DBusMenu final : public QObject, protected QDBusContext {
@@ -63,7 +63,8 @@ public:
     /// `chosen` is called while the panel waits for the answer.
     explicit DBusMenu(std::function<void(MenuCommand)> chosen);
 
-    /// Takes over the lines and signals what is different: properties, or the layout when lines came or went.
+    /// Takes over the lines, as menuOfLines() makes them, and signals what is different: the layout of a menu
+    /// whose lines came or went, and the properties of lines that stayed. Nothing when nothing is different.
     void setItems(const std::vector<MenuItem>& items);
 
     uint version() const { return 3; }
@@ -90,20 +91,27 @@ Q_SIGNALS:
 
 private:
     struct Line {
-        int id;
-        MenuItem item;
+        int id = 0;
+        MenuItem item{};  ///< Without its children.
+        std::vector<Line> children{};
     };
-    [[nodiscard]] int idFor(const MenuItem& item, int ordinal);
+    struct Changes;
+    [[nodiscard]] std::vector<Line> linesOf(const std::vector<MenuItem>& items, int parent);
+    [[nodiscard]] static QVariantMap propertiesOf(const Line& line);
+    /// Of one line with the same id, and of all below it.
+    static void compare(const Line& before, const Line& now, Changes& changes);
+    template <class Visit>
+    static void forEach(const Line& line, const Visit& visit);
     [[nodiscard]] const Line* find(int id) const;
-    [[nodiscard]] bool isKnown(int id) const { return id == 0 || find(id) != nullptr; }
-    [[nodiscard]] QVariantMap propertiesOf(int id, const QStringList& names) const;
+    [[nodiscard]] bool isKnown(int id) const { return find(id) != nullptr; }
+    [[nodiscard]] static DBusMenuLayout layoutOf(const Line& line, int depth, const QStringList& names);
     void refuse(int id);
     void trigger(int id, const QString& eventId);
 
     std::function<void(MenuCommand)> chosen_;
-    std::vector<Line> lines_{};
-    /// Kind, command and how many alike came before it: what a line means, whatever it says.
-    std::map<std::tuple<MenuItem::Kind, MenuCommand, int>, int> ids_{};
+    Line root_{};
+    /// Menu, kind, command and how many alike came before it: what a line means, whatever it says.
+    std::map<std::tuple<int, MenuItem::Kind, MenuCommand, int>, int> ids_{};
     uint revision_ = 1;
 };
 
