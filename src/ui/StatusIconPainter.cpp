@@ -19,7 +19,8 @@ constexpr QRgb orangeText = 0xff996600;  // RGB 0.6, 0.4, 0.0
 /// Where the panel's background is not known, light text stands on a plate of its own: at 24 pixels an
 /// outline eats the digits on a light panel, while a plate reads as well there as the red and orange ones.
 constexpr QRgb darkPlate = 0xff2b2b31;
-constexpr QRgb badgeColor = 0xffff9500;
+constexpr QRgb warningColor = 0xffff9500;
+constexpr QRgb updateColor = 0xff4da3ff;
 constexpr QRgb calmDot = 0xff34c759;
 constexpr QRgb greyDot = 0xff9a9aa0;
 
@@ -185,16 +186,21 @@ QPainterPath signOutline(const QString& sign, const QRectF& box, double stroke)
     return both;
 }
 
-void paintInk(QPainter& painter, const QPainterPath& outline, const Ink& ink, const QRectF& plate)
+void paintPlate(QPainter& painter, const Ink& ink, const QRectF& plate)
 {
+    if (!ink.plate)
+        return;
     painter.setPen(Qt::NoPen);
-    if (ink.plate) {
-        painter.setBrush(*ink.plate);
-        const double radius = plate.height() * 0.18;
-        painter.drawRoundedRect(plate, radius, radius);
-    } else {
+    painter.setBrush(*ink.plate);
+    const double radius = plate.height() * 0.18;
+    painter.drawRoundedRect(plate, radius, radius);
+}
+
+void paintOutline(QPainter& painter, const QPainterPath& outline, const Ink& ink, double height)
+{
+    if (!ink.plate) {
         QPainterPathStroker stroker;
-        stroker.setWidth(std::max(1.5, plate.height() / 14));
+        stroker.setWidth(std::max(1.5, height / 14));
         stroker.setJoinStyle(Qt::RoundJoin);
         stroker.setCapStyle(Qt::RoundCap);
         painter.fillPath(stroker.createStroke(outline).united(outline), ink.halo);
@@ -202,16 +208,85 @@ void paintInk(QPainter& painter, const QPainterPath& outline, const Ink& ink, co
     painter.fillPath(outline, ink.text);
 }
 
-/// The sign of a problem, in the lower right corner.
-double badgeSize(double height) { return std::max(5.0, std::round(height * 0.3)); }
+/// The side of the square in a corner that holds one small sign.
+double cornerSize(double height) { return std::max(5.0, std::round(height * 0.38)); }
 
-void paintBadge(QPainter& painter, const QRectF& area)
+QRectF lowerCorner(const QRectF& area)
 {
-    const double size = badgeSize(area.height());
-    const QRectF disc{area.right() - size, area.bottom() - size, size, size};
-    painter.setPen(QPen{QColor{20, 20, 24, 235}, std::max(1.0, area.height() / 24)});
-    painter.setBrush(QColor::fromRgba(badgeColor));
-    painter.drawEllipse(disc.adjusted(0.5, 0.5, -0.5, -0.5));
+    const double size = cornerSize(area.height());
+    return {area.right() - size, area.bottom() - size, size, size};
+}
+
+/// A circle that ends in an arrow, turned clockwise by `turn` eighths.
+QPainterPath turningArrow(const QRectF& box, double stroke, int turn)
+{
+    const double head = 1.5 * stroke;
+    const double radius = std::min(box.width(), box.height()) / 2 - 0.6 * head;
+    const QRectF circle{-radius, -radius, radius * 2, radius * 2};
+    QPainterPath arc;
+    arc.arcMoveTo(circle, 40);
+    arc.arcTo(circle, 40, 265);
+    QPainterPathStroker stroker;
+    stroker.setWidth(stroke);
+    stroker.setCapStyle(Qt::FlatCap);
+    QPainterPath arrow = stroker.createStroke(arc);
+    arrow.setFillRule(Qt::WindingFill);
+    // The head sits on the start of the arc and points on along the circle, clockwise.
+    QPainterPath tip;
+    tip.addPolygon(
+        QPolygonF{{-head, -head * 0.15}, {head, -head * 0.15}, {0, head * 1.1}, {-head, -head * 0.15}});
+    QTransform onCircle;
+    onCircle.rotate(-40);
+    onCircle.translate(radius, 0);
+    arrow.addPath(onCircle.map(tip));
+    QTransform place;
+    place.translate(box.center().x(), box.center().y());
+    place.rotate(45.0 * turn);
+    return place.map(arrow);
+}
+
+/// A waning moon: alerts are silent for a while, as on any telephone.
+QPainterPath crescent(const QRectF& box)
+{
+    QPainterPath moon;
+    moon.addEllipse(box);
+    QPainterPath shadow;
+    const double side = box.width();
+    shadow.addEllipse(QRectF{box.left() + side * 0.36, box.top() - side * 0.14, side * 0.86, side * 0.86});
+    return moon.subtracted(shadow);
+}
+
+/// What stands in the lower right corner. There is one sign at most: two would leave no room for the trend.
+enum class CornerSign { none, warningBadge, activity, snoozed, updateBadge };
+
+CornerSign cornerSign(const StatusItemContent& content, const StatusIconStyle& style)
+{
+    if (content.indicator == StatusIndicator::warning)
+        return CornerSign::warningBadge;
+    if (style.activityTurn)
+        return CornerSign::activity;
+    if (content.alertsSnoozed)
+        return CornerSign::snoozed;
+    return content.indicator == StatusIndicator::updateAvailable ? CornerSign::updateBadge : CornerSign::none;
+}
+
+/// A warning is a triangle and an update a disc, since colours alone are not for everybody.
+void paintBadge(QPainter& painter, CornerSign sign, const QRectF& box, double height)
+{
+    const double line = std::max(1.0, height / 24);
+    QPainterPath badge;
+    if (sign == CornerSign::warningBadge) {
+        badge.moveTo(box.center().x(), box.top() + line / 2);
+        badge.lineTo(box.right() - line / 2, box.bottom() - line);
+        badge.lineTo(box.left() + line / 2, box.bottom() - line);
+        badge.closeSubpath();
+    } else {
+        badge.addEllipse(box.adjusted(line / 2, line / 2, -line / 2, -line / 2));
+    }
+    painter.setPen(QPen{QColor{20, 20, 24, 235}, line * 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin});
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(badge);
+    painter.fillPath(badge, QColor::fromRgba(sign == CornerSign::warningBadge ? warningColor : updateColor));
 }
 
 QPainterPath threeDots(const QRectF& area)
@@ -233,9 +308,9 @@ void paintAttention(QPainter& painter, const QRectF& area)
     triangle.lineTo(area.left() + line, area.bottom() - line);
     triangle.closeSubpath();
     painter.setPen(QPen{QColor{20, 20, 24, 235}, line * 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin});
-    painter.setBrush(QColor::fromRgba(badgeColor));
+    painter.setBrush(QColor::fromRgba(warningColor));
     painter.drawPath(triangle);
-    painter.fillPath(triangle, QColor::fromRgba(badgeColor));
+    painter.fillPath(triangle, QColor::fromRgba(warningColor));
     const double width = area.height() * 0.13;
     const double x = area.center().x();
     painter.fillPath(
@@ -283,9 +358,26 @@ Canvas canvas(double width, int height)
     return made;
 }
 
-void paintStacked(QPainter& painter, const StatusItemContent& content, const Parts& parts, const Ink& ink,
-                  const QRectF& area)
+void paintSign(QPainter& painter, CornerSign sign, const StatusIconStyle& style, const Ink& ink,
+               const QRectF& box)
 {
+    const double height = style.height;
+    switch (sign) {
+    case CornerSign::none: break;
+    case CornerSign::warningBadge:
+    case CornerSign::updateBadge: paintBadge(painter, sign, box, height); break;
+    case CornerSign::activity:
+        paintOutline(painter, turningArrow(box, std::max(1.2, height / 16.0), style.activityTurn.value_or(0)),
+                     ink, height);
+        break;
+    case CornerSign::snoozed: paintOutline(painter, crescent(box), ink, height); break;
+    }
+}
+
+void paintStacked(QPainter& painter, const StatusItemContent& content, const Parts& parts,
+                  const StatusIconStyle& style, const QRectF& area)
+{
+    const Ink ink = inkFor(content, parts, style.scheme);
     const double height = area.height();
     const double margin = std::max(1.0, std::round(height / 18));
     const double side = std::max(1.0, std::round(height / 12));  // Panels set their items without a gap.
@@ -294,13 +386,18 @@ void paintStacked(QPainter& painter, const StatusItemContent& content, const Par
     const double valueHeight = std::round(inner.height() * (parts.sign.isEmpty() ? 0.7 : 0.55));
     const double top = parts.sign.isEmpty() ? inner.top() + (inner.height() - valueHeight) / 2 : inner.top();
     QPainterPath outline = fittedText(parts.value, QRectF{inner.left(), top, inner.width(), valueHeight});
-    const double corner = content.indicator == StatusIndicator::warning ? badgeSize(height) - side / 2 : 0;
-    const QRectF below{inner.left(), top + valueHeight + gap, inner.width() - corner,
-                       inner.bottom() - top - valueHeight - gap};
+    const double edge = std::round(height / 32);
+    const QRectF plate = area.adjusted(edge, 0, -edge, 0);
+    const CornerSign corner = cornerSign(content, style);
+    const QRectF cornerBox = lowerCorner(plate);
+    const double belowRight =
+        corner == CornerSign::none ? inner.right() : std::min(inner.right(), cornerBox.left() - gap);
+    const QRectF below{QPointF{inner.left(), top + valueHeight + gap}, QPointF{belowRight, inner.bottom()}};
     outline.addPath(signOutline(parts.sign, below, std::max(1.5, height / 11.5)));
     outline.setFillRule(Qt::WindingFill);
-    const double edge = std::round(height / 32);
-    paintInk(painter, outline, ink, area.adjusted(edge, 0, -edge, 0));
+    paintPlate(painter, ink, plate);
+    paintOutline(painter, outline, ink, height);
+    paintSign(painter, corner, style, ink, cornerBox);
 }
 
 QImage paintWide(const StatusItemContent& content, const Parts& parts, const StatusIconStyle& style)
@@ -314,8 +411,10 @@ QImage paintWide(const StatusItemContent& content, const Parts& parts, const Sta
     const QRectF unbounded{0, top, height * 40, textHeight};
     const double valueWidth = std::ceil(fittedText(parts.value, unbounded).boundingRect().width());
     const double arrowWidth = std::ceil(signWidth(parts.sign, textHeight));
-    const double badge = content.indicator == StatusIndicator::warning ? badgeSize(height) : 0;
-    const double width = pad * 2 + valueWidth + (arrowWidth > 0 ? gap + arrowWidth : 0) + badge;
+    // A sign stands on the plate's end, as far as it finds room there.
+    const CornerSign corner = cornerSign(content, style);
+    const double signWidthMore = corner == CornerSign::none ? 0 : std::max(0.0, cornerSize(height) + 3 - pad);
+    const double width = pad * 2 + valueWidth + (arrowWidth > 0 ? gap + arrowWidth : 0) + signWidthMore;
 
     Canvas made = canvas(std::max(width, height), style.height);
     QPainter painter{&made.image};
@@ -326,14 +425,41 @@ QImage paintWide(const StatusItemContent& content, const Parts& parts, const Sta
                                 std::max(1.5, height / 11.0)));
     outline.setFillRule(Qt::WindingFill);
     const double trim = std::floor(height / 12);
-    paintInk(painter, outline, ink, made.area.adjusted(0, trim, 0, -trim));
-    if (content.indicator == StatusIndicator::warning)
-        paintBadge(painter, made.area.adjusted(0, 0, 0, -trim));
+    const QRectF plate = made.area.adjusted(0, trim, 0, -trim);
+    paintPlate(painter, ink, plate);
+    paintOutline(painter, outline, ink, height);
+    paintSign(painter, corner, style, ink, lowerCorner(plate));
     painter.end();
     return made.image.convertToFormat(QImage::Format_ARGB32);
 }
 
+/// Three dots, or the sign of what is being done instead.
+void paintWaiting(QPainter& painter, const StatusItemContent& content, const StatusIconStyle& style,
+                  const QRectF& area)
+{
+    const double height = area.height();
+    const Ink ink = inkFor(content, {}, style.scheme);
+    const CornerSign sign = cornerSign(content, style);
+    paintPlate(painter, ink, area);
+    if (sign == CornerSign::activity) {
+        const double reach = std::round(height * 0.68);
+        const QRectF middle{(area.width() - reach) / 2, (height - reach) / 2, reach, reach};
+        paintOutline(painter, turningArrow(middle, std::max(1.5, height / 11), *style.activityTurn), ink,
+                     height);
+        return;
+    }
+    const double up = sign == CornerSign::none ? 0 : std::round(height * 0.14);  // Clear of the sign.
+    paintOutline(painter, threeDots(area.translated(0, -up)), ink, height);
+    paintSign(painter, sign, style, ink, lowerCorner(area));
+}
+
 }  // namespace
+
+bool showsActivity(const StatusItemContent& content)
+{
+    return content.iconState != StatusBarIconState::attention &&
+           content.indicator != StatusIndicator::warning;
+}
 
 QImage paintStatusIcon(const StatusItemContent& content, const StatusIconStyle& asked)
 {
@@ -347,16 +473,17 @@ QImage paintStatusIcon(const StatusItemContent& content, const StatusIconStyle& 
     Canvas made = canvas(style.height, style.height);
     QPainter painter{&made.image};
     painter.setRenderHint(QPainter::Antialiasing);
-    if (content.iconState == StatusBarIconState::attention)
+    if (showsValue && style.shape == StatusIconShape::stacked) {
+        paintStacked(painter, content, parts, style, made.area);
+    } else if (content.iconState == StatusBarIconState::attention) {
         paintAttention(painter, made.area);
-    else if (style.shape == StatusIconShape::dot)
+    } else if (style.shape == StatusIconShape::dot) {
         paintDot(painter, content, parts, made.area);
-    else if (showsValue)
-        paintStacked(painter, content, parts, inkFor(content, parts, style.scheme), made.area);
-    else
-        paintInk(painter, threeDots(made.area), inkFor(content, parts, style.scheme), made.area);
-    if (content.indicator == StatusIndicator::warning && content.iconState != StatusBarIconState::attention)
-        paintBadge(painter, made.area);
+        const Ink sign{.text = Qt::white, .halo = QColor{20, 20, 24, 200}};
+        paintSign(painter, cornerSign(content, style), style, sign, lowerCorner(made.area));
+    } else {
+        paintWaiting(painter, content, style, made.area);
+    }
     painter.end();
     return made.image.convertToFormat(QImage::Format_ARGB32);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QImage>
+#include <optional>
 
 #include "statusbar/StatusItemContent.h"
 
@@ -24,8 +25,13 @@ struct StatusIconStyle {
     StatusIconShape shape = StatusIconShape::stacked;
     int height = 24;  ///< Pixels; clamped to 8 ... 256.
     PanelScheme scheme = PanelScheme::unknown;
+    /// How far the sign of an activity has turned clockwise, in eighths; empty without such a sign.
+    std::optional<int> activityTurn{};
     bool operator==(const StatusIconStyle&) const = default;
 };
+
+/// Whether the sign of an activity can be seen with this content: a problem's sign takes its place.
+[[nodiscard]] bool showsActivity(const StatusItemContent& content);
 
 /// The picture of a status item: Format_ARGB32 with straight alpha, `height` pixels high, and square unless
 /// the shape is wide. Needs a QGuiApplication (fonts); main thread.

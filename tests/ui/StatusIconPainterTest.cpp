@@ -87,6 +87,11 @@ QRect inkBox(const QImage& image, QRgb plate)
     return box;
 }
 
+QByteArray bytes(const QImage& image)
+{
+    return {reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()};
+}
+
 TEST(StatusIconPainter, textStaysInsideThePictureAndFillsItAtEveryPanelHeight)
 {
     for (const int height : {16, 20, 22, 24, 32, 48}) {
@@ -200,19 +205,64 @@ TEST(StatusIconPainter, whateverDiffersLooksDifferent)
     contents.push_back(reading("121", "→"));
     contents.push_back(reading("120", "↗"));
     contents.push_back(reading("120", ""));
+    for (const StatusIndicator indicator : {StatusIndicator::warning, StatusIndicator::updateAvailable}) {
+        contents.push_back(reading("120", "→"));
+        contents.back().indicator = indicator;
+    }
     contents.push_back(reading("120", "→"));
-    contents.back().indicator = StatusIndicator::warning;
+    contents.back().alertsSnoozed = true;
     contents.push_back({.iconState = StatusBarIconState::waiting});
     contents.push_back({.iconState = StatusBarIconState::attention});
     for (const int height : {16, 24}) {
         std::set<QByteArray> pictures;
-        for (const StatusItemContent& content : contents) {
-            const QImage image = paintStatusIcon(content, {.height = height});
-            pictures.insert(
-                QByteArray{reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()});
-        }
+        for (const StatusItemContent& content : contents)
+            pictures.insert(bytes(paintStatusIcon(content, {.height = height})));
         EXPECT_EQ(pictures.size(), contents.size());
     }
+}
+
+TEST(StatusIconPainter, theSignOfAnActivityTurnsInEighthsAndStandsBackForAWarning)
+{
+    StatusItemContent warned = reading("120", "→");
+    warned.indicator = StatusIndicator::warning;
+    for (const StatusIconShape shape :
+         {StatusIconShape::stacked, StatusIconShape::wide, StatusIconShape::dot}) {
+        for (const StatusItemContent& content : {reading("120", "→"), StatusItemContent{}}) {
+            std::set<QByteArray> pictures{bytes(paintStatusIcon(content, {.shape = shape}))};
+            for (int turn = 0; turn < 8; ++turn)
+                pictures.insert(bytes(paintStatusIcon(content, {.shape = shape, .activityTurn = turn})));
+            EXPECT_EQ(pictures.size(), 9U);
+            EXPECT_TRUE(showsActivity(content));
+        }
+        EXPECT_FALSE(showsActivity(warned));
+        EXPECT_EQ(paintStatusIcon(warned, {.shape = shape, .activityTurn = 1}),
+                  paintStatusIcon(warned, {.shape = shape}));
+    }
+}
+
+TEST(StatusIconPainter, badgesDifferInShapeAndNotInColorAlone)
+{
+    // Of each row of the corner: where the badge's own colour begins.
+    const auto outline = [](StatusIndicator indicator, QRgb color) {
+        StatusItemContent content = reading("120", "→");
+        content.indicator = indicator;
+        const QImage image = paintStatusIcon(content, {.height = 24});
+        std::vector<int> starts;
+        for (int y = 14; y < 24; ++y) {
+            int x = 12;
+            while (x < 24 && image.pixel(x, y) != color)
+                ++x;
+            if (x < 24)
+                starts.push_back(x);
+        }
+        return starts;
+    };
+    const auto triangle = outline(StatusIndicator::warning, qRgb(255, 149, 0));
+    EXPECT_GE(triangle.size(), 6U);
+    EXPECT_TRUE(std::ranges::is_sorted(triangle, std::ranges::greater{})) << "wider to its foot";
+    const auto disc = outline(StatusIndicator::updateAvailable, qRgb(77, 163, 255));
+    ASSERT_GE(disc.size(), 6U);
+    EXPECT_GT(disc.back(), std::ranges::min(disc)) << "narrower again";
 }
 
 TEST(StatusIconPainter, absurdContentStillGivesABoundedPicture)
