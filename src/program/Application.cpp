@@ -11,6 +11,7 @@
 #include "program/Process.h"
 #include "program/SignInController.h"
 #include "support/Log.h"
+#include "ui/SpokenWidget.h"
 
 namespace tidewell {
 
@@ -28,6 +29,7 @@ public:
         : core_{core}, signIn_{core}, item_{{.iconFolder = core.folders().runtime / "icons"}}
     {
         item_.onCommand([this](MenuCommand command) { carryOut(command); });
+        item_.setGraphSource([this] { return graph(); });
         observer_ = core_.viewModel().observe([this](const StatusBarState&) { present(); });
         settings_ = core_.configuration().observe([this](ConfigurationChange) { present(); });
         // Where the person just clicked: what there is to do about an alert is in the menu.
@@ -45,29 +47,83 @@ public:
         core_.launch([this] { present(); }, &signIn_);
     }
 
-    /// The person started the program a second time.
+    /// The person started the program a second time: the way to the graph by keyboard, and the only one where
+    /// nothing shows the item.
     void reopen()
     {
-        if (core_.delegate().applicationShouldHandleReopen() && !core_.configuration().account())
+        if (!core_.delegate().applicationShouldHandleReopen())
+            return;
+        if (core_.configuration().account())
+            item_.showMenu(QCursor::pos());
+        else
             signIn_.show();
     }
 
 private:
     void present()
     {
-        item_.present(statusItemContent(core_.viewModel().state(), core_.configuration().settings(),
-                                        core_.clock().now(), TimeZone::current()));
+        item_.present(statusItemContent(core_.viewModel().state(), settings(), core_.clock().now(),
+                                        TimeZone::current()));
+        item_.graphDidChange();
+    }
+
+    /// The stored ones, with the graph's window as it was picked last.
+    [[nodiscard]] AppSettings settings() const
+    {
+        AppSettings settings = core_.configuration().settings();
+        if (*pickedHours_)
+            settings.graphTimeWindowHours = *pickedHours_;
+        return settings;
+    }
+
+    [[nodiscard]] GlucoseGraphContent graph() const
+    {
+        AppSettings chosen = settings();
+        const GraphTimeWindow window = graphTimeWindow(chosen.graphTimeWindowHours);
+        return {.glucoseHistory = core_.viewModel().state().glucoseHistory,
+                .settings = std::move(chosen),
+                .timeWindow = window,
+                .now = core_.clock().now(),
+                .zone = TimeZone::current()};
+    }
+
+    /// Shown at once. Where it cannot be stored, it holds until the end of this run.
+    void pickGraphWindow(GraphTimeWindow window)
+    {
+        const auto hours = static_cast<std::int64_t>(window);
+        *pickedHours_ = hours;
+        present();
+        asio::co_spawn(core_.main(), storeGraphWindow(core_.configuration(), pickedHours_, hours),
+                       asio::detached);
+    }
+
+    using PickedHours = std::shared_ptr<std::optional<std::int64_t>>;
+
+    /// Never touches the face, which may be gone by then.
+    static asio::awaitable<void> storeGraphWindow(ConfigurationManager& configuration, PickedHours picked,
+                                                  std::int64_t hours)
+    {
+        AppSettings settings = configuration.settings();
+        settings.graphTimeWindowHours = hours;
+        const auto saved = co_await configuration.saveSettings(std::move(settings));
+        if (!saved)
+            applicationLog.warning("The graph's time window could not be stored: " + saved.error().message);
+        else if (*picked == hours)
+            picked->reset();
     }
 
     void carryOut(MenuCommand command)
     {
         switch (command) {
-        case MenuCommand::none:
         case MenuCommand::graphWindow1:
         case MenuCommand::graphWindow3:
         case MenuCommand::graphWindow6:
         case MenuCommand::graphWindow12:
         case MenuCommand::graphWindow24:
+            if (const auto window = graphTimeWindow(command))
+                pickGraphWindow(*window);
+            break;
+        case MenuCommand::none:
         case MenuCommand::installUpdate:
         case MenuCommand::showInsights:
         case MenuCommand::showSettings: break;
@@ -87,6 +143,8 @@ private:
     Core& core_;
     SignInController signIn_;
     StatusItem item_;
+    /// Of the graph's window, until the settings have them.
+    PickedHours pickedHours_ = std::make_shared<std::optional<std::int64_t>>();
     std::shared_ptr<void> observer_;
     std::shared_ptr<void> settings_;
 };
@@ -114,6 +172,7 @@ ExitCode runApplication(const ApplicationOptions& options)
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName("org.tidewell.Tidewell");
     QApplication::setQuitOnLastWindowClosed(false);
+    installSpokenWidgets();
 
     // They wait for the event loop from here on, so that what was made goes again.
     const UnixSignals signals{endingSignals, [](int) { QCoreApplication::quit(); }};

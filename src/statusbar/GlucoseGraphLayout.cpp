@@ -378,10 +378,12 @@ private:
             const double smallest = range == GlucoseRange::inRange ? smallestRadius : smallestRadiusOutside;
             // Dots of one kind nearly touch, until they would be too small to be seen.
             const double room = 0.4 * one->sampleDuration.count() * pointsPerSecond / scale_;
-            layout_.points.push_back({.at = {x(one->date), y(onAxis(one->mgdL, unit_))},
-                                      .radius = std::clamp(room, smallest, largestRadius) * scale_,
-                                      .range = range,
-                                      .joinsPrevious = previous && joins(*previous, *one)});
+            layout_.points.push_back(
+                {.at = {x(one->date), y(onAxis(one->mgdL, unit_))},
+                 .radius = std::clamp(room, smallest, largestRadius) * scale_,
+                 .range = range,
+                 .joinsPrevious = previous && joins(*previous, *one),
+                 .reading = static_cast<std::size_t>(one - content_.glucoseHistory.data())});
             previous = one;
         }
         if (previous && readingFreshness(previous->date, content_.now) == ReadingFreshness::current)

@@ -86,6 +86,7 @@ struct GraphPoint {
     double radius = 0;
     GlucoseRange range{};
     bool joinsPrevious = false;  ///< No gap lies between this reading and the one before.
+    std::size_t reading = 0;     ///< Its place in the content's glucoseHistory.
     bool operator==(const GraphPoint&) const = default;
 };
 

@@ -184,7 +184,41 @@ public:
         painter_.restore();
     }
 
+    void paintMark(const GraphPoint& point, const QString& text)
+    {
+        painter_.save();
+        painter_.setRenderHint(QPainter::Antialiasing);
+        const GraphRect& plot = layout_.graphRect;
+        const QPointF middle{point.at.x, fromTop(point.at.y)};
+        painter_.setPen(QPen{colors_.dayLine, line_});
+        painter_.drawLine(QPointF{middle.x(), fromTop(plot.top())}, QPointF{middle.x(), fromTop(plot.y)});
+        painter_.setPen(QPen{colors_.text, 1.6 * line_});
+        painter_.setBrush(Qt::NoBrush);
+        const double ring = point.radius + 3 * line_;
+        painter_.drawEllipse(middle, ring, ring);
+
+        const QFont font = graphFont(markPoints * line_);
+        const QFontMetricsF metrics{font};
+        const double margin = 5 * line_;
+        QRectF plate{0, 0, metrics.horizontalAdvance(text) + 2 * margin, metrics.height() + margin};
+        plate.moveCenter({middle.x(), 0});
+        plate.moveLeft(
+            std::max(std::min(plate.left(), layout_.viewSize.width - margin - plate.width()), margin));
+        // Over the plot's upper end, or its lower one when the point lies up there.
+        const bool above = middle.y() - ring > fromTop(plot.top()) + plate.height();
+        plate.moveTop(above ? fromTop(plot.top()) : fromTop(plot.y) - plate.height());
+        painter_.setPen(QPen{colors_.faintText, line_});
+        painter_.setBrush(colors_.background);
+        painter_.drawRoundedRect(plate, margin, margin);
+        painter_.setFont(font);
+        painter_.setPen(colors_.text);
+        painter_.drawText(plate, Qt::AlignCenter, text);
+        painter_.restore();
+    }
+
 private:
+    static constexpr double markPoints = 11;
+
     [[nodiscard]] double fromTop(double y) const { return layout_.viewSize.height - y; }
 
     void paintBand()
@@ -318,6 +352,14 @@ void paintGlucoseGraph(QPainter& painter, const GlucoseGraphLayout& layout, Grap
 {
     Painting{painter, layout, theme}.paint();
 }
+
+void paintGraphMark(QPainter& painter, const GlucoseGraphLayout& layout, const GraphPoint& point,
+                    const QString& text, GraphTheme theme)
+{
+    Painting{painter, layout, theme}.paintMark(point, text);
+}
+
+QColor graphBackground(GraphTheme theme) { return palette(theme).background; }
 
 QImage glucoseGraphImage(const GlucoseGraphContent& content, const GraphPictureStyle& style)
 {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QColor>
 #include <QImage>
+#include <QString>
 
 #include "statusbar/GlucoseGraphLayout.h"
 
@@ -28,6 +30,13 @@ struct GraphPictureStyle {
 /// Lows are triangles that point down, highs triangles that point up, and both have colours that stay apart
 /// for every kind of colour vision; the threshold lines differ in their dashes.
 void paintGlucoseGraph(QPainter& painter, const GlucoseGraphLayout& layout, GraphTheme theme);
+
+/// Marks one point of a layout that has been painted: a line through it, a ring, and a plate with this text.
+void paintGraphMark(QPainter& painter, const GlucoseGraphLayout& layout, const GraphPoint& point,
+                    const QString& text, GraphTheme theme);
+
+/// What the colours of a theme are made for.
+[[nodiscard]] QColor graphBackground(GraphTheme theme);
 
 /// The graph on its theme's background, with what a screen reader says of it as the text "Description".
 [[nodiscard]] QImage glucoseGraphImage(const GlucoseGraphContent& content, const GraphPictureStyle& style);

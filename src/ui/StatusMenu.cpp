@@ -1,226 +1,278 @@
 #include "ui/StatusMenu.h"
 
-#include <QAction>
-#include <QGuiApplication>
+#include <QApplication>
 #include <QKeyEvent>
-#include <QLabel>
-#include <QMenu>
-#include <QPushButton>
+#include <QLayout>
+#include <QPainter>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStyle>
+#include <QStyleOptionFrame>
+#include <QStyleOptionMenuItem>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWindow>
 #include <algorithm>
+#include <chrono>
 #include <utility>
+
+#include "ui/MenuPanel.h"
 
 namespace tidewell {
 namespace {
 
-/// A line as a menu shows it: its "&" are text, not marks of a mnemonic.
-QString plainTitle(const MenuItem& item)
-{
-    return QString::fromStdString(item.title).replace(u'&', QStringLiteral("&&"));
-}
+using namespace std::chrono_literals;
 
-bool sameLines(const std::vector<MenuItem>& left, const std::vector<MenuItem>& right)
-{
-    return std::ranges::equal(left, right, [](const MenuItem& a, const MenuItem& b) {
-        return a.kind == b.kind && a.command == b.command;
-    });
-}
+/// While open, the graph's window moves on this often, and ages are told anew.
+constexpr std::chrono::milliseconds graphInterval = 30s;
+/// Another program may hold the keyboard or the pointer as the menu opens: a panel that closes its own menu,
+/// or a window manager whose shortcut is still pressed. They are asked for this often, and this many times.
+constexpr std::chrono::milliseconds grabInterval = 50ms;
+constexpr int grabAttempts = 60;
+/// Between the window's edge and what is in it.
+constexpr int frameMargin = 6;
 
 bool isWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
-/// The lines that say what is wrong cannot be chosen, but must be read: styles grey them out too far.
-void makeDisabledTextReadable(QMenu& menu)
+bool keepsMenuOpen(MenuCommand command)
 {
-    constexpr double share = 0.72;  // Of the text's colour; the contrast stays above 4.5 to 1.
-    QPalette palette = menu.palette();
-    const QColor text = palette.color(QPalette::Active, QPalette::WindowText);
-    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
-    const auto mixed = [](int a, int b) { return qRound(share * a + (1 - share) * b); };
-    const QColor readable{mixed(text.red(), ground.red()), mixed(text.green(), ground.green()),
-                          mixed(text.blue(), ground.blue())};
-    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, readable);
-    menu.setPalette(palette);
+    return command == MenuCommand::refresh || graphTimeWindow(command).has_value();
 }
 
-/// The menu as a window, for Wayland. Its fixed size makes tiling compositors let it float.
-class MenuWindow final : public QWidget {
+/// Below the position, or above it where there is more room, and in any case in `screen`.
+QRect placed(QSize size, QPoint position, const QRect& screen)
+{
+    QRect place{position, size};
+    if (place.bottom() > screen.bottom() && position.y() > screen.center().y())
+        place.moveBottom(position.y() - 1);
+    place.moveRight(std::min(place.right(), screen.right()));
+    place.moveBottom(std::min(place.bottom(), screen.bottom()));
+    place.moveLeft(std::max(place.left(), screen.left()));
+    place.moveTop(std::max(place.top(), screen.top()));
+    return place;
+}
+
+/// The window around the panel.
+class MenuWindow final : public QWidget, public SpokenWidget {
 public:
-    explicit MenuWindow(std::function<void(MenuCommand)> command)
-        : QWidget{nullptr, Qt::Tool | Qt::FramelessWindowHint}, command_{std::move(command)}
+    MenuWindow(ChosenHandler chosen, std::function<void()> hidden)
+        : QWidget{nullptr,
+                  isWayland() ? Qt::Tool | Qt::FramelessWindowHint : Qt::Popup | Qt::FramelessWindowHint},
+          hidden_{std::move(hidden)},
+          panel_{new MenuPanel{std::move(chosen)}},
+          scroll_{new QScrollArea}
     {
+        setObjectName(QStringLiteral("statusMenu"));
         setWindowTitle(QStringLiteral("Tidewell"));
-        layout_ = new QVBoxLayout{this};
-        layout_->setContentsMargins(6, 6, 6, 6);
-        layout_->setSpacing(2);
-        QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](const QWindow* focus) {
-            if (focus == nullptr && isVisible())
-                hide();
+        setAccessibleName(QStringLiteral("Tidewell"));
+        setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu, !isWayland());
+        scroll_->setFrameShape(QFrame::NoFrame);
+        scroll_->setFocusPolicy(Qt::NoFocus);
+        scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        scroll_->setWidgetResizable(true);
+        scroll_->setWidget(panel_);
+        scroll_->viewport()->setAutoFillBackground(false);
+        panel_->setAutoFillBackground(false);
+        panel_->installEventFilter(this);
+        auto* const layout = new QVBoxLayout{this};
+        layout->setContentsMargins(frameMargin, frameMargin, frameMargin, frameMargin);
+        layout->addWidget(scroll_);
+        QObject::connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+            if (now && panel_->isAncestorOf(now))
+                scroll_->ensureWidgetVisible(now, 0, 2 * frameMargin);
         });
+        QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this,
+                         [this](const QWindow* focus) { windowFocusChanged(focus); });
     }
 
-    void rebuild(const std::vector<MenuItem>& items)
+    [[nodiscard]] MenuPanel& panel() { return *panel_; }
+
+    void open(QPoint position)
     {
-        while (QLayoutItem* old = layout_->takeAt(0)) {
-            delete old->widget();
-            delete old;
-        }
-        lines_.clear();
-        for (const MenuItem& item : items) {
-            QWidget* line = makeLine(item);
-            layout_->addWidget(line);
-            lines_.push_back(line);
-        }
-        refresh(items);
+        position_ = position;
+        fit();
+        panel_->focusFirst();
+        announcePopup(*this);
+        show();
+        if (isWayland())
+            activateWindow();
+        else
+            grabInput(grabAttempts);
+        QAccessibleEvent event{panel_, QAccessible::PopupMenuStart};
+        QAccessible::updateAccessibility(&event);
     }
 
-    void refresh(const std::vector<MenuItem>& items)
-    {
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            if (auto* button = qobject_cast<QPushButton*>(lines_[i])) {
-                button->setText(plainTitle(items[i]));
-                button->setEnabled(items[i].enabled);
-            } else if (auto* label = qobject_cast<QLabel*>(lines_[i])) {
-                label->setText(QString::fromStdString(items[i].title));
-            }
-        }
-        setFixedSize(layout_->sizeHint());
-    }
+    [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Window; }
 
 protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter{this};
+        QStyleOptionMenuItem ground;
+        ground.initFrom(this);
+        ground.state = QStyle::State_None;
+        ground.menuItemType = QStyleOptionMenuItem::EmptyArea;
+        painter.fillRect(rect(), palette().color(QPalette::Window));
+        style()->drawPrimitive(QStyle::PE_PanelMenu, &ground, &painter, this);
+        QStyleOptionFrame frame;
+        frame.initFrom(this);
+        frame.state = QStyle::State_None;
+        frame.lineWidth = std::max(style()->pixelMetric(QStyle::PM_MenuPanelWidth, nullptr, this), 1);
+        style()->drawPrimitive(QStyle::PE_FrameMenu, &frame, &painter, this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == panel_ && event->type() == QEvent::LayoutRequest && isVisible())
+            QTimer::singleShot(0, this, [this] { fit(); });
+        return QWidget::eventFilter(watched, event);
+    }
+
     void keyPressEvent(QKeyEvent* event) override
     {
-        switch (event->key()) {
-        case Qt::Key_Escape: hide(); return;
-        case Qt::Key_Down: focusNextChild(); return;
-        case Qt::Key_Up: focusPreviousChild(); return;
-        default: QWidget::keyPressEvent(event);
+        if (event->matches(QKeySequence::Cancel))
+            hide();
+        else
+            QWidget::keyPressEvent(event);
+    }
+
+    /// Before any widget has it: from the first key on, the focus is drawn.
+    bool event(QEvent* event) override
+    {
+        if (event->type() == QEvent::ShortcutOverride && !testAttribute(Qt::WA_KeyboardFocusChange)) {
+            setAttribute(Qt::WA_KeyboardFocusChange);
+            update();
         }
+        return QWidget::event(event);
+    }
+
+    void hideEvent(QHideEvent* event) override
+    {
+        QWidget::hideEvent(event);
+        if (event->spontaneous())
+            return;
+        QAccessibleEvent end{panel_, QAccessible::PopupMenuEnd};
+        QAccessible::updateAccessibility(&end);
+        hidden_();
     }
 
 private:
-    QWidget* makeLine(const MenuItem& item)
+    void fit()
     {
-        if (item.kind == MenuItem::Kind::separator) {
-            auto* rule = new QFrame;
-            rule->setFrameShape(QFrame::HLine);
-            rule->setFrameShadow(QFrame::Sunken);
-            return rule;
-        }
-        if (item.kind == MenuItem::Kind::text) {
-            auto* label = new QLabel;
-            label->setTextFormat(Qt::PlainText);
-            label->setContentsMargins(8, 3, 8, 3);
-            return label;
-        }
-        auto* button = new QPushButton;
-        button->setFlat(true);
-        button->setAutoDefault(true);
-        button->setStyleSheet(QStringLiteral("text-align: left; padding: 4px 8px"));
-        QObject::connect(button, &QPushButton::clicked, this, [this, command = item.command] {
-            hide();
-            command_(command);
-        });
-        return button;
+        const QScreen* screen = QGuiApplication::screenAt(position_);
+        if (!screen || isWayland())
+            screen = QGuiApplication::primaryScreen();
+        const QRect room = screen->availableGeometry();
+        const QSize margins{2 * frameMargin, 2 * frameMargin};
+        const QSize size = panel_->fitInto(room.size() - margins) + margins;
+        setFixedSize(size);  // Tiling compositors let a window of fixed size float.
+        if (!isWayland())
+            move(placed(size, position_, room).topLeft());
     }
 
-    std::function<void(MenuCommand)> command_;
-    QVBoxLayout* layout_;
-    std::vector<QWidget*> lines_;
+    void windowFocusChanged(const QWindow* focus)
+    {
+        const bool focused = focus && focus == windowHandle();
+        if (isWayland() && isVisible() && hadFocus_ && !focused)
+            hide();
+        hadFocus_ = focused;
+    }
+
+    void grabInput(int attempts)
+    {
+        QWindow* const window = windowHandle();
+        if (!isVisible() || !window || attempts == 0)
+            return;
+        if (window->setKeyboardGrabEnabled(true) && window->setMouseGrabEnabled(true))
+            return;
+        QTimer::singleShot(grabInterval, this, [this, attempts] { grabInput(attempts - 1); });
+    }
+
+    std::function<void()> hidden_;
+    MenuPanel* panel_;
+    QScrollArea* scroll_;
+    QPoint position_{};
+    bool hadFocus_ = false;
 };
 
 }  // namespace
 
 struct StatusMenu::Impl {
-    /// From the event loop, since the handler may end the program or rebuild the menu that is still closing.
+    /// The command comes from the event loop, since it may end the program or rebuild what just called.
     void choose(MenuCommand chosen)
     {
-        QTimer::singleShot(0, &menu, [this, chosen] { command(chosen); });
+        QTimer::singleShot(0, &loop, [this, chosen] {
+            if (handlers.command)
+                handlers.command(chosen);
+        });
+        if (!keepsMenuOpen(chosen) && window)
+            window->hide();
     }
 
-    /// The actions stay and change their meaning: a menu that is emptied while it is open closes.
-    void rebuild(const std::vector<MenuItem>& before)
+    void open(QPoint position)
     {
-        const auto active = std::ranges::find(actions, menu.activeAction());
-        const MenuCommand focused = active == actions.end()
-                                        ? MenuCommand::none
-                                        : before[static_cast<std::size_t>(active - actions.begin())].command;
-        for (; actions.size() > items.size(); actions.pop_back())
-            delete actions.back();
-        while (actions.size() < items.size()) {
-            QAction* action = menu.addAction(QString{});
-            QObject::connect(action, &QAction::triggered, &menu,
-                             [this, line = actions.size()] { choose(items[line].command); });
-            actions.push_back(action);
-        }
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            actions[i]->setSeparator(items[i].kind == MenuItem::Kind::separator);
-            if (focused != MenuCommand::none && items[i].command == focused)
-                menu.setActiveAction(actions[i]);
-        }
-        if (window)
-            window->rebuild(items);
+        window = new MenuWindow{[this](MenuCommand chosen) { choose(chosen); }, [this] { hidden(); }};
+        window->panel().setItems(items);
+        pullGraph();
+        window->open(position);
+        timer.start(graphInterval);
     }
 
-    void refresh()
+    /// It may be in the middle of one of its own events.
+    void hidden()
     {
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            const bool separator = items[i].kind == MenuItem::Kind::separator;
-            actions[i]->setText(separator ? QString{} : plainTitle(items[i]));
-            actions[i]->setEnabled(separator ||
-                                   (items[i].enabled && items[i].kind == MenuItem::Kind::action));
-        }
+        timer.stop();
         if (window)
-            window->refresh(items);
+            std::exchange(window, nullptr)->deleteLater();
     }
 
-    std::function<void(MenuCommand)> command;
+    void pullGraph()
+    {
+        if (window)
+            window->panel().setGraph(handlers.graph ? handlers.graph() : GlucoseGraphContent{});
+    }
+
+    Handlers handlers;
     std::vector<MenuItem> items{};
-    QMenu menu{};
-    std::vector<QAction*> actions{};
-    std::unique_ptr<MenuWindow> window{};  ///< Made at its first use, on Wayland only.
+    MenuWindow* window = nullptr;  ///< While open.
+    QTimer timer{};
+    QObject loop{};
 };
 
-StatusMenu::StatusMenu(std::function<void(MenuCommand)> command)
-    : impl_{std::make_unique<Impl>(std::move(command))}
+StatusMenu::StatusMenu(Handlers handlers) : impl_{std::make_unique<Impl>(std::move(handlers))}
 {
-    makeDisabledTextReadable(impl_->menu);
-    impl_->menu.setAccessibleName(QStringLiteral("Tidewell"));
+    QObject::connect(&impl_->timer, &QTimer::timeout, &impl_->loop, [this] { impl_->pullGraph(); });
 }
 
-StatusMenu::~StatusMenu() = default;
+StatusMenu::~StatusMenu() { delete std::exchange(impl_->window, nullptr); }
 
-void StatusMenu::setItems(const std::vector<MenuItem>& menu)
+void StatusMenu::setItems(const std::vector<MenuItem>& items)
 {
-    const std::vector<MenuItem> items = menuOfLines(menu);
     if (items == impl_->items)
         return;
-    const std::vector<MenuItem> before = std::exchange(impl_->items, items);
-    if (!sameLines(items, before))
-        impl_->rebuild(before);
-    impl_->refresh();
+    impl_->items = items;
+    if (!impl_->window)
+        return;
+    impl_->window->panel().setItems(items);
+    impl_->pullGraph();
 }
+
+void StatusMenu::refreshGraph() { impl_->pullGraph(); }
 
 void StatusMenu::popUp(QPoint position)
 {
-    if (!isWayland()) {
-        if (impl_->menu.isVisible())
-            impl_->menu.close();
-        else
-            impl_->menu.popup(position);
-        return;
-    }
-    if (!impl_->window) {
-        impl_->window = std::make_unique<MenuWindow>([this](MenuCommand chosen) { impl_->choose(chosen); });
-        impl_->window->rebuild(impl_->items);
-    }
-    impl_->window->setVisible(!impl_->window->isVisible());
-    if (impl_->window->isVisible())
-        impl_->window->activateWindow();
+    if (!impl_->window)
+        return impl_->open(position);
+    impl_->window->raise();
+    impl_->window->activateWindow();
 }
 
-QMenu* StatusMenu::menu() const { return &impl_->menu; }
+void StatusMenu::close()
+{
+    if (impl_->window)
+        impl_->window->hide();
+}
+
+bool StatusMenu::isOpen() const { return impl_->window != nullptr; }
 
 }  // namespace tidewell

@@ -7,26 +7,37 @@
 
 #include "statusbar/StatusBarMenu.h"
 
-class QMenu;
-
 namespace tidewell {
 
-/// The status item's menu where the program shows it itself: a QMenu on X11; on Wayland, which has no place
-/// for a menu without a parent window, a small window with the same lines. Both can be used by keyboard
-/// alone. Main thread; needs a QApplication.
+/// The status item's menu where the program shows it itself, with the graph as its first item: a popup on
+/// X11; on Wayland, which has no place for a popup without a parent window, a small window. Both hold the
+/// same MenuPanel and go when the person clicks or turns elsewhere, chooses, or presses Escape. Closed, it
+/// holds nothing but its items. Main thread; needs a QApplication.
 class StatusMenu final {
 public:
-    explicit StatusMenu(std::function<void(MenuCommand)> command);
+    struct Handlers {
+        /// Called from the event loop, after the menu has gone. A choice of the graph's window, and Refresh,
+        /// leave it open.
+        std::function<void(MenuCommand)> command;
+        /// What the graph shows. Asked when the menu opens, and while it is open whenever something changed
+        /// and every 30 s. Empty: a graph without readings.
+        std::function<GlucoseGraphContent()> graph{};
+    };
+
+    explicit StatusMenu(Handlers handlers);
     ~StatusMenu();
     StatusMenu(const StatusMenu&) = delete;
+    StatusMenu& operator=(const StatusMenu&) = delete;
 
-    /// Shows these lines from now on, also while open; lines that stay keep their keyboard focus.
+    /// Shows these items, as statusBarMenu() makes them, from now on, also while open.
     void setItems(const std::vector<MenuItem>& items);
-    /// Opens at a position in global pixels, moved onto the screen; Wayland places it itself. Open already:
-    /// closes.
+    /// What the graph shows has changed.
+    void refreshGraph();
+    /// Opens at a position in global pixels, moved onto the screen; Wayland places it itself. What is open
+    /// already stays, and comes to the front.
     void popUp(QPoint position);
-    /// The menu itself, for a tray that opens it by its own means.
-    [[nodiscard]] QMenu* menu() const;
+    void close();
+    [[nodiscard]] bool isOpen() const;
 
 private:
     struct Impl;

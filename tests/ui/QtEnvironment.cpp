@@ -1,12 +1,18 @@
 #include <gtest/gtest.h>
 #include <QApplication>
 
+#include "ui/SpokenWidget.h"
+
 namespace {
 
 /// The application object that every widget and font needs, for as long as the tests run.
 class QtEnvironment final : public testing::Environment {
 public:
-    void SetUp() override { application_ = std::make_unique<QApplication>(count_, arguments_); }
+    void SetUp() override
+    {
+        application_ = std::make_unique<QApplication>(count_, arguments_);
+        tidewell::installSpokenWidgets();
+    }
     void TearDown() override { application_.reset(); }
 
 private:

@@ -95,6 +95,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
 
     StatusItemOptions options;
     std::function<void(MenuCommand)> command{};
+    std::function<GlucoseGraphContent()> graph{};
     std::function<void(QPoint)> activate{};
     std::function<void()> registered{};
     /// Outlives what calls it back; calls that wait in the event loop go with it.
@@ -170,6 +171,8 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         soon([this, position] {
             if (activate)
                 activate(position);
+            else if (ownMenu && ownMenu->isOpen())
+                ownMenu->close();
             else
                 menu().popUp(position);
         });
@@ -178,7 +181,9 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     StatusMenu& menu()
     {
         if (!ownMenu) {
-            ownMenu = std::make_unique<StatusMenu>([this](MenuCommand what) { chosen(what); });
+            ownMenu = std::make_unique<StatusMenu>(
+                StatusMenu::Handlers{.command = [this](MenuCommand what) { chosen(what); },
+                                     .graph = [this] { return graph ? graph() : GlucoseGraphContent{}; }});
             ownMenu->setItems(content.menu);
         }
         return *ownMenu;
@@ -286,10 +291,9 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         legacyTray = std::make_unique<QSystemTrayIcon>();
         QObject::connect(legacyTray.get(), &QSystemTrayIcon::activated, &loop,
                          [this](QSystemTrayIcon::ActivationReason reason) {
-                             if (reason == QSystemTrayIcon::Trigger)
+                             if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::Context)
                                  clicked(QCursor::pos());
                          });
-        legacyTray->setContextMenu(menu().menu());
         if (hasContent)
             update();
         legacyTray->show();
@@ -301,6 +305,8 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
             return;
         content = next;
         hasContent = true;
+        if (ownMenu)
+            ownMenu->setItems(content.menu);
         if (updatePending)
             return;
         const auto now = options.time.now();
@@ -319,8 +325,6 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     void update()
     {
         lastUpdate = options.time.now();
-        if (ownMenu)
-            ownMenu->setItems(content.menu);
         if (legacyTray)
             updateLegacyTray();
         if (!item || !host)
@@ -408,7 +412,21 @@ StatusItem::StatusItem(StatusItemOptions options, QObject* parent)
 
 StatusItem::~StatusItem() = default;
 
-void StatusItem::showMenu(QPoint position) { impl_->clicked(position); }
+void StatusItem::showMenu(QPoint position)
+{
+    impl_->soon([impl = impl_.get(), position] { impl->menu().popUp(position); });
+}
+
+void StatusItem::setGraphSource(std::function<GlucoseGraphContent()> source)
+{
+    impl_->graph = std::move(source);
+}
+
+void StatusItem::graphDidChange()
+{
+    if (impl_->ownMenu)
+        impl_->ownMenu->refreshGraph();
+}
 
 void StatusItem::onCommand(std::function<void(MenuCommand)> handler) { impl_->command = std::move(handler); }
 

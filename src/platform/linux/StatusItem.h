@@ -51,6 +51,8 @@ public:
 
     /// A menu line was chosen. Called from the event loop, never from within a member function.
     void onCommand(std::function<void(MenuCommand)> handler);
+    /// Where our own menu gets its graph; asked only while the menu is open.
+    void setGraphSource(std::function<GlucoseGraphContent()> source);
     /// Takes over the left click, with a position in global pixels; without it, the click opens our own menu.
     void onActivate(std::function<void(QPoint)> handler);
     /// A panel has accepted the item; at every panel start.
@@ -62,7 +64,9 @@ public:
     /// Shows this from now on. What did not change causes no traffic; changes that come faster than
     /// `updateInterval` are left out, the last one is not.
     void present(const StatusItemContent& content);
-    /// Opens our own menu there, in global pixels, as a left click on the item does.
+    /// The graph's source would now give something else.
+    void graphDidChange();
+    /// Opens our own menu there, in global pixels, as a left click on the item does; an open one stays.
     void showMenu(QPoint position);
 
 private:
