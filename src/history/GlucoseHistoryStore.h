@@ -77,7 +77,7 @@ public:
                                                                                   std::int64_t consentVersion,
                                                                                   Date now);
     /// Saving stops; what is saved stays.
-    [[nodiscard]] std::expected<GlucoseHistoryStatus, GlucoseHistoryError> pause(Date now);
+    [[nodiscard]] std::expected<GlucoseHistoryStatus, GlucoseHistoryError> pause();
     /// A shorter one removes the older readings at once; an error may come after it has been set.
     [[nodiscard]] std::expected<GlucoseHistoryStatus, GlucoseHistoryError> setRetention(std::int64_t days,
                                                                                         Date now);

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <optional>
+
+#include "history/GlucoseHistoryAccount.h"
+
+namespace tidewell {
+
+/// The single-key layout of older versions: one configuration and the days of one person in the root itself,
+/// all under one key. It is read, taken over by a scope, and removed; never written again, but for the mark
+/// that it is to be deleted. Blocking; under the store's lock.
+class LegacyHistory {
+public:
+    /// The references outlive it.
+    LegacyHistory(std::filesystem::path root, LocalGlucoseHistoryFileAccess& access,
+                  KeychainItemStoring& keychain);
+
+    /// Whether there is anything of it.
+    [[nodiscard]] std::expected<bool, GlucoseHistoryError> exists();
+    /// Whether a deletion of it was begun.
+    [[nodiscard]] std::expected<bool, GlucoseHistoryError> isBeingDeleted();
+    [[nodiscard]] std::expected<void, GlucoseHistoryError> beginDeletion();
+    /// Removes its days, its key, and what marks the deletion last.
+    [[nodiscard]] std::expected<void, GlucoseHistoryError> remove();
+
+    /// Merges each day into the scope, then the configuration, then removes what was taken over, the key
+    /// after the days. Can be repeated from wherever it stopped. A day that is damaged here or there stays,
+    /// and the key with it: unreadableHistory, after all the others have been moved.
+    [[nodiscard]] std::expected<void, GlucoseHistoryError> moveInto(GlucoseHistoryAccount& account,
+                                                                    const HistoryScopeID& scope,
+                                                                    const std::filesystem::path& scopeFolder);
+
+private:
+    struct Moved;
+    std::expected<SecretText, GlucoseHistoryError> loadKey();
+    std::expected<void, GlucoseHistoryError> removeKey();
+    std::expected<std::optional<GlucoseHistoryConfiguration>, GlucoseHistoryError> readConfiguration();
+    std::expected<HistoryDay, GlucoseHistoryError> readDay(const SecretText& key, std::int64_t day,
+                                                           const HistoryScopeID& scope);
+    std::expected<Moved, GlucoseHistoryError> moveDays(GlucoseHistoryAccount& account,
+                                                       const HistoryScopeID& scope,
+                                                       const std::vector<std::int64_t>& days);
+    std::expected<void, GlucoseHistoryError> moveConfiguration(GlucoseHistoryAccount& account,
+                                                               const std::optional<Date>& oldest);
+
+    std::filesystem::path root_;
+    LocalGlucoseHistoryFileAccess& access_;
+    KeychainItemStoring& keychain_;
+};
+
+}  // namespace tidewell
