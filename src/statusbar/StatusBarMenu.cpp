@@ -169,6 +169,30 @@ private:
     std::vector<MenuItem> items_{};
 };
 
+/// How many characters of an alert stand in one line: panels make their menu as wide as its longest line.
+constexpr std::size_t lineLength = 56;
+
+std::size_t characterCount(std::string_view text)
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(text, [](char byte) { return (byte & 0xc0) != 0x80; }));
+}
+
+/// Adds a text, broken between its words.
+void addWrapped(std::vector<MenuItem>& lines, std::string text)
+{
+    std::ranges::replace(text, '\n', ' ');
+    std::string line;
+    for (const auto range : std::views::split(text, ' ')) {
+        const std::string_view word{range};
+        if (!line.empty() && characterCount(line) + 1 + characterCount(word) > lineLength)
+            lines.push_back(textItem(std::exchange(line, {})));
+        line += line.empty() ? "" : " ";
+        line += word;
+    }
+    lines.push_back(textItem(std::move(line)));
+}
+
 void addGraphLine(std::vector<MenuItem>& lines, const MenuItem& graph)
 {
     MenuItem line{.title = graph.title, .accessibleText = graph.accessibleText};
@@ -204,8 +228,9 @@ std::vector<MenuItem> menuOfLines(const std::vector<MenuItem>& menu)
             lines.push_back(separator());
             break;
         case MenuItem::Kind::alert:
-            lines.push_back(textItem(item.title));
-            std::ranges::transform(item.details, std::back_inserter(lines), textItem);
+            addWrapped(lines, item.title);
+            for (const std::string& detail : item.details)
+                addWrapped(lines, detail);
             break;
         case MenuItem::Kind::action:
         case MenuItem::Kind::choice:

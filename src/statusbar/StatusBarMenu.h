@@ -78,9 +78,9 @@ struct MenuPlaces {
 [[nodiscard]] std::vector<MenuItem> statusBarMenu(const StatusBarState& state, const AppSettings& settings,
                                                   const MenuPlaces& places, Date now, TimeZone zone);
 
-/// The same menu for whoever shows nothing but lines of text: an alert becomes one line each, the last update
-/// a text and an action, the graph a line with a submenu of showGraph and its windows. Only the kinds action,
-/// choice, text and separator, and children only below an action.
+/// The same menu for whoever shows nothing but lines of text: an alert becomes lines of bounded length, the
+/// last update a text and an action, the graph a line with a submenu of showGraph and its windows. Only the
+/// kinds action, choice, text and separator, and children only below an action.
 [[nodiscard]] std::vector<MenuItem> menuOfLines(const std::vector<MenuItem>& menu);
 
 /// "Low, high and rapid-change alerts snoozed until 14:30": what the preferences let a snooze silence.
