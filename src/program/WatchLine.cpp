@@ -7,6 +7,7 @@
 
 #include "program/WatchBarLine.h"
 #include "sources/GlucoseUnits.h"
+#include "statusbar/StatusBarStateNames.h"
 
 namespace tidewell {
 
@@ -35,48 +36,6 @@ json::value orNull(const std::optional<ErrorInfo>& error)
         {"title", error->title}, {"message", error->message}, {"remediation", error->remediation}};
 }
 
-std::string_view name(TitleColor color)
-{
-    switch (color) {
-    case TitleColor::primary: return "primary";
-    case TitleColor::orange: return "orange";
-    case TitleColor::red: return "red";
-    }
-    std::unreachable();
-}
-
-std::string_view name(StatusBarIconState state)
-{
-    switch (state) {
-    case StatusBarIconState::waiting: return "waiting";
-    case StatusBarIconState::value: return "value";
-    case StatusBarIconState::attention: return "attention";
-    }
-    std::unreachable();
-}
-
-std::string_view name(StatusBarActivity activity)
-{
-    switch (activity) {
-    case StatusBarActivity::loading: return "loading";
-    case StatusBarActivity::refreshing: return "refreshing";
-    case StatusBarActivity::authenticating: return "authenticating";
-    }
-    std::unreachable();
-}
-
-std::string_view name(const std::optional<ReadingFreshness>& freshness)
-{
-    if (!freshness)
-        return "none";
-    switch (*freshness) {
-    case ReadingFreshness::current: return "current";
-    case ReadingFreshness::stale: return "stale";
-    case ReadingFreshness::expired: return "expired";
-    }
-    std::unreachable();
-}
-
 json::value readingOrNull(const std::optional<GlucoseReading>& reading)
 {
     if (!reading)
@@ -91,10 +50,10 @@ WatchLine jsonLine(const StatusBarState& state, Date now)
     json::object object{
         {"time", nullptr},
         {"statusTitle", state.statusTitle},
-        {"titleColor", name(state.titleColor)},
-        {"iconState", name(state.iconState)},
-        {"activity", state.activity ? json::value(name(*state.activity)) : json::value{}},
-        {"freshness", name(state.freshness)},
+        {"titleColor", rawValue(state.titleColor)},
+        {"iconState", rawValue(state.iconState)},
+        {"activity", state.activity ? json::value(rawValue(*state.activity)) : json::value{}},
+        {"freshness", rawValue(state.freshness)},
         {"reading", readingOrNull(state.presentedReading)},
         {"readingCount", state.glucoseHistory.size()},
         {"currentError", orNull(state.currentError)},
