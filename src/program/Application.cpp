@@ -176,7 +176,10 @@ ExitCode runApplication(const ApplicationOptions& options)
 
     // They wait for the event loop from here on, so that what was made goes again.
     const UnixSignals signals{endingSignals, [](int) { QCoreApplication::quit(); }};
-    auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario, .postsAlerts = true});
+    auto core = Core::make({.demo = options.demo,
+                            .demoScenario = options.demoScenario,
+                            .postsAlerts = true,
+                            .sharing = SharingKind::application});
     if (!core)
         return report(core.error());
     const auto runtime = (*core)->folders().runtime;

@@ -23,6 +23,9 @@ constexpr int unwindingRounds = 4;
 /// An atomic write is several events; one reload is enough for them.
 constexpr std::chrono::milliseconds reloadDelay{200};
 
+/// Between two requests while another process may be making its own: it has the name, and does not answer.
+constexpr std::chrono::milliseconds aloneSpacing = 60s;
+
 /// What the snooze action on a notification stands for.
 constexpr Seconds snoozeOfAction{30min};
 
@@ -64,11 +67,11 @@ std::expected<std::unique_ptr<Core>, CommandError> Core::make(CoreOptions option
     if (!environment)
         return std::unexpected(environment.error());
     return std::unique_ptr<Core>(
-        new Core(std::move(*environment), std::move(engine), std::move(clock), options.postsAlerts));
+        new Core(std::move(*environment), std::move(engine), std::move(clock), options));
 }
 
 Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_ptr<SystemClock> ownClock,
-           bool postsAlerts)
+           const CoreOptions& options)
     : engineOwner_{std::move(owner)},
       engine_{*engineOwner_},
       clockOwner_{std::move(ownClock)},
@@ -91,7 +94,7 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
         main(), clock_, random_,
         [this]() -> std::optional<AppSettings> { return configuration_->settings(); });
     network_ = std::make_unique<NetworkMonitor>(clock_, random_, std::make_unique<GioNetworkPathMonitor>());
-    makeAlerts(postsAlerts);
+    makeAlerts(options.postsAlerts);
     coordinator_ = std::make_unique<StatusBarPollingCoordinator>(StatusBarPollingCoordinator::Parts{
         .engine = engine(),
         .main = main(),
@@ -100,15 +103,96 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
         .viewModel = *viewModel_,
         .networkMonitor = *network_,
         .defaults = *defaults_,
-        .settings = [this, postsAlerts]() -> std::optional<AppSettings> {
+        .settings = [this, postsAlerts = options.postsAlerts]() -> std::optional<AppSettings> {
             AppSettings settings = configuration_->settings();
             settings.alertsEnabled = settings.alertsEnabled && postsAlerts;
             return settings;
         },
         .alertDelivery = *alertDelivery_,
+        .progressDidChange =
+            [this](const PollingProgress& progress) {
+                progress_ = progress;
+                if (sharing_)
+                    sharing_->publish(viewModel_->state(), progress_);
+            },
     });
     workspace_ = std::make_unique<LogindEvents>();
+    if (!environment_.demo)
+        makeSharing(options.sharing);
     engine_.start();
+}
+
+void Core::makeSharing(SharingKind kind)
+{
+    sharing_ = std::make_unique<SharedPoller>(
+        main(), clock_, random_, SharedPollerOptions{.kind = kind, .profile = sharingProfile(environment_)},
+        SharedPoller::Handlers{
+            .roleDidChange = [this](PollingRole role, bool alone) { pollingRoleDidChange(role, alone); },
+            .heard = [this](const FollowedState& followed) { show(followed); },
+            .refresh = [this] { asio::co_spawn(main(), coordinator_->refreshNow(), asio::detached); },
+            .snooze = [this](std::chrono::minutes length) { coordinator_->snoozeAlerts(length); },
+            .resume = [this] { coordinator_->resumeAlerts(); },
+        });
+    sharedState_ =
+        viewModel_->observe([this](const StatusBarState& state) { sharing_->publish(state, progress_); });
+}
+
+std::string Core::sharedAccount() const
+{
+    const auto& account = configuration_->account();
+    return account ? sharingAccount(environment_, *account) : std::string{};
+}
+
+bool Core::canPoll() const
+{
+    const auto& account = configuration_->account();
+    return account && !account->password.empty() && defaults_->boolean(onboardingCompletedKey);
+}
+
+asio::awaitable<void> Core::beginSharing()
+{
+    co_await delegate_->launched();
+    // After the delegate's own observer: what another account's poller told has gone from the screen by then.
+    sharedConfiguration_ = configuration_->observe([this](ConfigurationChange change) {
+        if (change != ConfigurationChange::configuration)
+            return;
+        progress_ = {};
+        sharing_->setAccount(sharedAccount(), canPoll());
+    });
+    sharing_->start(sharedAccount(), canPoll());
+    co_await sharing_->decided();
+}
+
+void Core::pollingRoleDidChange(PollingRole role, bool alone)
+{
+    if (!delegate_)
+        return;
+    // Also when it was this process all along: it may come more often now.
+    if (role == PollingRole::polls)
+        delegate_->setPollingRole(PollingRole::follows);
+    PollingResumption resumption{.progress = progress_, .glucoseHistory = viewModel_->state().glucoseHistory};
+    if (alone)
+        resumption.fetchSpacing = aloneSpacing;
+    delegate_->setPollingRole(role, std::move(resumption));
+}
+
+void Core::show(const FollowedState& followed)
+{
+    progress_ = followed.progress;
+    viewModel_->batch([&] {
+        const Date now = clock_.now();
+        viewModel_->setActivity(followed.activity, now);
+        // Who has just begun to poll knows nothing yet, and what is shown is as good as it was.
+        if (!followed.glucoseHistory.empty()) {
+            viewModel_->setGlucoseHistory(followed.glucoseHistory);
+            viewModel_->presentReading(followed.glucoseHistory.back(), now);
+            viewModel_->setLastUpdateAt(followed.lastUpdateAt);
+        }
+        viewModel_->setCurrentError(followed.currentError);
+        viewModel_->setNextRetryAt(followed.nextRetryAt);
+        if (!followed.activity)
+            viewModel_->finishActivity();
+    });
 }
 
 void Core::makeAlerts(bool postsAlerts)
@@ -188,16 +272,20 @@ void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating
     };
     if (alertProbe_)
         services.lookAtAlertPath = [this] { return lookAtAlertPath(); };
+    if (sharing_)
+        services.pollingRole = PollingRole::follows;  // Until it is decided.
     delegate_ = std::make_unique<AppDelegate>(std::move(services));
     if (environment_.demo) {
         preparation_ = startTask(main(), prepareDemo());
         return;
     }
     watchStoredState();
-    if (bookkeepingLost_)
+    if (bookkeepingLost_) {
         preparation_ = startTask(main(), concludeFromAccount());
-    else
-        delegate_->applicationDidFinishLaunching();
+        return;
+    }
+    delegate_->applicationDidFinishLaunching();
+    sharingBegin_ = startTask(main(), beginSharing());
 }
 
 asio::awaitable<void> Core::concludeFromAccount()
@@ -206,6 +294,7 @@ asio::awaitable<void> Core::concludeFromAccount()
     if (configuration_->account())
         defaults_->set(onboardingCompletedKey, true);
     delegate_->applicationDidFinishLaunching();
+    sharingBegin_ = startTask(main(), beginSharing());
 }
 
 asio::awaitable<void> Core::prepareDemo()
@@ -234,6 +323,8 @@ asio::awaitable<void> Core::launched()
         co_await preparation_.wait();
     if (delegate_)
         co_await delegate_->launched();
+    if (sharingBegin_)
+        co_await sharingBegin_.wait();
 }
 
 void Core::watchStoredState()
@@ -270,8 +361,11 @@ asio::awaitable<void> Core::reload(bool configurationToo)
     co_await runOnWorker(asio::any_io_executor{defaultsFile_}, readDefaults);
     if (configurationToo)
         (void)co_await configuration_->load();
-    if (delegate_)
-        delegate_->storedStateDidReload();
+    if (!delegate_)
+        co_return;
+    delegate_->storedStateDidReload();
+    if (sharedConfiguration_)  // The first-run steps may be over.
+        sharing_->setAccount(sharedAccount(), canPoll());
 }
 
 void Core::saveDefaultsLater()
@@ -288,6 +382,10 @@ bool Core::shutDown()
     reloadTimer_.stop();
     defaultsTimer_.stop();
     defaults_->setChangeHandler({});
+    sharingBegin_.cancel();
+    sharedState_.reset();
+    sharedConfiguration_.reset();
+    sharing_.reset();  // First, so that somebody else polls from now on.
     if (delegate_)
         delegate_->applicationWillTerminate();
     delegate_.reset();

@@ -11,6 +11,7 @@
 #include "platform/linux/LogindEvents.h"
 #include "platform/linux/NotificationCenter.h"
 #include "platform/linux/QtMainLoop.h"
+#include "platform/linux/SharedPoller.h"
 #include "program/Environment.h"
 #include "program/ServiceClient.h"
 #include "support/CurlHttpClient.h"
@@ -26,6 +27,8 @@ struct CoreOptions {
     /// Whether this run posts alerts: the desktop application does, and is the only one of its user, so that
     /// nobody is alerted twice.
     bool postsAlerts = false;
+    /// How it shares one poller with the other runs of its user. A demonstration has one of its own.
+    SharingKind sharing = SharingKind::watcher;
 };
 
 /// The whole program but its face: every long-lived service, made once and kept until the end of the process.
@@ -61,8 +64,12 @@ public:
     void reloadConfiguration() { reloadTimer_.start(); }
     /// The same for the user defaults alone, which need no keyring.
     void reloadDefaults() { defaultsTimer_.start(); }
-    /// Resumes when the launch sequence has ended.
+    /// Resumes when the launch sequence has ended, and it is decided who polls.
     [[nodiscard]] asio::awaitable<void> launched();
+    /// Whether another process polls, and this one shows what it tells.
+    [[nodiscard]] bool follows() const { return sharing_ && sharing_->follows(); }
+    /// Polls from now on, whoever else does.
+    void stopFollowing() { sharing_->stopFollowing(); }
 
     /// Ends polling and saves what is pending, within about a second; the last call but the destructor. True
     /// when every thread has ended; when false, something still blocks one and the process should leave by
@@ -71,8 +78,17 @@ public:
 
 private:
     Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock,
-         bool postsAlerts);
+         const CoreOptions& options);
     void makeAlerts(bool postsAlerts);
+    void makeSharing(SharingKind kind);
+    /// Once the configuration has been read.
+    asio::awaitable<void> beginSharing();
+    void pollingRoleDidChange(PollingRole role, bool alone);
+    /// Shows what the process tells that polls.
+    void show(const FollowedState& followed);
+    /// Whose data this run wants; empty without an account.
+    [[nodiscard]] std::string sharedAccount() const;
+    [[nodiscard]] bool canPoll() const;
     /// What the probe finds, and what became of the last alert.
     asio::awaitable<AlertPath> lookAtAlertPath();
     void watchStoredState();
@@ -104,13 +120,18 @@ private:
     std::unique_ptr<UserNotificationGlucoseAlertDelivery> alertDelivery_;
     std::unique_ptr<StatusBarPollingCoordinator> coordinator_;
     std::unique_ptr<LogindEvents> workspace_;
+    std::unique_ptr<SharedPoller> sharing_;  ///< Not of a demonstration.
+    PollingProgress progress_{};             ///< Of whoever polls.
+    std::shared_ptr<void> sharedState_;
+    std::shared_ptr<void> sharedConfiguration_;
     std::unique_ptr<AppDelegate> delegate_;
     std::function<void()> alertOpened_;
     QFileSystemWatcher fileWatcher_;
     QTimer reloadTimer_;  ///< Lets a burst of file events pass before one reload.
     QTimer defaultsTimer_;
     bool bookkeepingLost_ = false;
-    Task<void> preparation_;  ///< Of a launch that has to be prepared.
+    Task<void> preparation_;   ///< Of a launch that has to be prepared.
+    Task<void> sharingBegin_;  ///< Waits for the launch.
     bool ended_ = false;
 };
 

@@ -7,6 +7,7 @@
 #include "platform/linux/KeychainItemStore.h"
 #include "support/AtomicFile.h"
 #include "support/Log.h"
+#include "support/Sha256.h"
 
 namespace tidewell {
 
@@ -56,6 +57,41 @@ TemporaryFolder::~TemporaryFolder()
 {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
+}
+
+std::string sharingProfile(const Environment& environment)
+{
+    std::string text;
+    // None of them holds a zero.
+    const auto add = [&text](std::string_view part) { text.append(part).push_back('\0'); };
+    add(environment.folders.configuration.string());
+    add(environment.folders.state.string());
+    const ServiceEndpoints& endpoints = environment.endpoints;
+    for (const auto& [region, endpoint] : endpoints.dexcom) {
+        add(region);
+        add(endpoint.base);
+        add(endpoint.applicationId);
+    }
+    for (const auto& [region, base] : endpoints.libreLinkUp) {
+        add(region);
+        add(base);
+    }
+    add(endpoints.libreLinkUpIdentity.version);
+    add(endpoints.libreLinkUpIdentity.product);
+    add(endpoints.libreLinkUpIdentity.userAgent);
+    return sha256Hex(text);
+}
+
+std::string sharingAccount(const Environment& environment, const GlucoseAccountConfiguration& account)
+{
+    std::string text = sharingProfile(environment);
+    for (const std::string_view part :
+         {rawValue(account.provider), std::string_view{account.username}, std::string_view{account.region}}) {
+        text.push_back('\0');
+        text.append(part);
+    }
+    text.push_back('\0');
+    return sha256Hex(text + account.patientID.value_or(std::string{}));
 }
 
 std::string bookkeepingProblem(const std::filesystem::path& file, std::error_code error)

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "config/AppConfiguration.h"
 #include "config/KeychainItemStoring.h"
 #include "platform/linux/Folders.h"
 #include "program/ExitCode.h"
@@ -43,6 +44,13 @@ struct Environment {
     }
     [[nodiscard]] std::filesystem::path defaults() const { return folders.state / "defaults.json"; }
 };
+
+/// What two runs have to have in common to show each other's readings: a SHA-256 over the configuration
+/// folder, the state folder and every address.
+[[nodiscard]] std::string sharingProfile(const Environment& environment);
+/// Whose readings an account gives, in that environment: a SHA-256 of whom it follows, and as whom.
+[[nodiscard]] std::string sharingAccount(const Environment& environment,
+                                         const GlucoseAccountConfiguration& account);
 
 /// One sentence about a file of user defaults that could not be read: the program goes on without it.
 [[nodiscard]] std::string bookkeepingProblem(const std::filesystem::path& file, std::error_code error);

@@ -10,6 +10,7 @@
 #include "platform/linux/UnixSignals.h"
 #include "program/Commands.h"
 #include "program/Core.h"
+#include "program/FirstState.h"
 #include "program/Process.h"
 #include "program/TerminalGraph.h"
 #include "support/AtomicFile.h"
@@ -21,43 +22,6 @@ namespace tidewell {
 namespace {
 
 const Log graphLog{"GraphCommand"};
-
-/// Waits for the first state that holds a reading or a problem. Main thread.
-class FirstState {
-public:
-    explicit FirstState(Core& core) : core_{core} {}
-
-    static asio::awaitable<void> wait(std::weak_ptr<FirstState> weak, Core& core)
-    {
-        co_await core.launched();
-        if (weak.expired())
-            co_return;
-        co_await core.coordinator().refreshNow();
-        if (const auto self = weak.lock())
-            self->observe();
-    }
-
-    [[nodiscard]] bool came() const { return came_; }
-
-private:
-    void observe()
-    {
-        look(core_.viewModel().state());
-        observer_ = core_.viewModel().observe([this](const StatusBarState& state) { look(state); });
-    }
-
-    void look(const StatusBarState& state)
-    {
-        if (!watchIsSettled(state))
-            return;
-        came_ = true;
-        QCoreApplication::quit();
-    }
-
-    Core& core_;
-    bool came_ = false;
-    std::shared_ptr<void> observer_;
-};
 
 /// Pictures need fonts, which the toolkit has with a display only, or with the one that needs none.
 std::unique_ptr<QCoreApplication> makeApplication(bool forPictures)
@@ -125,13 +89,9 @@ ExitCode draw(const GlucoseGraphContent& content, const GraphOptions& options, E
     return code;
 }
 
-ExitCode drawState(Core& core, const GraphOptions& options)
+ExitCode drawState(Core& core, const GraphOptions& options, ExitCode code)
 {
     const StatusBarState& state = core.viewModel().state();
-    const auto& problem = core.configuration().problem();
-    const ExitCode code = problem && problem->error.kind == ConfigurationError::Kind::keychainError
-                              ? ExitCode::keyring
-                              : watchExitCode(state);
     // Without readings there is nothing to draw, and an older picture is not replaced by an empty one.
     if (state.currentError)
         (void)report({code, problemSentence(*state.currentError)});
@@ -164,17 +124,17 @@ ExitCode runGraph(const GraphOptions& options)
     endAtOnceOn(endingSignals);
     const auto application = makeApplication(options.output.has_value());
     const UnixSignals signals{endingSignals, [](int) { QCoreApplication::quit(); }};
-    auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario});
+    auto core = Core::make(
+        {.demo = options.demo, .demoScenario = options.demoScenario, .sharing = SharingKind::asker});
     if (!core)
         return report(core.error());
     ExitCode code = ExitCode::failure;
     {
-        const auto first = std::make_shared<FirstState>(**core);
         (*core)->launch({}, nullptr);
-        asio::co_spawn((*core)->main(), FirstState::wait(first, **core), asio::detached);
+        const FirstState first{**core};
         QCoreApplication::exec();
-        code = first->came() ? drawState(**core, options)
-                             : report({ExitCode::failure, "Ended before there was a reading."});
+        code = first.came() ? drawState(**core, options, first.exitCode())
+                            : report({ExitCode::failure, "Ended before there was a reading."});
     }
     endProcessUnless((*core)->shutDown(), code);
     return code;

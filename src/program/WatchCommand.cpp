@@ -2,11 +2,12 @@
 
 #include <QCoreApplication>
 #include <csignal>
-#include <utility>
+#include <optional>
 
 #include "platform/linux/UnixSignals.h"
 #include "program/Commands.h"
 #include "program/Core.h"
+#include "program/FirstState.h"
 #include "program/LineWriter.h"
 #include "program/Process.h"
 #include "program/WatchBarLine.h"
@@ -29,7 +30,7 @@ public:
     void print()
     {
         // A bar that runs the command by interval takes one line only.
-        if (options_.once && isBarFormat(options_.format) && !ended_)
+        if (options_.once && isBarFormat(options_.format) && !settled_)
             return;
         const auto& state = core_.viewModel().state();
         auto line = watchLine(options_.format, state, core_.configuration().settings(), core_.clock().now(),
@@ -40,62 +41,31 @@ public:
         writer_.write(std::move(line.text));
     }
 
-    /// Of --once: ends with the first state that holds a reading or a problem. Whoever is told to stop in the
-    /// meantime takes the watcher down first.
-    static asio::awaitable<void> finishOnce(std::weak_ptr<Watcher> weak, Core& core)
+    /// Of --once: the state that it waits for has come.
+    void printSettled()
     {
-        co_await core.launched();
-        if (weak.expired())
-            co_return;
-        // Who asks once waits for the answer, not for the schedule.
-        co_await core.coordinator().refreshNow();
-        if (const auto watcher = weak.lock())
-            watcher->endWhenSettled();
+        settled_ = true;
+        print();
     }
 
     /// After the last line has been written, or could not be.
-    [[nodiscard]] ExitCode finish()
+    [[nodiscard]] ExitCode finish(ExitCode code)
     {
         // Most bars keep the last line, and nobody would know how old it is.
         if (!options_.once && isBarFormat(options_.format))
             writer_.write(watchBarEndLine(options_.format).text);
         if (const auto error = writer_.finish())
             return report({ExitCode::failure, "The output cannot be written: " + error.message() + "."});
-        return exitCode_;
+        return code;
     }
 
 private:
-    void endWhenSettled()
-    {
-        if (watchIsSettled(core_.viewModel().state()))
-            end();
-        else
-            once_ = core_.viewModel().observe([this](const StatusBarState& state) {
-                if (watchIsSettled(state))
-                    end();
-            });
-    }
-
-    void end()
-    {
-        if (std::exchange(ended_, true))
-            return;
-        print();
-        const auto& problem = core_.configuration().problem();
-        exitCode_ = problem && problem->error.kind == ConfigurationError::Kind::keychainError
-                        ? ExitCode::keyring
-                        : watchExitCode(core_.viewModel().state());
-        QCoreApplication::quit();
-    }
-
     Core& core_;
     const WatchOptions& options_;
     std::string last_;
-    bool ended_ = false;  ///< Of --once: the state that it waits for has come.
-    ExitCode exitCode_ = ExitCode::good;
+    bool settled_ = false;
     LineWriter writer_;
     std::shared_ptr<void> observer_;
-    std::shared_ptr<void> once_;
 };
 
 }  // namespace
@@ -105,18 +75,25 @@ ExitCode runWatch(const WatchOptions& options)
     endAtOnceOn(endingSignals);
     QCoreApplication application{processArguments().count, processArguments().values};
     const UnixSignals signals{endingSignals, [](int) { QCoreApplication::quit(); }};
-    auto core = Core::make({.demo = options.demo, .demoScenario = options.demoScenario});
+    auto core = Core::make({.demo = options.demo,
+                            .demoScenario = options.demoScenario,
+                            .sharing = options.once ? SharingKind::asker : SharingKind::watcher});
     if (!core)
         return report(core.error());
     ExitCode code = ExitCode::good;
     {
-        const auto watcher = std::make_shared<Watcher>(**core, options);
-        watcher->print();
+        Watcher watcher{**core, options};
+        watcher.print();
         (*core)->launch({}, nullptr);
+        std::optional<FirstState> first;
         if (options.once)
-            asio::co_spawn((*core)->main(), Watcher::finishOnce(watcher, **core), asio::detached);
+            first.emplace(**core);
         QCoreApplication::exec();
-        code = watcher->finish();
+        if (first && first->came()) {
+            watcher.printSettled();
+            code = first->exitCode();
+        }
+        code = watcher.finish(code);
     }
     endProcessUnless((*core)->shutDown(), code);
     return code;
