@@ -200,6 +200,7 @@ ExitCode runApplication(const ApplicationOptions& options)
                 case InstanceWord::activate: face.reopen(); break;
                 case InstanceWord::configurationChanged: (*core)->reloadConfiguration(); break;
                 case InstanceWord::snoozeChanged: (*core)->reloadDefaults(); break;
+                case InstanceWord::historyChanged:
                 case InstanceWord::areYouThere: break;
                 }
             });

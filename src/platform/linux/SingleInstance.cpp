@@ -46,6 +46,7 @@ struct WordText {
 constexpr std::array words{WordText{InstanceWord::activate, "activate"},
                            WordText{InstanceWord::configurationChanged, "configuration-changed"},
                            WordText{InstanceWord::snoozeChanged, "snooze-changed"},
+                           WordText{InstanceWord::historyChanged, "history-changed"},
                            WordText{InstanceWord::areYouThere, "are-you-there"}};
 
 std::error_code lastError() { return {errno, std::system_category()}; }

@@ -14,6 +14,7 @@ enum class InstanceWord {
     activate,              ///< The person started the program again: show what there is to show.
     configurationChanged,  ///< The stored configuration was changed by the command line.
     snoozeChanged,         ///< So was the snooze.
+    historyChanged,        ///< So was saved history, or how it is saved.
     areYouThere,           ///< Nothing; the answer is what counts.
 };
 
