@@ -80,7 +80,7 @@ private:
         items_.push_back(std::move(item));
     }
 
-    /// "120 mg/dL →  +4 in 5 min  ▂▃▄▄", as much of it as there is.
+    /// "120 mg/dL →  +4 in 5 min  ▂▃▄▄ 6 h", as much of it as there is.
     [[nodiscard]] std::string graphLine(const GlucoseGraphContent& graph) const
     {
         std::vector<std::string> parts;
@@ -88,7 +88,8 @@ private:
             parts.push_back(readingTitle(*seen_, settings_));
         if (seen_ && seen_->freshness == ReadingFreshness::current)
             parts.push_back(glucoseChangeText(graph));
-        parts.push_back(glucoseSparkline(graph));
+        if (const std::string sparkline = glucoseSparkline(graph); !sparkline.empty())
+            parts.push_back(fmt::format("{} {} h", sparkline, static_cast<int>(graph.timeWindow)));
         std::erase(parts, "");
         return parts.empty() ? "No readings yet" : fmt::format("{}", fmt::join(parts, "  "));
     }

@@ -182,7 +182,7 @@ TEST(StatusBarMenu, asLinesItHoldsNoMoreThanLinesCanSay)
     const std::vector<MenuItem> lines = menuOfLines(menu(state, start, {.graphTimeWindowHours = 3}));
     EXPECT_EQ(
         text(lines),
-        "120 mg/dL →  +4 in 5 min  ▂▂{Show graph|--|(1 hour)|(•3 hours)|(6 hours)|(12 hours)|(24 hours)}|"
+        "120 mg/dL →  +4 in 5 min  ▂▂ 3 h{Show graph|--|(1 hour)|(•3 hours)|(6 hours)|(12 hours)|(24 hours)}|"
         "[Last update: 08:00]|Refresh|--|[T]|[M]|[" +
             half + " " + half + "€]|[" + half + "]|[" + half + "€y]|[" + std::string(99, 'z') + "]|--|" +
             snooze + places);
@@ -198,14 +198,14 @@ TEST(StatusBarMenu, theGraphsLineIsNoNewerThanItsReading)
     };
     for (const Case& each : {
              Case{StatusBarState{}, start, "No readings yet"},
-             {showing(120, Seconds{0}), start + Seconds{899}, "120 mg/dL →  +4 in 5 min  ▂▂"},
-             {showing(120, Seconds{0}), start + Seconds{900}, "120 mg/dL ?  ▂▂"},
-             {showing(120, Seconds{0}), start + Seconds{3600}, "-- ?  ▂▂"},
+             {showing(120, Seconds{0}), start + Seconds{899}, "120 mg/dL →  +4 in 5 min  ▂▂ 6 h"},
+             {showing(120, Seconds{0}), start + Seconds{900}, "120 mg/dL ?  ▂▂ 6 h"},
+             {showing(120, Seconds{0}), start + Seconds{3600}, "-- ?  ▂▂ 6 h"},
              {showing(120, Seconds{0}), start + Seconds{7 * 3600}, "-- ?"},
          })
         EXPECT_EQ(menu(each.state, each.now)[0].title, each.line);
     EXPECT_EQ(menu(showing(99, Seconds{0}), start, {.measurementUnit = "mmol/L"})[0].title,
-              "5.5 mmol/L →  +0.2 in 5 min  ▁▂");
+              "5.5 mmol/L →  +0.2 in 5 min  ▁▂ 6 h");
 }
 
 TEST(StatusBarMenu, changesOnlyWithWhatItSays)
