@@ -362,15 +362,18 @@ void paintSign(QPainter& painter, CornerSign sign, const StatusIconStyle& style,
                const QRectF& box)
 {
     const double height = style.height;
+    const double rim = std::max(1.0, std::round(height / 24));  // Between ink and the end of the plate.
+    const QRectF inkBox = box.adjusted(0, 0, -rim, -rim);
     switch (sign) {
     case CornerSign::none: break;
     case CornerSign::warningBadge:
     case CornerSign::updateBadge: paintBadge(painter, sign, box, height); break;
     case CornerSign::activity:
-        paintOutline(painter, turningArrow(box, std::max(1.2, height / 16.0), style.activityTurn.value_or(0)),
-                     ink, height);
+        paintOutline(painter,
+                     turningArrow(inkBox, std::max(1.2, height / 16.0), style.activityTurn.value_or(0)), ink,
+                     height);
         break;
-    case CornerSign::snoozed: paintOutline(painter, crescent(box), ink, height); break;
+    case CornerSign::snoozed: paintOutline(painter, crescent(inkBox), ink, height); break;
     }
 }
 

@@ -15,6 +15,7 @@
 #include "platform/linux/Background.h"
 #include "platform/linux/BusConnection.h"
 #include "platform/linux/DBusMenu.h"
+#include "platform/linux/MotionPreference.h"
 #include "platform/linux/StatusHost.h"
 #include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/StatusWatcher.h"
@@ -35,6 +36,11 @@ const QString menuPath = QStringLiteral("/MenuBar");
 /// the last.
 constexpr std::chrono::milliseconds firstRetry{10'000};
 constexpr std::chrono::milliseconds lastRetry{300'000};
+
+/// What is over sooner causes no traffic at all, and nobody could have read it.
+constexpr std::chrono::milliseconds activityDelay{1000};
+/// Between two eighths of a turn.
+constexpr std::chrono::milliseconds turnInterval{1000};
 
 bool isWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
@@ -98,20 +104,27 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     std::function<GlucoseGraphContent()> graph{};
     std::function<void(QPoint)> activate{};
     std::function<void()> registered{};
+    std::function<void()> absent{};
     /// Outlives what calls it back; calls that wait in the event loop go with it.
     QObject loop{};
 
     StatusItemContent content{};
     bool hasContent = false;
     std::optional<std::chrono::milliseconds> lastUpdate{};
-    bool updatePending = false;
+    std::optional<std::chrono::milliseconds> pendingUpdate{};  ///< When the next one is due.
+    std::optional<std::chrono::milliseconds> activitySince{};
+    std::optional<bool> reducedMotion{};  ///< Empty while nobody has said.
+    bool askedForMotion = false;
 
     std::shared_ptr<void> connecting{};
     std::optional<QDBusConnection> bus{};
     std::unique_ptr<StatusNotifierItem> item{};
     std::unique_ptr<DBusMenu> busMenu{};
     std::unique_ptr<StatusWatcher> watcher{};
+    std::unique_ptr<MotionPreference> motion{};
     std::optional<StatusHost> host{};  ///< While a panel is there.
+    bool accepted = false;             ///< By that panel.
+    bool panelShows = true;            ///< Unless it says that it only collects items.
     std::chrono::milliseconds retryDelay = firstRetry;
     std::chrono::milliseconds busRetryDelay = firstRetry;
     bool busMissed = false;        ///< And said so.
@@ -119,9 +132,10 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
 
     std::unique_ptr<StatusMenu> ownMenu{};
     std::unique_ptr<QSystemTrayIcon> legacyTray{};
+    std::vector<QImage> legacyPictures{};  ///< That it shows, one for each height.
 
-    /// Icon files by name: whether they lie there already.
-    std::map<std::string, bool> iconFiles{};
+    enum class IconFile { beingWritten, ready, failed };
+    std::map<std::string, IconFile> iconFiles{};  ///< By name.
     std::vector<std::shared_ptr<void>> writes{};
 
     ~Impl()
@@ -135,6 +149,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         if (!bus)
             return;
         watcher.reset();
+        motion.reset();
         bus->unregisterObject(itemPath);
         bus->unregisterObject(menuPath);
         item.reset();
@@ -238,18 +253,24 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
                       .vanished = [this] { panelVanished(); },
                       .registered =
                           [this] {
+                              accepted = true;
                               retryDelay = firstRetry;
                               if (registered)
                                   registered();
                           },
+                      .hasHost = [this](bool has) { panelShows = has; },
                       .refused = [this] { registrationRefused(); },
                       .disconnected = [this] { soon([this] { busLost(); }); }});
         watcher->start();
+        motion =
+            std::make_unique<MotionPreference>(*bus, [this](bool reduced) { setReducedMotion(reduced); });
     }
 
     void panelAppeared(const std::string& process)
     {
         ++panelGeneration;
+        accepted = false;
+        panelShows = true;
         legacyTray.reset();
         host = statusHost(process);
         if (options.shape)
@@ -265,6 +286,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     {
         const unsigned generation = ++panelGeneration;
         host.reset();
+        accepted = false;
         after(options.legacyTrayDelay, [generation](Impl& self) {
             if (generation == self.panelGeneration)
                 self.useLegacyTray();
@@ -289,6 +311,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         if (legacyTray || QGuiApplication::platformName() != QLatin1String("xcb"))
             return;
         legacyTray = std::make_unique<QSystemTrayIcon>();
+        legacyPictures.clear();
         QObject::connect(legacyTray.get(), &QSystemTrayIcon::activated, &loop,
                          [this](QSystemTrayIcon::ActivationReason reason) {
                              if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::Context)
@@ -303,28 +326,96 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     {
         if (hasContent && next == content)
             return;
+        const auto activityBefore = content.activity;
         content = next;
         hasContent = true;
         if (ownMenu)
             ownMenu->setItems(content.menu);
-        if (updatePending)
-            return;
+        if (!content.activity)
+            activitySince.reset();
+        else if (!activityBefore)
+            activitySince = options.time.now();
+        updateWhenDue();
+    }
+
+    /// How far the sign of the activity has turned; empty without one to show.
+    std::optional<int> activityTurn() const
+    {
         const auto now = options.time.now();
-        if (!lastUpdate || now - *lastUpdate >= options.updateInterval) {
-            update();
+        if (!activitySince || now < *activitySince + activityDelay || !showsActivity(content))
+            return std::nullopt;
+        const auto shown = now - *activitySince - activityDelay;
+        return reducedMotion.value_or(true) ? 0 : static_cast<int>(shown / turnInterval % 8);
+    }
+
+    void updateWhenDue()
+    {
+        const auto now = options.time.now();
+        auto due = lastUpdate ? *lastUpdate + options.updateInterval : now;
+        if (activitySince)
+            due = std::max(due, *activitySince + activityDelay);
+        if (due > now) {
+            updateAt(due);
             return;
         }
-        updatePending = true;
-        after(options.updateInterval - (now - *lastUpdate), [](Impl& self) {
-            self.updatePending = false;
-            self.update();
+        pendingUpdate.reset();
+        update();
+    }
+
+    void updateAt(std::chrono::milliseconds due)
+    {
+        if (pendingUpdate && *pendingUpdate <= due)
+            return;
+        pendingUpdate = due;
+        after(due - options.time.now(), [due](Impl& self) {
+            if (self.pendingUpdate != due)
+                return;
+            self.pendingUpdate.reset();
+            self.updateWhenDue();
         });
+    }
+
+    void setReducedMotion(bool reduced)
+    {
+        if (std::exchange(reducedMotion, reduced) != reduced && activitySince)
+            updateWhenDue();
+    }
+
+    /// Nobody is asked before there is something to move; until the answer is there, it stands still.
+    void askForMotion()
+    {
+        if (reducedMotion || std::exchange(askedForMotion, true))
+            return;
+        if (!options.askReducedMotion) {
+            reducedMotion = false;
+            return;
+        }
+        options.askReducedMotion([weak = weak_from_this()](bool reduced) {
+            if (const auto self = weak.lock(); self && !self->reducedMotion)
+                self->setReducedMotion(reduced);
+        });
+    }
+
+    void lookWhetherAbsent()
+    {
+        if (host && accepted && panelShows)
+            return;
+        if (legacyTray && QSystemTrayIcon::isSystemTrayAvailable())
+            return;
+        absent();
     }
 
     /// Brings everything that shows the item up to the content. Each part finds out itself what is different.
     void update()
     {
+        if (item && host && host->iconFile && iconFile() == IconFile::beingWritten)
+            return;  // All of it follows at once, as soon as the picture is there.
         lastUpdate = options.time.now();
+        if (activityTurn()) {
+            askForMotion();
+            if (reducedMotion == false)
+                updateAt(*lastUpdate + turnInterval);
+        }
         if (legacyTray)
             updateLegacyTray();
         if (!item || !host)
@@ -339,11 +430,13 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         face.title = QString::fromStdString(content.accessibilityLabel);
         if (!content.accessibilityValue.empty())
             face.title += QLatin1String(": ") + QString::fromStdString(content.accessibilityValue);
+        face.description = face.title;
         face.status = needsAttention(content) ? QStringLiteral("NeedsAttention") : QStringLiteral("Active");
         for (const int height : host->heights)
             face.pixmaps.append(iconPixmap(paint(host->shape, height)));
         if (host->iconFile) {
-            face.iconName = iconFile(paint(host->shape, host->heights.back()));
+            if (iconFile() == IconFile::ready)
+                face.iconName = QString::fromStdString((options.iconFolder / iconName()).string());
             face.label = QString::fromStdString(content.label);
         }
         face.toolTip.title = neutralTitle(content.tooltipTitle);
@@ -353,51 +446,56 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
 
     QImage paint(StatusIconShape shape, int height) const
     {
-        return paintStatusIcon(content, {.shape = shape, .height = height, .scheme = options.scheme});
+        return paintStatusIcon(
+            content,
+            {.shape = shape, .height = height, .scheme = options.scheme, .activityTurn = activityTurn()});
     }
 
-    /// The path of the file that holds this picture; empty until it has been written.
-    QString iconFile(const QImage& image)
+    std::string iconName() const { return nameOfIcon(paint(host->shape, host->heights.back())); }
+
+    /// What has become of the file that holds the picture; begins to write it at the first question.
+    IconFile iconFile()
     {
         if (options.iconFolder.empty())
-            return {};
+            return IconFile::failed;
+        const QImage image = paint(host->shape, host->heights.back());
         const std::string name = nameOfIcon(image);
-        const std::filesystem::path file = options.iconFolder / name;
-        const auto [known, isNew] = iconFiles.try_emplace(name, false);
-        if (known->second)
-            return QString::fromStdString(file.string());
+        const auto [known, isNew] = iconFiles.try_emplace(name, IconFile::beingWritten);
         if (isNew)
-            writeIconFile(image, name, file);
-        return {};
+            writeIconFile(image, name);
+        return known->second;
     }
 
-    void writeIconFile(const QImage& image, const std::string& name, const std::filesystem::path& file)
+    void writeIconFile(const QImage& image, const std::string& name)
     {
         const auto failed = std::make_shared<std::atomic<bool>>(false);
         writes.push_back(runInBackground(
-            [image, file, failed] {
+            [image, file = options.iconFolder / name, failed] {
                 const QByteArray bytes = png(image);
                 *failed =
                     makePrivateFolder(file.parent_path()) ||
                     writeFileAtomically(file, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
             },
             [this, name, failed] {
-                if (*failed) {
+                if (*failed)
                     log.warning("The status icon could not be written for the panel; it gets pixels instead");
-                    return;
-                }
-                iconFiles[name] = true;
+                iconFiles[name] = *failed ? IconFile::failed : IconFile::ready;
                 update();
             }));
     }
 
     void updateLegacyTray()
     {
-        QIcon icon;
+        std::vector<QImage> pictures;
         for (const int height : {16, 22, 24, 32, 48})
-            icon.addPixmap(
-                QPixmap::fromImage(paint(options.shape.value_or(StatusIconShape::stacked), height)));
-        legacyTray->setIcon(icon);
+            pictures.push_back(paint(options.shape.value_or(StatusIconShape::stacked), height));
+        if (pictures != legacyPictures) {
+            QIcon icon;
+            for (const QImage& picture : pictures)
+                icon.addPixmap(QPixmap::fromImage(picture));
+            legacyTray->setIcon(icon);
+            legacyPictures = std::move(pictures);
+        }
         QString text = QString::fromStdString(content.tooltipTitle);
         if (!content.tooltipText.empty())
             text += u'\n' + QString::fromStdString(content.tooltipText);
@@ -434,7 +532,14 @@ void StatusItem::onActivate(std::function<void(QPoint)> handler) { impl_->activa
 
 void StatusItem::onRegistered(std::function<void()> handler) { impl_->registered = std::move(handler); }
 
-void StatusItem::start() { impl_->connect(); }
+void StatusItem::onAbsent(std::function<void()> handler) { impl_->absent = std::move(handler); }
+
+void StatusItem::start()
+{
+    impl_->connect();
+    if (impl_->absent)
+        impl_->after(impl_->options.absenceDelay, [](auto& self) { self.lookWhetherAbsent(); });
+}
 
 void StatusItem::present(const StatusItemContent& content) { impl_->present(content); }
 

@@ -34,6 +34,11 @@ struct StatusItemOptions {
     std::chrono::milliseconds legacyTrayDelay{
         5000};             ///< Without a panel for so long: the old X11 tray is tried.
     QString busAddress{};  ///< Empty: the session bus.
+    /// Without a panel or tray that shows the item for so long after the start, onAbsent() is told.
+    std::chrono::milliseconds absenceDelay{30'000};
+    /// Asks the desktop whether the person wants less motion, where its portal does not tell: once, when
+    /// there is first something to move. Empty: then there is motion.
+    std::function<void(std::function<void(bool reduced)> answer)> askReducedMotion{};
     StatusItemTime time = eventLoopTime();
 };
 
@@ -55,6 +60,8 @@ public:
     void setGraphSource(std::function<GlucoseGraphContent()> source);
     /// Takes over the left click, with a position in global pixels; without it, the click opens our own menu.
     void onActivate(std::function<void(QPoint)> handler);
+    /// Nothing shows the item, `absenceDelay` after the start. Told once at most; set before the start.
+    void onAbsent(std::function<void()> handler);
     /// A panel has accepted the item; at every panel start.
     void onRegistered(std::function<void()> handler);
 
@@ -62,7 +69,8 @@ public:
     void start();
 
     /// Shows this from now on. What did not change causes no traffic; changes that come faster than
-    /// `updateInterval` are left out, the last one is not.
+    /// `updateInterval` are left out, the last one is not. An activity is shown when it has lasted for a
+    /// second, by a sign that then turns once a second; still where less motion is wanted.
     void present(const StatusItemContent& content);
     /// The graph's source would now give something else.
     void graphDidChange();

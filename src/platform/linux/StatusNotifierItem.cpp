@@ -61,7 +61,8 @@ StatusNotifierItem::StatusNotifierItem(QString menuPath, bool itemIsMenu,
 void StatusNotifierItem::setFace(const ItemFace& face)
 {
     const ItemFace before = std::exchange(face_, face);
-    if (before.iconName != face.iconName || before.pixmaps != face.pixmaps) {
+    if (before.iconName != face.iconName || before.pixmaps != face.pixmaps ||
+        before.description != face.description) {
         Q_EMIT NewIcon();
         Q_EMIT NewAttentionIcon();
     }

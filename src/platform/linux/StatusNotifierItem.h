@@ -41,6 +41,7 @@ struct ItemFace {
     QList<tidewell::IconPixmap> pixmaps{};
     ItemToolTip toolTip{};
     QString label{};
+    QString description{};  ///< Of the picture, to be spoken.
 };
 
 /// The exported object: answers panels from the face that it was given, and tells them what changed. Main
@@ -64,6 +65,9 @@ class StatusNotifierItem final : public QObject {
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
     Q_PROPERTY(QDBusObjectPath Menu READ menu)
     Q_PROPERTY(QString IconThemePath READ noText)
+    // What a screen reader says of the picture; of panels that ask for it.
+    Q_PROPERTY(QString IconAccessibleDesc READ description)
+    Q_PROPERTY(QString AttentionAccessibleDesc READ description)
     Q_PROPERTY(QString XAyatanaLabel READ label)
     Q_PROPERTY(QString XAyatanaLabelGuide READ labelGuide)
     Q_PROPERTY(uint XAyatanaOrderingIndex READ orderingIndex)
@@ -86,6 +90,7 @@ public:
     bool itemIsMenu() const { return itemIsMenu_; }
     QDBusObjectPath menu() const { return QDBusObjectPath{menuPath_}; }
     QString label() const { return face_.label; }
+    QString description() const { return face_.description; }
     QString labelGuide() const;
     uint orderingIndex() const { return 0; }
     QString noText() const { return {}; }

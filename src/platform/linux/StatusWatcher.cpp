@@ -3,11 +3,15 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <fstream>
+
+#include "platform/linux/BusCaller.h"
 
 namespace tidewell {
 namespace {
 
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString busName = QStringLiteral("org.freedesktop.DBus");
 const QString busPath = QStringLiteral("/org/freedesktop/DBus");
@@ -54,6 +58,9 @@ void StatusWatcher::start()
     connection_.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
                         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
                         SLOT(busDisconnected()));
+    for (const char* signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
+        connection_.connect({}, watcherPath, watcherName, QString::fromLatin1(signal), this,
+                            SLOT(hostsChanged()));
     send(connection_, busCall(QStringLiteral("GetNameOwner"), watcherName), this,
          [this](const QDBusPendingCall& call) {
              const QDBusPendingReply<QString> reply{call};
@@ -68,6 +75,12 @@ void StatusWatcher::nameOwnerChanged(const QString& name, const QString& /*befor
 }
 
 void StatusWatcher::busDisconnected() { handlers_.disconnected(); }
+
+void StatusWatcher::hostsChanged()
+{
+    if (!owner_.isEmpty())
+        askForHost();
+}
 
 void StatusWatcher::setOwner(const QString& owner)
 {
@@ -92,20 +105,33 @@ void StatusWatcher::askForProcess()
          });
 }
 
+void StatusWatcher::askForHost()
+{
+    const QDBusMessage call =
+        propertyCall(watcherName, watcherPath, watcherName, QStringLiteral("IsStatusNotifierHostRegistered"));
+    send(connection_, call, this, [this, asked = owner_](const QDBusPendingCall& answer) {
+        const QDBusPendingReply<QDBusVariant> reply{answer};
+        // A service that does not say so is believed to show what it collects.
+        if (asked == owner_)
+            handlers_.hasHost(reply.isError() || reply.value().variant().toBool());
+    });
+}
+
 void StatusWatcher::registerItem()
 {
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(watcherName, QStringLiteral("/StatusNotifierWatcher"), watcherName,
-                                       QStringLiteral("RegisterStatusNotifierItem"));
+    QDBusMessage call = QDBusMessage::createMethodCall(watcherName, watcherPath, watcherName,
+                                                       QStringLiteral("RegisterStatusNotifierItem"));
     call << connection_.baseService();
     call.setAutoStartService(false);
     send(connection_, call, this, [this, asked = owner_](const QDBusPendingCall& answer) {
         if (asked != owner_)
             return;
-        if (answer.isError())
+        if (answer.isError()) {
             handlers_.refused();
-        else
-            handlers_.registered();
+            return;
+        }
+        handlers_.registered();
+        askForHost();
     });
 }
 

@@ -19,6 +19,8 @@ public:
         std::function<void(const std::string& processName)> appeared;
         std::function<void()> vanished;  ///< Also told once at the start when it does not run.
         std::function<void()> registered;
+        /// After a registration and at each change: whether anything shows the items that it collects.
+        std::function<void(bool)> hasHost;
         std::function<void()> refused;  ///< It answered the registration with an error or not at all.
         /// The bus closed the connection: nothing more comes of this object.
         std::function<void()> disconnected;
@@ -34,8 +36,10 @@ public:
 private:
     Q_SLOT void nameOwnerChanged(const QString& name, const QString& before, const QString& now);
     Q_SLOT void busDisconnected();
+    Q_SLOT void hostsChanged();
     void setOwner(const QString& owner);
     void askForProcess();
+    void askForHost();
 
     QDBusConnection connection_;
     Handlers handlers_;
