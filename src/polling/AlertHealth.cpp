@@ -295,7 +295,7 @@ void addSnooze(Findings& findings, const AlertHealthFacts& facts)
 Findings worstFirst(const Findings& findings)
 {
     Findings sorted;
-    for (const Severity severity : {Severity::problem, Severity::caution, Severity::good})
+    for (const Severity severity : {Severity::problem, Severity::caution, Severity::note, Severity::good})
         std::ranges::copy_if(findings, std::back_inserter(sorted),
                              [severity](const AlertFinding& f) { return f.severity == severity; });
     return sorted;

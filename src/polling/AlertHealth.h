@@ -46,11 +46,13 @@ struct AlertFinding {
     enum class Severity {
         problem,  ///< An alert would not be seen, or not be heard.
         caution,  ///< Some alerts would not come, or not at some times.
+        note,     ///< Nothing about alerts, but worth knowing.
         good,
     };
     Severity severity = Severity::good;
     /// A stable word for scripts: tidewell, alerts, notifications, doNotDisturb, account, data, soundOutput,
-    /// volume, sounds, low, rapidFall, high, rapidRise, missingData, thresholds, quietHours, snooze, suspend.
+    /// volume, sounds, low, rapidFall, high, rapidRise, missingData, thresholds, quietHours, snooze, suspend,
+    /// statusArea.
     std::string subject{};
     std::string text{};    ///< One sentence.
     std::string remedy{};  ///< What to do; empty for good ones.

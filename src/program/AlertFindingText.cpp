@@ -13,6 +13,7 @@ std::string_view name(AlertFinding::Severity severity)
     switch (severity) {
     case AlertFinding::Severity::problem: return "problem";
     case AlertFinding::Severity::caution: return "caution";
+    case AlertFinding::Severity::note: return "note";
     case AlertFinding::Severity::good: return "good";
     }
     std::unreachable();

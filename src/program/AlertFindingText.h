@@ -10,8 +10,8 @@ namespace tidewell {
 /// What `doctor` prints: a line for each finding, its severity first, the remedy behind a dash.
 [[nodiscard]] std::string findingLines(const std::vector<AlertFinding>& findings);
 
-/// The same as a JSON array of objects with the members severity ("problem", "caution", "good"), subject,
-/// text and remedy.
+/// The same as a JSON array of objects with the members severity ("problem", "caution", "note", "good"),
+/// subject, text and remedy.
 [[nodiscard]] std::string findingsDocument(const std::vector<AlertFinding>& findings);
 
 }  // namespace tidewell

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "platform/linux/AlertProbe.h"
+#include "platform/linux/DesktopHelper.h"
 #include "platform/linux/OnExecutor.h"
+#include "platform/linux/StatusAreaAdvice.h"
 #include "polling/StatusBarPollingCoordinator.h"
 #include "program/AccountCheck.h"
 #include "program/AlertFindingText.h"
@@ -18,6 +20,7 @@ namespace {
 
 /// A sign-in and a request take a second or two; who asks what is wrong should not wait for a minute.
 constexpr std::chrono::milliseconds serviceDeadline{30'000};
+constexpr std::chrono::milliseconds statusAreaDeadline{2000};
 constexpr std::chrono::milliseconds engineGrace{500};
 
 /// Replaces what the facts say of the account: its password or its document cannot be read.
@@ -33,6 +36,18 @@ void addConfigurationProblem(std::vector<AlertFinding>& findings, const Configur
                      .text = problem.message,
                      .remedy = keyring ? "Unlock the keyring, or sign in again: tidewell account set"
                                        : "Mend the file, or sign in again: tidewell account set"});
+}
+
+/// No alert needs a status area, so its absence is no more than a note.
+AlertFinding statusAreaFinding(bool there)
+{
+    if (there)
+        return {.subject = "statusArea", .text = "The desktop has a status area for the item."};
+    return {
+        .severity = AlertFinding::Severity::note,
+        .subject = "statusArea",
+        .text = "The desktop has no status area that shows the item; alerts come all the same.",
+        .remedy = std::string{statusAreaAdvice(qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString())}};
 }
 
 asio::awaitable<AccountCheck> askService(CommandSession& session)
@@ -102,9 +117,18 @@ ExitCode runDoctor(bool asJson)
                                            .text = "Tidewell is running but does not answer.",
                                            .remedy = "End it and start it again."});
     }
+    const DisplayProbe display;
+    std::optional<bool> statusArea;
+    if (display.answers())
+        statusArea = runInEventLoop(loop, statusAreaFromHelper(desktopHelperProgram, statusAreaDeadline));
+    if (statusArea)
+        findings.insert(
+            std::ranges::find_if(
+                findings, [](const AlertFinding& f) { return f.severity == AlertFinding::Severity::good; }),
+            statusAreaFinding(*statusArea));
     fmt::print("{}", asJson ? findingsDocument(findings) : findingLines(findings));
     const bool well = std::ranges::all_of(
-        findings, [](const AlertFinding& f) { return f.severity == AlertFinding::Severity::good; });
+        findings, [](const AlertFinding& f) { return f.severity >= AlertFinding::Severity::note; });
     const ExitCode code = well ? ExitCode::good : ExitCode::failure;
     endProcessUnless(session.engine().stop(engineGrace), code);
     return code;

@@ -1,7 +1,9 @@
 #include "platform/linux/DesktopHelper.h"
 
 #include <unistd.h>
+#include <QApplication>
 #include <QProcess>
+#include <QSystemTrayIcon>
 #include <QTimer>
 #include <algorithm>
 #include <array>
@@ -26,7 +28,8 @@ constexpr std::string_view helperWord = "--desktop-helper";
 constexpr std::string_view playWord = "play";
 constexpr std::string_view soundWord = "sound";
 constexpr std::string_view settingWord = "setting";
-constexpr std::array helperWords{playWord, soundWord, settingWord};
+constexpr std::string_view trayWord = "tray";
+constexpr std::array helperWords{playWord, soundWord, settingWord, trayWord};
 constexpr std::string_view urgentWord = "urgent";
 
 /// Ends the helper by itself, also when nobody is left to end it.
@@ -76,8 +79,20 @@ SoundReport look(const std::string& server)
                                canPlaySounds()};
 }
 
+/// The toolkit knows both kinds of status area. It ends the process where there is no display.
+bool hasStatusArea()
+{
+    std::string name{"tidewell"};
+    std::array<char*, 2> values{name.data(), nullptr};
+    int count = 1;
+    const QApplication application{count, values.data()};
+    return QSystemTrayIcon::isSystemTrayAvailable();
+}
+
 std::string answer(std::string_view question, const std::string& argument)
 {
+    if (question == trayWord)
+        return std::string{word(hasStatusArea())};
     if (question == soundWord)
         return soundReportLine(look(argument));
     if (question == settingWord) {
@@ -205,6 +220,16 @@ asio::awaitable<std::optional<SoundReport>> lookInHelper(QString program, std::s
     const QStringList arguments{text(helperWord), text(soundWord), QString::fromStdString(server)};
     const auto line = co_await run(std::move(program), arguments, limit);
     co_return line ? soundReport(*line) : std::nullopt;
+}
+
+asio::awaitable<std::optional<bool>> statusAreaFromHelper(QString program, std::chrono::milliseconds limit)
+{
+    const QStringList arguments{text(helperWord), text(trayWord), QString{}};
+    const auto line = co_await run(std::move(program), arguments, limit);
+    std::optional<bool> there;
+    if (!line || !readWord(*line, there))
+        co_return std::nullopt;
+    co_return there;
 }
 
 asio::awaitable<std::optional<std::string>> settingFromHelper(QString program, std::string schema,

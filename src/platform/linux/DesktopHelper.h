@@ -47,6 +47,10 @@ struct SoundReport {
 /// `server` as PULSE_SERVER names it; empty: the usual one. Empty when the helper did not end in time.
 [[nodiscard]] asio::awaitable<std::optional<SoundReport>> lookInHelper(QString program, std::string server,
                                                                        std::chrono::milliseconds limit);
+/// Whether a panel or an old X11 tray shows status items now. Empty without a display, or when it cannot be
+/// learned in time.
+[[nodiscard]] asio::awaitable<std::optional<bool>> statusAreaFromHelper(QString program,
+                                                                        std::chrono::milliseconds limit);
 /// As desktopSetting().
 [[nodiscard]] asio::awaitable<std::optional<std::string>> settingFromHelper(QString program,
                                                                             std::string schema,
