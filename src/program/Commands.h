@@ -5,15 +5,22 @@
 #include <optional>
 #include <string>
 
+#include "history/HistoryExport.h"
+#include "history/HistoryImport.h"
 #include "program/ExitCode.h"
 #include "program/WatchLine.h"
 
 namespace tidewell {
 
+enum class StatusIconShape;
+enum class PanelScheme;
+
 /// The desktop application: the status item and its windows, until Quit. Needs a display.
 struct ApplicationOptions {
     bool demo = false;
     std::string demoScenario = "steady";
+    std::optional<StatusIconShape> icon{};  ///< Else what suits the panel.
+    std::optional<PanelScheme> panel{};     ///< Else a picture that can be read on any panel.
 };
 [[nodiscard]] ExitCode runApplication(const ApplicationOptions& options);
 
@@ -79,6 +86,34 @@ struct AccountSetOptions {
 /// Says whether an alert would be seen and heard now, worst first; good only when all is well. Asks the
 /// desktop and the service itself.
 [[nodiscard]] ExitCode runDoctor(bool asJson);
+
+/// What is saved of the account, how, and what is wrong with it.
+[[nodiscard]] ExitCode runHistoryStatus(bool asJson);
+/// Shows what saving means, asks unless it is accepted beforehand, and begins to save.
+struct HistoryEnableOptions {
+    std::optional<std::int64_t> retentionDays{};  ///< Else as it was, or 90.
+    bool accept = false;
+};
+[[nodiscard]] ExitCode runHistoryEnable(const HistoryEnableOptions& options);
+[[nodiscard]] ExitCode runHistoryDisable();
+/// Asks, unless `yes`, when readings would be deleted by it.
+[[nodiscard]] ExitCode runHistoryRetention(std::int64_t days, bool yes);
+/// Of the account, or of all; asks unless `yes`.
+[[nodiscard]] ExitCode runHistoryDelete(bool all, bool yes);
+struct HistoryExportOptions {
+    std::filesystem::path file{};
+    std::optional<HistoryExportFormat> format{};  ///< Else by the end of the file's name, or CSV.
+    std::optional<std::int64_t> days{};           ///< The last ones; else everything.
+    bool force = false;                           ///< Replaces a file that exists.
+};
+[[nodiscard]] ExitCode runHistoryExport(const HistoryExportOptions& options);
+struct HistoryImportOptions {
+    std::filesystem::path file{};
+    bool dryRun = false;
+    std::optional<std::string> timeZone{};
+    std::optional<DateOrder> dateOrder{};
+};
+[[nodiscard]] ExitCode runHistoryImport(const HistoryImportOptions& options);
 
 /// Writes "tidewell: " and the message as one line to standard error; the code is passed through.
 ExitCode report(const CommandError& error);

@@ -6,6 +6,7 @@
 #include "program/Commands.h"
 #include "program/Process.h"
 #include "support/Log.h"
+#include "ui/StatusIconPainter.h"
 
 namespace tidewell {
 
@@ -44,6 +45,23 @@ ExitCode run(int count, char** values)
 
     ApplicationOptions application;
     addDemo(app, application.demo, application.demoScenario);
+
+    app.add_option(
+           "--icon", application.icon,
+           "How the panel shows the value: stacked (value over arrow, in a square), wide (in one line) "
+           "or dot (a coloured drop, for panels that write the value beside it); else by the panel")
+        ->transform(CLI::CheckedTransformer(
+                        std::map<std::string, StatusIconShape>{{"stacked", StatusIconShape::stacked},
+                                                               {"wide", StatusIconShape::wide},
+                                                               {"dot", StatusIconShape::dot}})
+                        .description(""))
+        ->option_text("stacked|wide|dot");
+    app.add_option("--panel", application.panel,
+                   "The panel's background, light or dark; else the value stands on a plate of its own")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, PanelScheme>{{"light", PanelScheme::light},
+                                                                               {"dark", PanelScheme::dark}})
+                        .description(""))
+        ->option_text("light|dark");
 
     WatchOptions watch;
     std::string format = "text";
@@ -124,6 +142,54 @@ ExitCode run(int count, char** values)
     auto* doctor =
         app.add_subcommand("doctor", "Say whether an alert would be seen and heard now, and what to do");
     doctor->add_flag("--json", doctorJson, "Print a JSON array of findings")->disable_flag_override();
+
+    auto* history = app.add_subcommand("history", "The readings saved on this computer");
+    history->require_subcommand(1);
+    bool historyJson = false;
+    auto* historyStatus = history->add_subcommand("status", "Say what is saved, and whether all is well");
+    historyStatus->add_flag("--json", historyJson, "Print a JSON object")->disable_flag_override();
+    HistoryEnableOptions enable;
+    const CLI::IsMember retentions{std::vector<std::int64_t>{30, 90}};
+    auto* historyEnable = history->add_subcommand("enable", "Save readings from now on, encrypted");
+    historyEnable->add_option("--retention", enable.retentionDays, "How many days to keep: 30 or 90")
+        ->check(retentions);
+    historyEnable->add_flag("--accept", enable.accept, "Accept what it shows without being asked")
+        ->disable_flag_override();
+    auto* historyDisable = history->add_subcommand("disable", "Save no more; what is saved stays");
+    std::int64_t retentionDays = 90;
+    bool yes = false;
+    auto* historyRetention = history->add_subcommand("retention", "Keep readings for 30 or 90 days");
+    historyRetention->add_option("days", retentionDays, "30 or 90")->required()->check(retentions);
+    historyRetention->add_flag("--yes", yes, "Delete older readings without being asked")
+        ->disable_flag_override();
+    bool deleteAll = false;
+    auto* historyDelete = history->add_subcommand("delete", "Delete what is saved, and its key");
+    historyDelete->add_flag("--all", deleteAll, "Of every account and person")->disable_flag_override();
+    historyDelete->add_flag("--yes", yes, "Delete without being asked")->disable_flag_override();
+    HistoryExportOptions exported;
+    auto* historyExport = history->add_subcommand("export", "Write saved readings to a file, not encrypted");
+    historyExport->add_option("file", exported.file, "The file")->required();
+    historyExport->add_option("--format", exported.format, "csv or json; else by the end of the file's name")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, HistoryExportFormat>{
+            {"csv", HistoryExportFormat::csv}, {"json", HistoryExportFormat::json}}));
+    historyExport->add_option("--days", exported.days, "Only the last days")->check(CLI::Range(1, 90));
+    historyExport->add_flag("--force", exported.force, "Replace a file that exists")->disable_flag_override();
+    HistoryImportOptions imported;
+    auto* historyImport =
+        history->add_subcommand("import",
+                                "Add the readings of a file: exports of Tidewell, CSV, reports of "
+                                "Dexcom Clarity and LibreView");
+    historyImport->add_option("file", imported.file, "The file")->required();
+    historyImport->add_flag("--dry-run", imported.dryRun, "Only say what it would do")
+        ->disable_flag_override();
+    historyImport->add_option("--time-zone", imported.timeZone,
+                              "Of times that name none, for example Europe/Berlin");
+    historyImport
+        ->add_option("--date-order", imported.dateOrder,
+                     "Of dates like 01-02-2026: day-first or "
+                     "month-first")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, DateOrder>{
+            {"day-first", DateOrder::dayFirst}, {"month-first", DateOrder::monthFirst}}));
     app.require_subcommand(0, 1);
 
     try {
@@ -133,6 +199,8 @@ ExitCode run(int count, char** values)
             return static_cast<ExitCode>(app.exit(error));
         return report({ExitCode::usage, std::string{error.what()} + ". See \"tidewell --help\"."});
     }
+    if ((application.icon || application.panel) && !app.get_subcommands().empty())
+        return report({ExitCode::usage, "--icon and --panel go with the application alone."});
     if (application.demo && !app.get_subcommands().empty()) {
         if (!*watchCommand && !*graphCommand)
             return report(
@@ -179,6 +247,20 @@ ExitCode run(int count, char** values)
         return runTestAlert();
     if (*doctor)
         return runDoctor(doctorJson);
+    if (*historyStatus)
+        return runHistoryStatus(historyJson);
+    if (*historyEnable)
+        return runHistoryEnable(enable);
+    if (*historyDisable)
+        return runHistoryDisable();
+    if (*historyRetention)
+        return runHistoryRetention(retentionDays, yes);
+    if (*historyDelete)
+        return runHistoryDelete(deleteAll, yes);
+    if (*historyExport)
+        return runHistoryExport(exported);
+    if (*historyImport)
+        return runHistoryImport(imported);
     return runApplication(application);
 }
 
@@ -190,6 +272,7 @@ ExitCode report(const CommandError& error)
     for (auto& character : line)
         if (character == '\n' || character == '\r')
             character = ' ';
+    (void)std::fflush(stdout);  // What was said before comes first.
     (void)std::fprintf(stderr, "tidewell: %s\n", line.c_str());
     return error.code;
 }

@@ -1,0 +1,249 @@
+#include <fmt/format.h>
+
+#include "program/Commands.h"
+#include "program/HistorySession.h"
+#include "support/Json.h"
+#include "support/TimeText.h"
+
+namespace tidewell {
+
+namespace {
+
+/// What a person agrees to by `history enable`. A change of its meaning raises currentConsentVersion.
+constexpr std::string_view disclosure =
+    "Saved history\n"
+    "  What   Each glucose reading that Tidewell fetches from now on for this account and person: value, "
+    "trend,\n"
+    "         time. Readings from before are not saved.\n"
+    "  Where  On this computer only, encrypted. The key is in your keyring. Nothing is ever uploaded.\n"
+    "  How long  {} days; older readings are removed. \"tidewell history retention 30\" or 90 changes that.\n"
+    "  To stop   \"tidewell history disable\"; what is saved stays.\n"
+    "  To delete \"tidewell history delete\"; it removes the readings and then their key.\n";
+
+/// Far beyond any retention, in both directions.
+constexpr Seconds fourMonths{120.0 * 86400};
+
+std::string dateText(const std::optional<Date>& date) { return date ? isoText(*date) : "not yet"; }
+
+json::value jsonDate(const std::optional<Date>& date)
+{
+    return date ? json::value(isoText(*date)) : json::value(nullptr);
+}
+
+/// "unavailableKey" and so on.
+std::string_view nameOf(GlucoseHistoryError error)
+{
+    switch (error) {
+    case GlucoseHistoryError::invalidConfiguration: return "invalidConfiguration";
+    case GlucoseHistoryError::invalidRetention: return "invalidRetention";
+    case GlucoseHistoryError::accountRequired: return "accountRequired";
+    case GlucoseHistoryError::unavailableKey: return "unavailableKey";
+    case GlucoseHistoryError::keychainFailure: return "keychainFailure";
+    case GlucoseHistoryError::unreadableHistory: return "unreadableHistory";
+    case GlucoseHistoryError::storageFailure: return "storageFailure";
+    case GlucoseHistoryError::deletionIncomplete: return "deletionIncomplete";
+    }
+    std::unreachable();
+}
+
+struct HistoryFindings {
+    GlucoseHistoryStatus status{};
+    std::optional<GlucoseHistorySnapshot> snapshot{};
+    std::optional<GlucoseHistoryError> problem{};
+};
+
+/// Looks at everything that is saved. An account that never saved anything needs no key.
+HistoryFindings findingsOf(HistorySession& session)
+{
+    HistoryFindings findings{.status = session.status(), .problem = session.status().problem};
+    if (!findings.status.configuration.hasPreviouslyEnabled)
+        return findings;
+    auto snapshot = session.store().snapshot(session.now() - fourMonths, session.now() + fourMonths);
+    if (snapshot) {
+        if (!snapshot->unreadableDays.empty() && !findings.problem)
+            findings.problem = GlucoseHistoryError::unreadableHistory;
+        findings.snapshot = std::move(*snapshot);
+    } else if (!findings.problem) {
+        findings.problem = snapshot.error();
+    }
+    return findings;
+}
+
+json::object jsonOf(const HistoryFindings& findings, const std::filesystem::path& root)
+{
+    const auto& configuration = findings.status.configuration;
+    json::object object{{"isEnabled", configuration.isEnabled},
+                        {"retentionDays", configuration.retentionDays},
+                        {"consentVersion", configuration.consentVersion},
+                        {"collectionStartedAt", jsonDate(configuration.collectionStartedAt)},
+                        {"insightsUnlockedAt", jsonDate(configuration.insightsUnlockedAt)},
+                        {"collectionCutoff", jsonDate(configuration.collectionCutoff)},
+                        {"pendingDeletion", configuration.pendingDeletion},
+                        {"hasPreviouslyEnabled", configuration.hasPreviouslyEnabled},
+                        {"collectionIntervalStart", jsonDate(configuration.collectionIntervalStart)}};
+    std::optional<Date> first;
+    std::optional<Date> last;
+    json::array unreadable;
+    if (findings.snapshot) {
+        if (const auto& readings = findings.snapshot->readings; !readings.empty()) {
+            first = readings.front().reading.date;
+            last = readings.back().reading.date;
+        }
+        for (const auto day : findings.snapshot->unreadableDays)
+            unreadable.emplace_back(dayList({day}));
+    }
+    object["readingCount"] = findings.snapshot ? json::value(findings.snapshot->readings.size())
+                             : findings.status.configuration.hasPreviouslyEnabled ? json::value(nullptr)
+                                                                                  : json::value(0);
+    object["firstReadingAt"] = jsonDate(first);
+    object["lastReadingAt"] = jsonDate(last);
+    object["unreadableDays"] = std::move(unreadable);
+    object["folder"] = root.string();
+    object["problem"] = findings.problem ? json::value(json::object{{"case", nameOf(*findings.problem)},
+                                                                    {"text", description(*findings.problem)}})
+                                         : json::value(nullptr);
+    return object;
+}
+
+void printFindings(const HistoryFindings& findings, const std::filesystem::path& root)
+{
+    const auto& configuration = findings.status.configuration;
+    fmt::print("Saving: {}\n", configuration.isEnabled              ? "on"
+                               : configuration.hasPreviouslyEnabled ? "off"
+                                                                    : "off, and never was on");
+    if (!configuration.hasPreviouslyEnabled) {
+        fmt::print("To save readings on this computer: tidewell history enable\n");
+        return;
+    }
+    fmt::print("Kept for: {} days\nCollected since: {}\n", configuration.retentionDays,
+               dateText(configuration.collectionStartedAt));
+    if (findings.snapshot) {
+        const auto& readings = findings.snapshot->readings;
+        fmt::print("Saved: {}", counted(readings.size(), "reading"));
+        if (!readings.empty())
+            fmt::print(", from {} to {}", isoText(readings.front().reading.date),
+                       isoText(readings.back().reading.date));
+        fmt::print("\n");
+        if (!findings.snapshot->unreadableDays.empty())
+            fmt::print("Unreadable days: {}\n", dayList(findings.snapshot->unreadableDays));
+    }
+    fmt::print("Where: {}, encrypted; the key is in the keyring\n", root.string());
+}
+
+std::string sayOn(const GlucoseHistoryConfiguration& configuration)
+{
+    return fmt::format("Saving is on. Readings are kept for {} days.\n", configuration.retentionDays);
+}
+
+}  // namespace
+
+ExitCode runHistoryStatus(bool asJson)
+{
+    const auto session = HistorySession::make();
+    if (!session)
+        return report(session.error());
+    const auto findings = findingsOf(**session);
+    if (asJson)
+        fmt::print("{}", prettyJson(jsonOf(findings, (*session)->root())));
+    else
+        printFindings(findings, (*session)->root());
+    return findings.problem ? report(commandError(*findings.problem)) : ExitCode::good;
+}
+
+ExitCode runHistoryEnable(const HistoryEnableOptions& options)
+{
+    const auto session = HistorySession::make();
+    if (!session)
+        return report(session.error());
+    auto& store = (*session)->store();
+    const auto& present = (*session)->status().configuration;
+    const std::int64_t retention = options.retentionDays.value_or(present.retentionDays);
+    const bool accepted = present.isEnabled && present.consentVersion >= currentConsentVersion;
+    if (!accepted) {
+        fmt::print(fmt::runtime(disclosure), retention);
+        if (!options.accept) {
+            const auto yes = askedForYes("Save readings on this computer?", "--accept");
+            if (!yes)
+                return report(yes.error());
+            if (!*yes)
+                return report({ExitCode::failure, "Nothing was changed."});
+        }
+    }
+    const auto enabled = store.enable(retention, currentConsentVersion, (*session)->now());
+    if (!enabled)
+        return report(commandError(enabled.error()));
+    (*session)->announceChange();
+    fmt::print("{}", sayOn(enabled->configuration));
+    return ExitCode::good;
+}
+
+ExitCode runHistoryDisable()
+{
+    const auto session = HistorySession::make();
+    if (!session)
+        return report(session.error());
+    const auto paused = (*session)->store().pause();
+    if (!paused)
+        return report(commandError(paused.error()));
+    (*session)->announceChange();
+    fmt::print(
+        "Saving is off. What is saved stays until it is older than {} days, or until \"tidewell "
+        "history delete\".\n",
+        paused->configuration.retentionDays);
+    return ExitCode::good;
+}
+
+ExitCode runHistoryRetention(std::int64_t days, bool yes)
+{
+    const auto session = HistorySession::make();
+    if (!session)
+        return report(session.error());
+    const auto& present = (*session)->status().configuration;
+    const Date now = (*session)->now();
+    if (days < present.retentionDays && !yes) {
+        const Date begin = now - Seconds{static_cast<double>(days) * 86400};
+        const auto older = (*session)->store().snapshot(now - fourMonths, begin);
+        const bool none = older && older->readings.empty() && older->unreadableDays.empty();
+        if (!none) {
+            const std::string what = older ? counted(older->readings.size(), "reading") : "Readings";
+            const auto answer = askedForYes(
+                fmt::format("{} older than {} days will be deleted. Go on?", what, days), "--yes");
+            if (!answer)
+                return report(answer.error());
+            if (!*answer)
+                return report({ExitCode::failure, "Nothing was changed."});
+        }
+    }
+    const auto set = (*session)->store().setRetention(days, now);
+    if (!set)
+        return report(commandError(set.error()));
+    (*session)->announceChange();
+    fmt::print("Readings are kept for {} days.\n", set->configuration.retentionDays);
+    return ExitCode::good;
+}
+
+ExitCode runHistoryDelete(bool all, bool yes)
+{
+    const auto session = HistorySession::make();
+    if (!session)
+        return report(session.error());
+    if (!yes) {
+        const auto answer =
+            askedForYes(all ? "Delete the saved readings of every account and person, with their keys?"
+                            : "Delete all saved readings of this account and person, with their key?",
+                        "--yes");
+        if (!answer)
+            return report(answer.error());
+        if (!*answer)
+            return report({ExitCode::failure, "Nothing was changed."});
+    }
+    auto& store = (*session)->store();
+    const auto deleted = all ? store.deleteAll((*session)->now()) : store.deleteAttached((*session)->now());
+    (*session)->announceChange();
+    if (!deleted)
+        return report(commandError(deleted.error()));
+    fmt::print("The saved readings are deleted, and saving is off.\n");
+    return ExitCode::good;
+}
+
+}  // namespace tidewell

@@ -1,0 +1,119 @@
+#include "program/HistorySession.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#include "support/TimeText.h"
+
+namespace tidewell {
+
+namespace {
+
+constexpr std::size_t mostListedDays = 10;
+
+ExitCode codeOf(GlucoseHistoryError error)
+{
+    switch (error) {
+    case GlucoseHistoryError::invalidRetention: return ExitCode::usage;
+    case GlucoseHistoryError::accountRequired: return ExitCode::signInNeeded;
+    case GlucoseHistoryError::unavailableKey:
+    case GlucoseHistoryError::keychainFailure: return ExitCode::keyring;
+    case GlucoseHistoryError::invalidConfiguration:
+    case GlucoseHistoryError::unreadableHistory:
+    case GlucoseHistoryError::storageFailure:
+    case GlucoseHistoryError::deletionIncomplete: return ExitCode::failure;
+    }
+    std::unreachable();
+}
+
+/// The first letter of what was typed, in lower case; 'n' when nothing was.
+char typedLetter()
+{
+    std::array<char, 64> line{};
+    ssize_t count = -1;
+    do {
+        count = ::read(STDIN_FILENO, line.data(), line.size());
+    } while (count < 0 && errno == EINTR);
+    return count <= 0 || line[0] == '\n' ? 'n' : static_cast<char>(line[0] | 0x20);
+}
+
+}  // namespace
+
+std::expected<std::unique_ptr<HistorySession>, CommandError> HistorySession::make()
+{
+    auto session = CommandSession::make();
+    if (!session)
+        return std::unexpected(session.error());
+    // The account says which history it is; its password is not needed.
+    const auto loaded = (*session)->run((*session)->configuration().load());
+    if (!loaded && loaded.error().error.kind == ConfigurationError::Kind::invalidConfiguration)
+        return std::unexpected(CommandError{ExitCode::failure, loaded.error().message});
+    const auto& account = (*session)->configuration().account();
+    const auto scope = account ? HistoryScopeID::of(*account) : std::nullopt;
+    if (account && !scope)
+        return std::unexpected(CommandError{
+            ExitCode::signInNeeded,
+            "History is saved for one person, and nobody is selected. Select one with \"tidewell account "
+            "set --patient ID\"; \"tidewell account connections\" lists the ids."});
+    if (!scope)
+        return std::unexpected(commandError(GlucoseHistoryError::accountRequired));
+    const auto provider = account->provider;
+    std::unique_ptr<HistorySession> made{new HistorySession(std::move(*session))};
+    made->provider_ = provider;
+    const auto attached = made->store_.attach(scope);
+    made->status_ = attached ? *attached : made->store_.status();
+    if (!attached)
+        made->status_.problem = attached.error();
+    return made;
+}
+
+HistorySession::HistorySession(std::unique_ptr<CommandSession> session)
+    : session_{std::move(session)},
+      root_{historyRoot(session_->environment().folders)},
+      store_{
+          {.root = root_, .files = files_, .keychain = *session_->environment().keychain, .random = random_}}
+{
+}
+
+std::filesystem::path historyRoot(const Folders& folders) { return folders.data / "SavedHistory"; }
+
+CommandError commandError(GlucoseHistoryError error, std::string_view then)
+{
+    std::string message{description(error)};
+    if (!then.empty())
+        message.append(" ").append(then);
+    return {codeOf(error), std::move(message)};
+}
+
+std::expected<bool, CommandError> askedForYes(std::string_view question, std::string_view option)
+{
+    if (::isatty(STDIN_FILENO) != 1)
+        return std::unexpected(CommandError{
+            ExitCode::usage, fmt::format("Nothing was changed: there is no terminal to ask on. {} says yes "
+                                         "beforehand.",
+                                         option)});
+    (void)std::fflush(stdout);
+    fmt::print(stderr, "{} [y/N] ", question);
+    return typedLetter() == 'y';
+}
+
+std::string counted(std::size_t count, std::string_view one)
+{
+    return fmt::format("{} {}{}", count, one, count == 1 ? "" : "s");
+}
+
+std::string dayList(const std::vector<std::int64_t>& days)
+{
+    std::string list;
+    for (std::size_t i = 0; i < std::min(days.size(), mostListedDays); ++i)
+        list += fmt::format("{}{}", list.empty() ? "" : ", ",
+                            isoText(dateFromUnix(static_cast<double>(days[i]) * 86400)).substr(0, 10));
+    if (days.size() > mostListedDays)
+        list += fmt::format(" and {} more", days.size() - mostListedDays);
+    return list;
+}
+
+}  // namespace tidewell
