@@ -219,6 +219,7 @@ std::vector<MenuItem> statusBarMenu(const StatusBarState& state, const AppSettin
 std::vector<MenuItem> menuOfLines(const std::vector<MenuItem>& menu)
 {
     std::vector<MenuItem> lines;
+    std::optional<MenuItem::Kind> previous;
     for (const MenuItem& item : menu) {
         switch (item.kind) {
         case MenuItem::Kind::graph: addGraphLine(lines, item); break;
@@ -229,7 +230,9 @@ std::vector<MenuItem> menuOfLines(const std::vector<MenuItem>& menu)
             lines.push_back(separator());
             break;
         case MenuItem::Kind::alert:
-            addWrapped(lines, item.title);
+            if (previous == MenuItem::Kind::alert)
+                lines.push_back(separator());
+            addWrapped(lines, "⚠ " + item.title);
             for (const std::string& detail : item.details)
                 addWrapped(lines, detail);
             break;
@@ -238,6 +241,7 @@ std::vector<MenuItem> menuOfLines(const std::vector<MenuItem>& menu)
         case MenuItem::Kind::text:
         case MenuItem::Kind::separator: lines.push_back(item); break;
         }
+        previous = item.kind;
     }
     return lines;
 }

@@ -178,12 +178,12 @@ TEST(StatusBarMenu, asLinesItHoldsNoMoreThanLinesCanSay)
     state.lastUpdateAt = start;
     state.currentError = {.title = "T", .message = "M"};
     const std::string half(27, 'x');
-    state.alertProblem = half + " " + half + "€\n" + half + " " + half + "€y " + std::string(99, 'z');
+    state.alertProblem = "A\n" + half + " " + half + "€\n" + half + " " + half + "€y " + std::string(99, 'z');
     const std::vector<MenuItem> lines = menuOfLines(menu(state, start, {.graphTimeWindowHours = 3}));
     EXPECT_EQ(
         text(lines),
         "120 mg/dL →  +4 in 5 min  ▂▂ 3 h{Show graph|--|(1 hour)|(•3 hours)|(6 hours)|(12 hours)|(24 hours)}|"
-        "[Last update: 08:00]|Refresh|--|[T]|[M]|[" +
+        "[Last update: 08:00]|Refresh|--|[⚠ T]|[M]|--|[⚠ A]|[" +
             half + " " + half + "€]|[" + half + "]|[" + half + "€y]|[" + std::string(99, 'z') + "]|--|" +
             snooze + places);
     EXPECT_TRUE(lines[0].accessibleText.starts_with("Glucose graph, last 3 hours. 2 readings in this time"));
