@@ -70,6 +70,8 @@ private:
 inline constexpr std::string_view onboardingCompletedKey = "TidewellOnboardingCompleted";
 /// When a person last signed in from another process; with the same account, nothing else tells of it.
 inline constexpr std::string_view accountConfirmedAtKey = "TidewellAccountConfirmedAt";
+/// That the person has been told once that nothing shows the status item.
+inline constexpr std::string_view statusAreaHintShownKey = "TidewellStatusAreaHintShown";
 inline constexpr std::string_view alertsSnoozedUntilKey = "TidewellAlertsSnoozedUntil";
 
 }  // namespace tidewell

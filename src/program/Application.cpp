@@ -1,9 +1,13 @@
+#include <fmt/format.h>
+
 #include <QApplication>
 #include <QCursor>
 #include <csignal>
 
 #include "platform/linux/BusConnection.h"
+#include "platform/linux/DesktopHelper.h"
 #include "platform/linux/SingleInstance.h"
+#include "platform/linux/StatusAreaAdvice.h"
 #include "platform/linux/StatusItem.h"
 #include "platform/linux/UnixSignals.h"
 #include "program/Commands.h"
@@ -22,12 +26,45 @@ const Log applicationLog{"Application"};
 /// A bus that lives greets within a millisecond; at the start of a session, machines are busy.
 constexpr std::chrono::milliseconds busGreetingWait{1000};
 
+/// A helper that asks for one setting ends sooner.
+constexpr std::chrono::milliseconds settingDeadline{2000};
+
+asio::awaitable<void> askReducedMotion(std::function<void(bool)> answer)
+{
+    const auto animations = co_await settingFromHelper(desktopHelperProgram, "org.gnome.desktop.interface",
+                                                       "enable-animations", settingDeadline);
+    answer(animations == "false");
+}
+
+StatusItemOptions itemOptions(Core& core, const ApplicationOptions& options)
+{
+    StatusItemOptions made;
+    made.shape = options.icon;
+    made.scheme = options.panel.value_or(PanelScheme::unknown);
+    made.iconFolder = core.folders().runtime / "icons";
+    made.askReducedMotion = [&core](std::function<void(bool)> answer) {
+        asio::co_spawn(core.main(), askReducedMotion(std::move(answer)), asio::detached);
+    };
+    return made;
+}
+
+/// Where nothing shows the item, the person must not believe that nothing works.
+UserNotification statusAreaHint()
+{
+    const std::string desktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString();
+    return {.identifier = "tidewell-status-area-hint",
+            .title = "No panel shows Tidewell",
+            .body = fmt::format("{} Alerts come all the same. To see the graph, start Tidewell again.",
+                                statusAreaAdvice(desktop))};
+}
+
 /// The status item and the windows, over the core. Main thread.
 class Face {
 public:
-    explicit Face(Core& core)
-        : core_{core}, signIn_{core}, item_{{.iconFolder = core.folders().runtime / "icons"}}
+    Face(Core& core, const ApplicationOptions& options)
+        : core_{core}, signIn_{core}, item_{itemOptions(core, options)}
     {
+        item_.onAbsent([this] { core_.notifyOnce(statusAreaHintShownKey, statusAreaHint()); });
         item_.onCommand([this](MenuCommand command) { carryOut(command); });
         item_.setGraphSource([this] { return graph(); });
         observer_ = core_.viewModel().observe([this](const StatusBarState&) { present(); });
@@ -193,7 +230,7 @@ ExitCode runApplication(const ApplicationOptions& options)
         return ExitCode::good;
     }
     {
-        Face face{**core};
+        Face face{**core, options};
         if (instance)
             (*instance)->onWord([&face, &core](InstanceWord word) {
                 switch (word) {

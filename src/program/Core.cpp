@@ -253,6 +253,22 @@ ServiceClientParts Core::clientParts()
     return {.engine = engine(), .http = http_, .clock = clock_, .endpoints = environment_.endpoints};
 }
 
+void Core::notifyOnce(std::string_view key, UserNotification notification)
+{
+    if (!desktopNotifications_ || defaults_->boolean(key))
+        return;
+    asio::co_spawn(main(), postOnce(std::string{key}, std::move(notification)), asio::detached);
+}
+
+asio::awaitable<void> Core::postOnce(std::string key, UserNotification notification)
+{
+    const auto posted = co_await desktopNotifications_->add(std::move(notification));
+    if (posted)
+        defaults_->set(key, true);
+    else
+        coreLog.warning(posted.error().message);
+}
+
 void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding)
 {
     AppDelegate::Services services{

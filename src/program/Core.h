@@ -55,6 +55,10 @@ public:
     /// For the clients of accounts that are checked before they are stored.
     [[nodiscard]] ServiceClientParts clientParts();
 
+    /// Posts a notification that a person sees once ever; the flag `key` of the user defaults remembers that.
+    /// One that the desktop did not take comes another time. Nothing in a run that posts none.
+    void notifyOnce(std::string_view key, UserNotification notification);
+
     /// Begins the launch sequence. `ensureStatusItem` and `onboarding` may be empty for a run without
     /// windows.
     void launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding);
@@ -80,6 +84,7 @@ private:
     Core(Environment environment, std::unique_ptr<Engine> engine, std::unique_ptr<SystemClock> clock,
          const CoreOptions& options);
     void makeAlerts(bool postsAlerts);
+    asio::awaitable<void> postOnce(std::string key, UserNotification notification);
     void makeSharing(SharingKind kind);
     /// Once the configuration has been read.
     asio::awaitable<void> beginSharing();

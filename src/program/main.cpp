@@ -46,21 +46,17 @@ ExitCode run(int count, char** values)
     ApplicationOptions application;
     addDemo(app, application.demo, application.demoScenario);
 
+    std::string icon;
+    std::string panel;
     app.add_option(
-           "--icon", application.icon,
+           "--icon", icon,
            "How the panel shows the value: stacked (value over arrow, in a square), wide (in one line) "
            "or dot (a coloured drop, for panels that write the value beside it); else by the panel")
-        ->transform(CLI::CheckedTransformer(
-                        std::map<std::string, StatusIconShape>{{"stacked", StatusIconShape::stacked},
-                                                               {"wide", StatusIconShape::wide},
-                                                               {"dot", StatusIconShape::dot}})
-                        .description(""))
+        ->check(CLI::IsMember({"stacked", "wide", "dot"}))
         ->option_text("stacked|wide|dot");
-    app.add_option("--panel", application.panel,
+    app.add_option("--panel", panel,
                    "The panel's background, light or dark; else the value stands on a plate of its own")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, PanelScheme>{{"light", PanelScheme::light},
-                                                                               {"dark", PanelScheme::dark}})
-                        .description(""))
+        ->check(CLI::IsMember({"light", "dark"}))
         ->option_text("light|dark");
 
     WatchOptions watch;
@@ -199,8 +195,14 @@ ExitCode run(int count, char** values)
             return static_cast<ExitCode>(app.exit(error));
         return report({ExitCode::usage, std::string{error.what()} + ". See \"tidewell --help\"."});
     }
-    if ((application.icon || application.panel) && !app.get_subcommands().empty())
+    if ((!icon.empty() || !panel.empty()) && !app.get_subcommands().empty())
         return report({ExitCode::usage, "--icon and --panel go with the application alone."});
+    if (!icon.empty())
+        application.icon = icon == "wide"  ? StatusIconShape::wide
+                           : icon == "dot" ? StatusIconShape::dot
+                                           : StatusIconShape::stacked;
+    if (!panel.empty())
+        application.panel = panel == "light" ? PanelScheme::light : PanelScheme::dark;
     if (application.demo && !app.get_subcommands().empty()) {
         if (!*watchCommand && !*graphCommand)
             return report(

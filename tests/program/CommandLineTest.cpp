@@ -206,6 +206,8 @@ TEST_F(CommandLineTest, helpAndVersionNeedNothingAndMistakesGetOneLineAndCodeTwo
         {"snooze", "25h"},
         {"resume", "now"},
         {"doctor", "--json=false"},
+        {"--icon", "round"},
+        {"--panel", "light", "watch", "--once"},
     };
     for (const auto& arguments : mistakes) {
         SCOPED_TRACE(testing::PrintToString(arguments));
