@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <exception>
+#include <limits>
 
 namespace tidewell {
 
@@ -156,6 +157,16 @@ std::chrono::seconds TimeZone::offset(Date at) const
         return {};
     const auto second = date::sys_seconds{wholeSecond(at).time_since_epoch()};
     return static_cast<const date::time_zone*>(zone_)->get_info(second).offset;
+}
+
+TimeZone::OffsetSpan TimeZone::offsetSpan(Date at) const
+{
+    constexpr double forever = std::numeric_limits<double>::infinity();
+    if (!zone_)
+        return {dateFromUnix(-forever), dateFromUnix(forever), {}};
+    const auto second = date::sys_seconds{wholeSecond(at).time_since_epoch()};
+    const auto info = static_cast<const date::time_zone*>(zone_)->get_info(second);
+    return {Date{info.begin.time_since_epoch()}, Date{info.end.time_since_epoch()}, info.offset};
 }
 
 std::string isoText(Date date)

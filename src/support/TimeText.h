@@ -22,6 +22,15 @@ public:
     /// What to add to UTC to get the local time at that moment.
     [[nodiscard]] std::chrono::seconds offset(Date at) const;
 
+    /// A time during which the offset stays the same; infinite where it never changes.
+    struct OffsetSpan {
+        Date begin;
+        Date end;  ///< Not part of it.
+        std::chrono::seconds offset;
+    };
+    /// The one that `at` lies in, for the years 1 to 9999.
+    [[nodiscard]] OffsetSpan offsetSpan(Date at) const;
+
 private:
     explicit TimeZone(const void* zone) : zone_{zone} {}
     const void* zone_;  ///< Of the database, which lives as long as the program.
