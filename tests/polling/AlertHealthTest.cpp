@@ -23,7 +23,7 @@ AlertHealthFacts wellFacts()
 
 std::string line(const AlertFinding& finding)
 {
-    constexpr std::array words{"problem", "caution", "good"};
+    constexpr std::array words{"problem", "caution", "note", "good"};
     return fmt::format("{} {}: {}", words.at(static_cast<std::size_t>(finding.severity)), finding.subject,
                        finding.text);
 }
