@@ -247,8 +247,8 @@ std::vector<double> momentsOf(double local, TimeZone zone)
 /// Cuts the JSON form of an export into its entries, so that a large one need not be held whole.
 class JsonEntries {
 public:
-    /// Called with each object that is an element of an array of the root object. False ends the reading.
-    using Sink = std::function<bool(std::size_t line, std::string_view object)>;
+    /// Called with each object or array two levels below the root. False ends the reading.
+    using Sink = std::function<bool(std::size_t line, std::string_view entry)>;
     explicit JsonEntries(Sink sink) : sink_{std::move(sink)} {}
 
     /// False when it is too deep or too long to be an export, or the sink ended it.
@@ -270,7 +270,7 @@ public:
             return isShort();
         }
         inString_ = c == '"';
-        if (c == '{' && stack_ == "{[") {
+        if ((c == '{' || c == '[') && stack_.size() == 2) {
             skeleton_ += '0';
             entry_.clear();
             entryLine_ = line_;
@@ -753,7 +753,8 @@ struct HistoryImportReader::Impl {
             fail(line, "The file is no valid JSON.");
             return false;
         }
-        const json::value* const stored = entry->as_object().if_contains("reading");
+        const json::object* const object = entry->if_object();
+        const json::value* const stored = object ? object->if_contains("reading") : nullptr;
         const auto reading =
             stored ? decodeReading(*stored) : std::unexpected{GlucoseReadingError::invalidFormat};
         if (!reading)

@@ -132,7 +132,8 @@ TEST(HistoryExchange, csvOfOthersIsReadOrRefusedByTheLine)
          "2026-03-01T10:00=101/900 2026-03-01T10:05=120/60 "},
         {"epoch_s,glucose_mgdl,sample_duration_s,source\n1772359200,100,0,\n1772359201,100,x,\n1772359202,"
          "100,,medtronic\n"
-         "9772359203,100,,\n-5,100,,\n1772359204,nan,,\n1772359205,0x64,,\n1772359206,100,,libreLinkUp,,\n\n,;"
+         "9772359203,100,,\n-5,100,,\n1772359204,nan,,\n1772359205,0x64,,\n1772359206,100,,libreLinkUp,,\n\n,"
+         ";"
          "\n1772359207,100,,,5\n",
          "2026-03-01T10:00=100/300 !2 !3 !4 !5 !6 !7 !8 !12 "},
         {"epoch_s,glucose_mgdl\n17\"72,100\n\"1772359200\"x,100\n1772359200,\"100\"\n",
@@ -152,9 +153,9 @@ TEST(HistoryExchange, csvOfOthersIsReadOrRefusedByTheLine)
          "0: The file was written by another version of Tidewell, in a form that this one does not know."},
         {"{\"format\":\"tidewell-history\",\"version\":1,\"readings\":[{}],\"more\":[{}]}",
          "0: The file is no export of Tidewell."},
-        {"{\"format\":\"tidewell-history\",\"version\":1,\"readings\":[\n{},\n{\"reading\":{\"mgdL\":5,"
+        {"{\"format\":\"tidewell-history\",\"version\":1,\"readings\":[\n{},[]\n,{\"reading\":{\"mgdL\":5,"
          "\"trendString\":\"Flat\",\"date\":\"2026-03-01T10:00:00Z\"}}]}",
-         "!2 !3 "},
+         "!2 !2 !3 "},
         {"{\"a\":1}", "0: The file is no export of Tidewell."},
         {"{\"format\":", "0: The file is no valid JSON."},
         {"{}}", "0: The file is no export of Tidewell."},

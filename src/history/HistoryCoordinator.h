@@ -1,0 +1,67 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "history/GlucoseHistoryStore.h"
+#include "support/Asio.h"
+#include "support/Clock.h"
+
+namespace tidewell {
+
+/// Between polling and saved history: follows the account, saves what was fetched, removes what is too old,
+/// gives back what was saved, and says what is wrong. Never holds up polling, whatever the disk or the secret
+/// store does.
+///
+/// Lives on the engine; the store's calls run one at a time on the workers. Every public member may be called
+/// from any thread, but for status() and observe(), which belong to `main`.
+///
+/// A save that failed is tried again with the next readings that come, together with these. What another
+/// process changes about saved history is noticed then too.
+class HistoryCoordinator {
+public:
+    struct Parts {
+        asio::any_io_executor engine;
+        asio::any_io_executor main;
+        asio::any_io_executor workers;
+        Clock& clock;  ///< Outlives the coordinator and the last turn of `engine`.
+        /// Keeps alive all that the store refers to: a call that hangs may outlive everything else.
+        std::shared_ptr<GlucoseHistoryStore> store;
+    };
+    explicit HistoryCoordinator(Parts parts);
+    /// Begins nothing any more. A save that runs ends whole on its worker; one that waits is dropped.
+    ~HistoryCoordinator();
+    HistoryCoordinator(const HistoryCoordinator&) = delete;
+    HistoryCoordinator& operator=(const HistoryCoordinator&) = delete;
+
+    /// Which call of follow() readings belong to.
+    using Mark = std::uint64_t;
+
+    /// Another account or person, or none: readings of earlier marks are not saved any more, from here on.
+    void follow(std::optional<HistoryScopeID> scope);
+    [[nodiscard]] Mark mark() const;
+
+    /// Readings as they are known after a fetch, those of earlier ones among them. Saves the ones that are
+    /// new or have changed, when saving is on.
+    void save(Mark mark, std::vector<GlucoseReading> readings, Date fetchedAt);
+
+    /// The saved readings of the last 24 hours, by time. Nothing when there are none, when they cannot be
+    /// read, or when that takes longer than three seconds. Awaited on `engine`.
+    [[nodiscard]] asio::awaitable<std::vector<GlucoseReading>> restore(Mark mark);
+
+    /// Another process changed saved history, or how it is saved.
+    void historyDidChange();
+
+    [[nodiscard]] const GlucoseHistoryStatus& status() const;
+    /// Calls the observer on `main` after each change of status(), until the token goes.
+    using Observer = std::function<void(const GlucoseHistoryStatus&)>;
+    [[nodiscard]] std::shared_ptr<void> observe(Observer observer);
+
+private:
+    struct Impl;
+    std::shared_ptr<Impl> impl_;
+};
+
+}  // namespace tidewell
