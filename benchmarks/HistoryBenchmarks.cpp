@@ -3,13 +3,13 @@
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
-#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <string>
 
 #include "config/MemoryKeychainItemStore.h"
-#include "history/GlucoseHistoryAccount.h"
+#include "history/GlucoseHistoryStore.h"
 #include "support/FileSystem.h"
 
 namespace tidewell {
@@ -64,41 +64,56 @@ private:
 
 enum class Disk { included, leftOut };
 
-/// One scope in a temporary folder, with `perDay` readings on each day.
-struct SavedScope {
-    SavedScope(std::int64_t readingsPerDay, Disk disk)
+/// A history in a temporary folder, to which `perDay` readings come each day.
+struct SavedHistory {
+    SavedHistory(std::int64_t readingsPerDay, Disk disk)
         : perDay{readingsPerDay},
           files{disk == Disk::included ? std::unique_ptr<FileSystem>{std::make_unique<SystemFileSystem>()}
                                        : std::make_unique<WithoutSync>()}
     {
+        const bool good = store.recover(startOf(firstDay)) &&
+                          store.attach(HistoryScopeID::of({.username = "ada"})) &&
+                          store.enable(90, currentConsentVersion, startOf(firstDay));
+        if (!good)
+            std::abort();
     }
-    SavedScope(const SavedScope&) = delete;
-    SavedScope& operator=(const SavedScope&) = delete;
-    ~SavedScope()
+    SavedHistory(const SavedHistory&) = delete;
+    SavedHistory& operator=(const SavedHistory&) = delete;
+    ~SavedHistory()
     {
         std::error_code ignored;
         fs::remove_all(folder, ignored);
     }
 
-    [[nodiscard]] StoredReading reading(std::int64_t day, std::int64_t index) const
+    static Date startOf(std::int64_t day) { return dateFromUnix(static_cast<double>(day) * 86'400); }
+
+    [[nodiscard]] GlucoseReading reading(std::int64_t day, std::int64_t index) const
     {
         constexpr std::array trends{"Flat", "FortyFiveUp", "SingleDown", "FortyFiveDown"};
-        const double second = static_cast<double>(day) * 86'400 +
-                              86'400.0 * static_cast<double>(index) / static_cast<double>(perDay) + 0.482;
-        const auto trend = static_cast<std::size_t>(index / 7) % trends.size();
-        return {
-            .reading = makeReading(static_cast<double>(70 + index % 180), trends[trend], dateFromUnix(second),
-                                   Seconds{86'400.0 / static_cast<double>(perDay)}, GlucoseProvider::dexcom),
-            .fetchedAt = dateFromUnix(second + 11.25)};
+        const Seconds step{86'400.0 / static_cast<double>(perDay)};
+        return makeReading(static_cast<double>(70 + index % 180),
+                           trends[static_cast<std::size_t>(index / 7) % trends.size()],
+                           startOf(day) + static_cast<double>(index) * step + Seconds{0.482}, step,
+                           GlucoseProvider::dexcom);
     }
 
-    void write(std::int64_t day, std::int64_t count)
+    void save(std::int64_t day)
     {
-        HistoryDay held{.accountScope = scope};
-        for (std::int64_t index = 0; index < count; ++index)
-            held.readings.push_back(reading(day, index));
-        if (!account.writeDay(key, day, held))
+        std::vector<GlucoseReading> readings;
+        for (std::int64_t index = 0; index < perDay; ++index)
+            readings.push_back(reading(day, index));
+        const auto saved = store.save(store.collectionToken().value(), readings, startOf(day + 1));
+        if (saved != static_cast<std::size_t>(perDay))
             std::abort();
+    }
+
+    [[nodiscard]] std::uintmax_t bytes() const
+    {
+        std::uintmax_t sum = 0;
+        for (const auto& file : fs::recursive_directory_iterator{folder})
+            if (file.path().extension() == ".history")
+                sum += file.file_size();
+        return sum;
     }
 
     std::int64_t perDay;
@@ -111,54 +126,39 @@ struct SavedScope {
     std::unique_ptr<FileSystem> files;
     SystemRandom random{};
     MemoryKeychainItemStore keychain{};
-    HistoryScopeID scope = HistoryScopeID::of({.username = "ada"}).value();
-    LocalGlucoseHistoryFileAccess access{*files, random};
-    GlucoseHistoryAccount account{{.folder = folder / scope.text(),
-                                   .scope = scope,
-                                   .access = access,
-                                   .keychain = keychain,
-                                   .random = random}};
-    SecretText key = account.loadKey(true).value();
+    GlucoseHistoryStore store{
+        {.root = folder / "SavedHistory", .files = *files, .keychain = keychain, .random = random}};
 };
 
-/// Into a day of 1,440: the key, the day read and merged, the day written.
+/// As after a poll, into a day of 1,440: lock, records, key, the day read and merged, the day written.
 void saveOneReading(benchmark::State& state)
 {
-    SavedScope saved{1440, state.range(0) == 0 ? Disk::leftOut : Disk::included};
-    saved.write(firstDay, 1439);
-    const StoredReading last = saved.reading(firstDay, 1439);
+    SavedHistory history{1440, state.range(0) == 0 ? Disk::leftOut : Disk::included};
+    history.save(firstDay);
+    GlucoseReading last = history.reading(firstDay, 1439);
     for (auto _ : state) {
-        const auto key = saved.account.loadKey(false);
-        auto day = saved.account.readDay(key.value(), firstDay).value().value();
-        if (day.readings.size() == 1440)
-            day.readings.pop_back();
-        day.readings.push_back(last);
-        if (!saved.account.writeDay(key.value(), firstDay, day))
+        last.mgdL = last.mgdL < 180 ? last.mgdL + 1 : 80;
+        if (history.store.save(history.store.collectionToken().value(), {last},
+                               SavedHistory::startOf(firstDay + 1)) != 1)
             state.SkipWithError("not saved");
     }
 }
 BENCHMARK(saveOneReading)->ArgName("disk")->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
-/// Files in the system's cache.
+/// From files that are in the system's cache.
 void load90Days(benchmark::State& state)
 {
-    SavedScope saved{state.range(0), Disk::leftOut};
+    SavedHistory history{state.range(0), Disk::leftOut};
     for (std::int64_t day = 0; day < days; ++day)
-        saved.write(firstDay + day, saved.perDay);
-    std::uintmax_t bytes = 0;
-    for (const auto& file : fs::directory_iterator{saved.folder / saved.scope.text()})
-        bytes += file.file_size();
+        history.save(firstDay + day);
+    const auto all = static_cast<std::size_t>(days * history.perDay);
     for (auto _ : state) {
-        std::vector<StoredReading> readings;
-        for (const std::int64_t day : saved.account.days().value()) {
-            auto read = saved.account.readDay(saved.key, day).value().value();
-            std::ranges::move(read.readings, std::back_inserter(readings));
-        }
-        if (readings.size() != static_cast<std::size_t>(days * saved.perDay))
+        const auto snapshot =
+            history.store.snapshot(SavedHistory::startOf(firstDay), SavedHistory::startOf(firstDay + days));
+        if (!snapshot || snapshot->readings.size() != all)
             state.SkipWithError("not all readings");
-        benchmark::DoNotOptimize(readings.data());
     }
-    state.counters["bytesPerReading"] = static_cast<double>(bytes) / static_cast<double>(days * saved.perDay);
+    state.counters["bytesPerReading"] = static_cast<double>(history.bytes()) / static_cast<double>(all);
 }
 BENCHMARK(load90Days)->ArgName("perDay")->Arg(288)->Arg(1440)->Unit(benchmark::kMillisecond);
 
