@@ -210,8 +210,11 @@ struct GlucoseHistoryStore::Impl {
 
     Result<HistoryLock> lock()
     {
-        if (access.makeFolder(parts.root))
-            return Failure{storageFailure};
+        // One by one, so that each has its name on the disk even when an earlier try ended half-way.
+        for (const auto& folder : {parts.root.parent_path(), parts.root, accountsFolder()}) {
+            if (access.makeFolder(folder))
+                return Failure{storageFailure};
+        }
         const auto handle = parts.files.lock(parts.root / lockName);
         if (!handle)
             return Failure{storageFailure};
@@ -339,10 +342,14 @@ struct GlucoseHistoryStore::Impl {
             return Failure{days.error()};
         Result<void> result;
         const std::int64_t firstKept = dayOf(oldestKept(configuration, now));
+        if (days->empty() || days->front() >= firstKept)
+            return {};
         for (const std::int64_t day : *days) {
             if (day < firstKept)
                 keepFirst(result, own.removeDay(day));
         }
+        if (parts.files.syncFolder(folderOf(*attached)))
+            keepFirst(result, Failure{storageFailure});
         return result;
     }
 
@@ -380,6 +387,9 @@ struct GlucoseHistoryStore::Impl {
         else if (*boundary)
             keepFirst(result,
                       key ? trimBoundaryDay(*key, configuration, now) : Result<void>{Failure{key.error()}});
+        // What an earlier try removed may still come back with a power cut.
+        if (parts.files.syncFolder(folderOf(*attached)))
+            keepFirst(result, Failure{storageFailure});
         return result;
     }
 
@@ -396,7 +406,7 @@ struct GlucoseHistoryStore::Impl {
             if (!left)
                 return Failure{left.error()};
             if (!*left)
-                return {};
+                return legacy.settle();
             const auto configuration = account(heir).readConfiguration();
             if (!configuration)
                 return Failure{configuration.error()};
@@ -465,7 +475,8 @@ struct GlucoseHistoryStore::Impl {
                 if (*left) {
                     if (const auto removed = legacy.remove(); !removed)
                         return removed;
-                }
+                } else if (parts.files.syncFolder(parts.root))
+                    return Failure{storageFailure};  // The last try may have ended before this.
             }
             if (const auto removed = own.removeKey(); !removed)
                 return removed;
@@ -558,7 +569,7 @@ struct GlucoseHistoryStore::Impl {
 
     Result<void> recordAttachment()
     {
-        manifestNeedsWrite = true;
+        const bool wasDue = std::exchange(manifestNeedsWrite, true);
         const auto manifest = noted(Area::manifest, readManifest());
         if (!manifest)
             return Failure{manifest.error()};
@@ -567,7 +578,7 @@ struct GlucoseHistoryStore::Impl {
         if (!wanted)
             return Failure{wanted.error()};
         migrationDue = attached && wanted->legacyMigrationScope == attached;
-        if (*manifest && *wanted == current) {
+        if (!wasDue && *manifest && *wanted == current) {
             manifestNeedsWrite = false;
             return {};
         }
@@ -774,10 +785,7 @@ struct GlucoseHistoryStore::Impl {
         const auto seen = currentConfiguration();
         if (!seen)
             return Failure{seen.error()};
-        const auto days = account(*attached).days();
-        if (!days)
-            return Failure{days.error()};
-        if (!*seen || days->empty())
+        if (!*seen)
             return {};
         const auto turn = begin();
         if (!turn)
@@ -985,7 +993,11 @@ struct GlucoseHistoryStore::Impl {
             if (*any)
                 going.push_back(scope);
         }
-        if (*legacyLeft) {
+        // What a scope inherits goes with that scope.
+        const bool ownerless =
+            *legacyLeft && (!manifest.legacyMigrationScope ||
+                            std::ranges::find(going, *manifest.legacyMigrationScope) == going.end());
+        if (ownerless) {
             if (const auto begun = legacy.beginDeletion(); !begun)
                 return begun;
         }
@@ -995,7 +1007,7 @@ struct GlucoseHistoryStore::Impl {
         }
         ++epoch;
         Result<void> result;
-        if (*legacyLeft && !legacy.remove())
+        if (ownerless && !legacy.remove())
             result = Failure{deletionIncomplete};
         for (const HistoryScopeID& scope : going)
             keepFirst(result, finishDeletion(scope, manifest, now));

@@ -102,7 +102,7 @@ std::expected<void, GlucoseHistoryError> LegacyHistory::remove()
         return std::unexpected{storageFailure};
     if (const auto removed = removeKey(); !removed)
         return removed;
-    return asStorage(access_.remove(root_ / configurationName));
+    return removeConfiguration();
 }
 
 std::expected<SecretText, GlucoseHistoryError> LegacyHistory::loadKey()
@@ -120,6 +120,22 @@ std::expected<void, GlucoseHistoryError> LegacyHistory::removeKey()
     const std::int32_t status = keychain_.remove(historyKeychainService, legacyHistoryKeyAccount);
     if (status != keychainStatus::success && status != keychainStatus::itemNotFound)
         return std::unexpected{keychainFailure};
+    return {};
+}
+
+std::expected<void, GlucoseHistoryError> LegacyHistory::removeConfiguration()
+{
+    if (access_.remove(root_ / configurationName))
+        return std::unexpected{storageFailure};
+    needsSync_ = true;
+    return settle();
+}
+
+std::expected<void, GlucoseHistoryError> LegacyHistory::settle()
+{
+    if (needsSync_ && access_.files().syncFolder(root_))
+        return std::unexpected{storageFailure};
+    needsSync_ = false;
     return {};
 }
 
@@ -220,12 +236,15 @@ std::expected<void, GlucoseHistoryError> LegacyHistory::moveInto(GlucoseHistoryA
     }
     if (moved->error)
         return std::unexpected{*moved->error};
+    // A power cut must not bring days back whose key is gone.
+    if (access_.files().syncFolder(root_))
+        return std::unexpected{storageFailure};
     // The configuration goes after the key, and so tells an interrupted run that the key is still to go.
     if (const auto removed = removeKey(); !removed)
         return removed;
     if (!configured)
         return configured;
-    return asStorage(access_.remove(root_ / configurationName));
+    return removeConfiguration();
 }
 
 }  // namespace tidewell

@@ -25,6 +25,9 @@ public:
     /// Removes its days, its key, and what marks the deletion last.
     [[nodiscard]] std::expected<void, GlucoseHistoryError> remove();
 
+    /// Once nothing of it exists any more: sees to it that this is so after a power cut.
+    [[nodiscard]] std::expected<void, GlucoseHistoryError> settle();
+
     /// Merges each day into the scope, then the configuration, then removes what was taken over, the key
     /// after the days. Can be repeated from wherever it stopped. A day that is damaged here or there stays,
     /// and the key with it: unreadableHistory, after all the others have been moved.
@@ -36,6 +39,7 @@ private:
     struct Moved;
     std::expected<SecretText, GlucoseHistoryError> loadKey();
     std::expected<void, GlucoseHistoryError> removeKey();
+    std::expected<void, GlucoseHistoryError> removeConfiguration();
     std::expected<std::optional<GlucoseHistoryConfiguration>, GlucoseHistoryError> readConfiguration();
     std::expected<HistoryDay, GlucoseHistoryError> readDay(const SecretText& key, std::int64_t day,
                                                            const HistoryScopeID& scope);
@@ -48,6 +52,7 @@ private:
     std::filesystem::path root_;
     LocalGlucoseHistoryFileAccess& access_;
     KeychainItemStoring& keychain_;
+    bool needsSync_ = false;
 };
 
 }  // namespace tidewell
