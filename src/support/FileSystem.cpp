@@ -233,7 +233,7 @@ std::error_code replaceFile(FileSystem& files, const fs::path& file, const fs::p
     if (!error)
         error = files.rename(temporary, file);
     if (error) {
-        static_cast<void>(files.removeFile(temporary));
+        [[maybe_unused]] const std::error_code kept = files.removeFile(temporary);
         return error;
     }
     return files.syncFolder(folderOf(file));
@@ -261,8 +261,8 @@ std::error_code makeFolders(FileSystem& files, const fs::path& folder)
     // A file in the folder is only as durable as the folder's own name. A folder that may vanish must not be
     // taken for a good one by the next try.
     error = files.syncFolder(folderOf(folder));
-    if (error)
-        static_cast<void>(files.removeFolder(folder));
+    if (error) [[maybe_unused]]
+        const std::error_code kept = files.removeFolder(folder);
     return error;
 }
 
