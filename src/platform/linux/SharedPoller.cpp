@@ -92,9 +92,10 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
     std::unique_ptr<SharedPollerObject> object{};  ///< Like the next one, goes before the bus.
     std::unique_ptr<SharedPollerSignals> busSignals{};
     bool ownerKnown = false;
-    QString owner{};          ///< Of the name; empty while nobody owns it.
-    unsigned generation = 0;  ///< Counts owners.
-    bool wantsName = false;   ///< Has it, waits for it, or has asked for it.
+    QString owner{};                     ///< Of the name; empty while nobody owns it.
+    std::optional<Date> pollingSince{};  ///< As the owner.
+    unsigned generation = 0;             ///< Counts owners.
+    bool wantsName = false;              ///< Has it, waits for it, or has asked for it.
 
     // The owner, when it is another process.
     QVariantMap properties{};
@@ -246,9 +247,10 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
         forgetOwner();
         ownerKnown = true;
         owner = now;
+        pollingSince = ownsName() ? std::optional{clock.now()} : std::nullopt;
         if (ownsName()) {
             setRole(PollingRole::polls);
-            flush();
+            flush();  // Also to those who asked before we knew.
         } else if (owner.isEmpty()) {
             wantsName = false;
             if (options.kind == SharingKind::asker || !canPoll)
@@ -285,10 +287,10 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
             co_return;
         if (!isReply(answer, "u"))
             self->wantsName = false;
-        // The name is somebody else's, who does not answer or does not give it away.
         if (self->options.kind == SharingKind::application)
             self->setRole(PollingRole::polls);
-        else if (replace || !isReply(answer, "u"))
+        else if (replace || (self->owner.isEmpty() && !isReply(answer, "u")))
+            // Its owner does not answer and does not give it away, or the bus does not answer.
             self->setRole(PollingRole::polls, true);
     }
 
@@ -336,13 +338,13 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
                     co_return;
                 if (!isReply(answer, "a{sv}")) {
                     self->ownerIsSilent();
-                    co_return;
+                    continue;  // It may have spoken meanwhile.
                 }
                 QVariantMap told = knownProperties(qdbus_cast<QVariantMap>(answer->arguments().at(0)));
                 const bool nothingNew = self->synced && self->revision() == revisionIn(told);
                 self->properties = std::move(told);
                 if (!self->isOurs())
-                    co_return;
+                    continue;
                 if (nothingNew) {
                     self->expectWord();
                     continue;
@@ -361,7 +363,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
             auto readings = answer ? readingsIn(*answer, self->clock.now()) : std::nullopt;
             if (!readings) {
                 self->ownerIsSilent();
-                co_return;
+                continue;
             }
             self->takeReadings(since, std::move(*readings));
             self->synced = true;
@@ -400,6 +402,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
             return true;
         }
         synced = silent = false;
+        wantedSince.reset();
         if (options.kind == SharingKind::application) {
             requestName(true);
         } else if (options.kind == SharingKind::asker) {
@@ -512,6 +515,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
     void ownerIsSilent()
     {
         synced = false;
+        wantedSince.reset();
         if (options.kind == SharingKind::asker || (!canPoll && !role)) {
             setRole(PollingRole::polls);
             return;
@@ -540,7 +544,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
     {
         if (!object)
             return;
-        const QVariantMap changed = object->update(profile, account, shown, progress);
+        const QVariantMap changed = object->update(profile, account, pollingSince, shown, progress);
         if (changed.isEmpty() || !ownsName())
             return;
         QDBusMessage signal =

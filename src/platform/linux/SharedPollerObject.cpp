@@ -28,13 +28,15 @@ SharedPollerObject::SharedPollerObject(Handlers handlers) : handlers_{std::move(
 {
     qDBusRegisterMetaType<SharedReading>();
     qDBusRegisterMetaType<QList<SharedReading>>();
-    (void)update({}, {}, {}, {});
+    (void)update({}, {}, {}, {}, {});
 }
 
 QVariantMap SharedPollerObject::update(const QString& profile, const QString& account,
-                                       const StatusBarState& state, const PollingProgress& progress)
+                                       const std::optional<Date>& pollingSince, const StatusBarState& state,
+                                       const PollingProgress& progress)
 {
     QVariantMap next = sharedProperties(state, progress);
+    next.insert(QStringLiteral("PollingSince"), sharedMoment(pollingSince));
     next.insert(QStringLiteral("Profile"), profile);
     next.insert(QStringLiteral("Account"), account);
     const auto difference = firstDifference(history_, state.glucoseHistory);
@@ -103,7 +105,7 @@ bool SharedPollerObject::handleMessage(const QDBusMessage& message, const QDBusC
         handlers_.snooze(std::chrono::minutes{minutes});
         return answer(message.createReply());
     }
-    return false;
+    return answer(refusal(message, QDBusError::UnknownMethod, QStringLiteral("There is no such method.")));
 }
 
 bool SharedPollerObject::handleProperties(const QDBusMessage& message,

@@ -24,9 +24,10 @@ public:
     explicit SharedPollerObject(Handlers handlers);
 
     /// Takes over a state; returns the properties that are different now, and nothing when none is. Profile
-    /// and account are texts that say what data this is.
+    /// and account are texts that say what data this is; `pollingSince` is empty in a process that follows.
     [[nodiscard]] QVariantMap update(const QString& profile, const QString& account,
-                                     const StatusBarState& state, const PollingProgress& progress);
+                                     const std::optional<Date>& pollingSince, const StatusBarState& state,
+                                     const PollingProgress& progress);
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
     QString introspect(const QString& path) const override;

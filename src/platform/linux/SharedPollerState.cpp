@@ -29,8 +29,6 @@ qlonglong milliseconds(Date date)
     return static_cast<qlonglong>(std::floor(unixSeconds(date) * 1000 + 0.001));
 }
 
-qlonglong milliseconds(const std::optional<Date>& date) { return date ? milliseconds(*date) : 0; }
-
 /// Text as it may stand in a message, and on a terminal.
 QString cleanText(QString text, qsizetype longest)
 {
@@ -80,6 +78,7 @@ const QVariantMap& allProperties()
             all.insert(QLatin1String(name), QString{});
         for (const char* name : {"Revision", "ReadingsRevision"})
             all.insert(QLatin1String(name), uint{0});
+        all.insert(QStringLiteral("PollingSince"), qlonglong{0});
         return all;
     }();
     return properties;
@@ -103,12 +102,14 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, SharedReading& va
     return argument;
 }
 
+qlonglong sharedMoment(const std::optional<Date>& date) { return date ? milliseconds(*date) : 0; }
+
 QVariantMap sharedProperties(const StatusBarState& state, const PollingProgress& progress)
 {
     const GlucoseReading reading = state.presentedReading.value_or(GlucoseReading{});
     const ErrorInfo problem = state.currentError.value_or(ErrorInfo{});
     const auto text = [](std::string_view value) { return QVariant{busText(value)}; };
-    const auto moment = [](const std::optional<Date>& date) { return QVariant{milliseconds(date)}; };
+    const auto moment = [](const std::optional<Date>& date) { return QVariant{sharedMoment(date)}; };
     return {
         {QStringLiteral("StatusTitle"), text(state.statusTitle)},
         {QStringLiteral("TitleColor"), text(rawValue(state.titleColor))},

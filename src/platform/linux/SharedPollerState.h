@@ -36,7 +36,11 @@ struct SharedReading {
 QDBusArgument& operator<<(QDBusArgument& argument, const SharedReading& value);
 const QDBusArgument& operator>>(const QDBusArgument& argument, SharedReading& value);
 
-/// The properties that tell of a state, apart from Profile, Account, Revision and ReadingsRevision.
+/// A moment as it travels.
+[[nodiscard]] qlonglong sharedMoment(const std::optional<Date>& date);
+
+/// The properties that tell of a state, apart from those about the telling itself: Profile, Account,
+/// PollingSince, Revision and ReadingsRevision.
 [[nodiscard]] QVariantMap sharedProperties(const StatusBarState& state, const PollingProgress& progress);
 
 /// From when on the second history differs from the first, apart from what it has forgotten at its
