@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QFile>
 #include <atomic>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -75,6 +76,21 @@ bool busGreets(const QString& address, std::chrono::milliseconds timeout)
     }
     ::close(fd);
     return greeted;
+}
+
+bool busListens(const QString& address)
+{
+    const auto name = socketOf(address);
+    if (!name)
+        return !address.isEmpty();
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0)
+        return true;
+    const void* where = &name->first;
+    const bool taken =
+        ::connect(fd, static_cast<const sockaddr*>(where), name->second) == 0 || errno == EAGAIN;
+    ::close(fd);
+    return taken;
 }
 
 QString sessionBusAddress()

@@ -17,6 +17,10 @@ namespace tidewell {
 /// where that cannot be tried (a transport other than a Unix socket).
 [[nodiscard]] bool busGreets(const QString& address, std::chrono::milliseconds timeout);
 
+/// Whether anything takes connections at `address`, even if it does nothing with them. Does not wait. True
+/// where that cannot be tried.
+[[nodiscard]] bool busListens(const QString& address);
+
 /// Opens a connection of its own to the bus at `address`, which may take long or never end while the bus
 /// hangs; `done` gets it on the main thread, or nothing when there is no bus. Not called once the token has
 /// gone.

@@ -37,12 +37,13 @@ const QString menuPath = QStringLiteral("/MenuBar");
 constexpr std::chrono::milliseconds firstRetry{10'000};
 constexpr std::chrono::milliseconds lastRetry{300'000};
 
+/// A bus that lives greets within a millisecond.
+constexpr std::chrono::milliseconds busGreetingWait{1000};
+
 /// What is over sooner causes no traffic at all, and nobody could have read it.
 constexpr std::chrono::milliseconds activityDelay{1000};
 /// Between two eighths of a turn.
 constexpr std::chrono::milliseconds turnInterval{1000};
-
-bool isWayland() { return QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
 /// Some panels take a tooltip's title as text and some as markup; this reads the same in both.
 QString neutralTitle(const std::string& title)
@@ -132,6 +133,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
 
     std::unique_ptr<StatusMenu> ownMenu{};
     std::unique_ptr<QSystemTrayIcon> legacyTray{};
+    std::shared_ptr<void> trayQuestion{};  ///< Whether the tray can be made without waiting.
     std::vector<QImage> legacyPictures{};  ///< That it shows, one for each height.
 
     enum class IconFile { beingWritten, ready, failed };
@@ -238,8 +240,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     void useBus(const QDBusConnection& connection)
     {
         bus = connection;
-        item = std::make_unique<StatusNotifierItem>(menuPath, isWayland(),
-                                                    [this](int x, int y) { clicked({x, y}); });
+        item = std::make_unique<StatusNotifierItem>(menuPath, [this](int x, int y) { clicked({x, y}); });
         busMenu = std::make_unique<DBusMenu>([this](MenuCommand what) { chosen(what); });
         const QDBusConnection::RegisterOptions all = QDBusConnection::ExportAllProperties |
                                                      QDBusConnection::ExportScriptableSlots |
@@ -304,11 +305,34 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         retryDelay = std::min(retryDelay * 2, lastRetry);
     }
 
-    /// Shows itself as soon as there is an old X11 tray, now or later. Only asked for once the newer kind has
-    /// been absent for a while, since the toolkit decides once for the process which kind it uses.
+    /// Only asked for once the newer kind has been absent for a while, since the toolkit decides once for the
+    /// process which kind it uses. For that it asks the session bus, and waits: one that hangs must not be
+    /// asked.
     void useLegacyTray()
     {
         if (legacyTray || QGuiApplication::platformName() != QLatin1String("xcb"))
+            return;
+        const auto safe = std::make_shared<std::atomic<bool>>(false);
+        trayQuestion = runInBackground(
+            [safe] {
+                const QString address = sessionBusAddress();
+                *safe = !busListens(address) || busGreets(address, busGreetingWait);
+            },
+            [this, safe] {
+                if (*safe)
+                    showLegacyTray();
+                else
+                    after(lastRetry, [](Impl& self) {
+                        if (!self.host)
+                            self.useLegacyTray();
+                    });
+            });
+    }
+
+    /// Shows itself as soon as there is an old X11 tray, now or later.
+    void showLegacyTray()
+    {
+        if (legacyTray || host)
             return;
         legacyTray = std::make_unique<QSystemTrayIcon>();
         legacyPictures.clear();
