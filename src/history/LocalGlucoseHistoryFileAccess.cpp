@@ -114,8 +114,9 @@ void LocalGlucoseHistoryFileAccess::removeStrayTemporaries(const fs::path& folde
     if (!names)
         return;
     for (const std::string& name : *names)
-        if (isTemporaryName(name)) [[maybe_unused]]
-            const std::error_code kept = files_.removeFile(folder / name);
+        if (isTemporaryName(name)) {
+            [[maybe_unused]] const std::error_code kept = files_.removeFile(folder / name);
+        }
 }
 
 }  // namespace tidewell

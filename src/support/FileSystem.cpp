@@ -261,8 +261,9 @@ std::error_code makeFolders(FileSystem& files, const fs::path& folder)
     // A file in the folder is only as durable as the folder's own name. A folder that may vanish must not be
     // taken for a good one by the next try.
     error = files.syncFolder(folderOf(folder));
-    if (error) [[maybe_unused]]
-        const std::error_code kept = files.removeFolder(folder);
+    if (error) {
+        [[maybe_unused]] const std::error_code kept = files.removeFolder(folder);
+    }
     return error;
 }
 
