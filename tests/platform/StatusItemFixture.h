@@ -17,6 +17,7 @@ inline StatusItemContent sample(std::string value = "120")
     content.tooltipText = "2 minutes ago";
     content.accessibilityLabel = "Tidewell";
     content.accessibilityValue = "Current glucose: " + value;
+    content.accessibilityHelp = "What it is for.";
     content.menu = {{.kind = MenuItem::Kind::text, .title = "2 minutes ago", .enabled = false},
                     {.kind = MenuItem::Kind::separator},
                     {.title = "Refresh_now", .command = MenuCommand::refresh},

@@ -130,6 +130,8 @@ TEST_F(StatusItemTest, aPanelThatWritesTheLabelGetsItWithAnIconFile)
         runUntil([&] { return registered == 1 && !panel.property("IconName").toString().isEmpty(); }));
     ::prctl(PR_SET_NAME, before);
     EXPECT_EQ(panel.property("XAyatanaLabel").toString(), "120 →");
+    EXPECT_EQ(panel.property("IconAccessibleDesc").toString(),
+              "Tidewell: Current glucose: 120 What it is for.");
     const QString first = panel.property("IconName").toString();
     EXPECT_FALSE(QImage{first}.isNull());
 

@@ -1,5 +1,6 @@
 #include "platform/linux/StatusItem.h"
 
+#include <QApplication>
 #include <QBuffer>
 #include <QCryptographicHash>
 #include <QCursor>
@@ -9,6 +10,7 @@
 #include <QPixmap>
 #include <QSystemTrayIcon>
 #include <QTimer>
+#include <QWidget>
 #include <map>
 #include <set>
 
@@ -344,6 +346,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         if (hasContent)
             update();
         legacyTray->show();
+        describeLegacyTray();
     }
 
     void present(const StatusItemContent& next)
@@ -454,7 +457,6 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         face.title = QString::fromStdString(content.accessibilityLabel);
         if (!content.accessibilityValue.empty())
             face.title += QLatin1String(": ") + QString::fromStdString(content.accessibilityValue);
-        face.description = face.title;
         face.status = needsAttention(content) ? QStringLiteral("NeedsAttention") : QStringLiteral("Active");
         for (const int height : host->heights)
             face.pixmaps.append(iconPixmap(paint(host->shape, height)));
@@ -462,6 +464,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
             if (iconFile() == IconFile::ready)
                 face.iconName = QString::fromStdString((options.iconFolder / iconName()).string());
             face.label = QString::fromStdString(content.label);
+            face.description = face.title + u' ' + QString::fromStdString(content.accessibilityHelp);
         }
         face.toolTip.title = neutralTitle(content.tooltipTitle);
         face.toolTip.text = markup(content.tooltipText, host->lineBreak);
@@ -524,6 +527,20 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         if (!content.tooltipText.empty())
             text += u'\n' + QString::fromStdString(content.tooltipText);
         legacyTray->setToolTip(text);
+        describeLegacyTray();
+    }
+
+    /// For screen readers. The toolkit makes the tray's window itself, and only once there is a tray.
+    void describeLegacyTray()
+    {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            if (!widget->inherits("QSystemTrayIconSys"))
+                continue;
+            widget->setObjectName(QStringLiteral("statusBarButton"));
+            widget->setAccessibleName(QString::fromStdString(content.accessibilityLabel));
+            widget->setAccessibleDescription(
+                QString::fromStdString(content.accessibilityValue + " " + content.accessibilityHelp));
+        }
     }
 };
 

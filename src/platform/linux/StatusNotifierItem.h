@@ -41,7 +41,7 @@ struct ItemFace {
     QList<tidewell::IconPixmap> pixmaps{};
     ItemToolTip toolTip{};
     QString label{};
-    QString description{};  ///< Of the picture, to be spoken.
+    QString description{};  ///< Of the picture, to be spoken; for panels that ask for it.
 };
 
 /// The exported object: answers panels from the face that it was given, and tells them what changed. Main
@@ -74,7 +74,7 @@ class StatusNotifierItem final : public QObject {
 
 public:
     /// `activated` gets the position of a click; it is called while the panel waits for the answer.
-    StatusNotifierItem(QString menuPath, bool itemIsMenu, std::function<void(int x, int y)> activated);
+    StatusNotifierItem(QString menuPath, std::function<void(int x, int y)> activated);
 
     /// Takes over what panels see and signals exactly what is different.
     void setFace(const ItemFace& face);
@@ -87,7 +87,8 @@ public:
     QString iconName() const { return face_.iconName; }
     QList<tidewell::IconPixmap> pixmaps() const { return face_.pixmaps; }
     tidewell::ItemToolTip toolTip() const { return face_.toolTip; }
-    bool itemIsMenu() const { return itemIsMenu_; }
+    /// Never: a click asks for our own menu, which has the graph; the panel's own comes by the other button.
+    bool itemIsMenu() const { return false; }
     QDBusObjectPath menu() const { return QDBusObjectPath{menuPath_}; }
     QString label() const { return face_.label; }
     QString description() const { return face_.description; }
@@ -102,7 +103,8 @@ public Q_SLOTS:
     // Known calls that have no meaning here; panels log an error when they are missing.
     Q_SCRIPTABLE void SecondaryActivate(int /*x*/, int /*y*/) {}
     Q_SCRIPTABLE void Scroll(int /*delta*/, const QString& /*orientation*/) {}
-    Q_SCRIPTABLE void ProvideXdgActivationToken(const QString& /*token*/) {}
+    /// With it, a Wayland compositor lets the window that a click opens have the keyboard.
+    Q_SCRIPTABLE void ProvideXdgActivationToken(const QString& token);
 
 Q_SIGNALS:
     Q_SCRIPTABLE void NewTitle();
@@ -114,7 +116,6 @@ Q_SIGNALS:
 
 private:
     QString menuPath_;
-    bool itemIsMenu_;
     std::function<void(int, int)> activated_;
     ItemFace face_{};
 };
