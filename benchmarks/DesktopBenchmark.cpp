@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -28,7 +29,8 @@
 
 namespace tidewell {
 
-/// The least that a panel is: accepts registrations and says that it shows items.
+/// What a panel does with an item: accepts it, says that it shows items, reads all of it, and again whenever
+/// it says that something is new.
 class Watcher : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
@@ -40,14 +42,42 @@ public:
     [[nodiscard]] int protocolVersion() const { return 0; }
     [[nodiscard]] QStringList items() const { return {}; }
     std::function<void()> registered;
+    int news = 0;  ///< How often the item has said that something is new.
+
+    void useBus(const QDBusConnection& bus)
+    {
+        bus_ = bus;
+        for (const char* name : {"NewIcon", "NewToolTip", "NewTitle", "NewStatus", "XAyatanaNewLabel"})
+            bus_.connect({}, "/StatusNotifierItem", "org.kde.StatusNotifierItem", name, this,
+                         SLOT(itemChanged()));
+    }
 
 public Q_SLOTS:
-    Q_SCRIPTABLE void RegisterStatusNotifierItem(const QString&)
+    Q_SCRIPTABLE void RegisterStatusNotifierItem(const QString& item)
     {
+        item_ = item;
+        read();
         if (registered)
             registered();
     }
     Q_SCRIPTABLE void RegisterStatusNotifierHost(const QString&) {}
+    void itemChanged()
+    {
+        ++news;
+        read();
+    }
+
+private:
+    void read()
+    {
+        QDBusMessage call = QDBusMessage::createMethodCall(item_, "/StatusNotifierItem",
+                                                           "org.freedesktop.DBus.Properties", "GetAll");
+        call << QStringLiteral("org.kde.StatusNotifierItem");
+        bus_.asyncCall(call);
+    }
+
+    QDBusConnection bus_{"none"};
+    QString item_;
 };
 
 namespace {
@@ -167,6 +197,7 @@ public:
                 QDBusConnection::ExportAllProperties | QDBusConnection::ExportScriptableSlots) ||
             !connection.registerService("org.kde.StatusNotifierWatcher"))
             fail("cannot stand in for a panel");
+        watcher_.useBus(connection);
         signIn();
     }
 
@@ -216,6 +247,9 @@ public:
             fail("watch --once failed: " + QString::fromUtf8(program.readAllStandardError()));
         return static_cast<double>(timer.nsecsElapsed()) / 1e6;
     }
+
+    /// How often the item has told the panel that something is new.
+    [[nodiscard]] int news() const { return watcher_.news; }
 
 private:
     /// What the program wrote to standard error.
@@ -279,6 +313,7 @@ int run(int starts, int idleSeconds)
     pass(9000);  // The first poll, five seconds after the start, lies in here.
     const double pollTime = processorTime(process) - before;
     const double switchesBefore = switches(process);
+    const int newsBefore = stage.news();
     const double idleBefore = processorTime(process);
     pass(idleSeconds * 1000);
     const double perMinute = 60.0 / idleSeconds;
@@ -294,6 +329,7 @@ int run(int starts, int idleSeconds)
         {"private_dirty_mib", mebibytes(process, "Private_Dirty")},
         {"first_poll_cpu_ms", pollTime},
         {"idle_wakeups_per_min", (switches(process) - switchesBefore) * perMinute},
+        {"idle_item_updates_per_min", (stage.news() - newsBefore) * perMinute},
         {"idle_cpu_ms_per_min", (processorTime(process) - idleBefore) * perMinute},
         {"program_size_kib", static_cast<double>(file.st_size) / 1024},
     };
