@@ -139,9 +139,15 @@ struct GlucoseHistoryStore::Impl {
         auto& problem = problems[static_cast<std::size_t>(area)];
         if (result)
             problem.reset();
-        else if (result.error() != accountRequired)
+        else if (result.error() != accountRequired && !isOfRecords(area, result.error()))
             problem = result.error();
         return result;
+    }
+    /// What the areas of the records tell already, until the record is mended.
+    static bool isOfRecords(Area area, GlucoseHistoryError error)
+    {
+        return error == invalidConfiguration &&
+               (area == Area::saving || area == Area::trimming || area == Area::reading);
     }
     void forget(std::initializer_list<Area> areas)
     {

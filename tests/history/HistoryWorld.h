@@ -106,8 +106,9 @@ inline HistoryState stateOf(const HistoryWorld& world, Survival survival, Date n
     }
     state.hasLegacy = !fresh.key(legacyHistoryKeyAccount).empty();
     for (const auto& [path, content] : before)
-        state.hasLegacy |= std::filesystem::path{path}.parent_path() == fresh.root &&
-                           !path.ends_with("manifest.json") && !path.ends_with(".tmp");
+        state.hasLegacy |= path.find('/', fresh.root.native().size() + 1) == std::string::npos &&
+                           !path.ends_with("manifest.json") && !path.ends_with(".tmp") &&
+                           path.starts_with(fresh.root.native());
     return state;
 }
 
