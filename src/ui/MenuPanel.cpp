@@ -64,20 +64,23 @@ void MenuPanel::setGraph(GlucoseGraphContent content)
 
 QSize MenuPanel::fitInto(QSize room)
 {
-    GraphRow* const row = graph();
-    if (row)
-        row->view().setFixedHeight(row->view().sizeHint().height());
+    for (const Row& row : rows_)
+        if (QLayout* const inner = row.widget->layout())
+            inner->activate();
+    layout()->invalidate();
     const int width = std::min(layout()->sizeHint().width(), room.width());
-    const auto heightNow = [&] {
-        layout()->activate();
-        return layout()->hasHeightForWidth() ? layout()->heightForWidth(width)
-                                             : layout()->sizeHint().height();
-    };
-    int height = heightNow();
-    if (row && height > room.height()) {
-        row->view().setFixedHeight(std::max(row->view().sizeHint().height() - (height - room.height()),
-                                            row->view().minimumSizeHint().height()));
-        height = heightNow();
+    int height =
+        layout()->hasHeightForWidth() ? layout()->heightForWidth(width) : layout()->sizeHint().height();
+    if (GraphRow* const row = graph()) {
+        // Changed only when it has to: each change calls for another look at all heights.
+        GlucoseGraphView& view = row->view();
+        const int natural = view.sizeHint().height();
+        const int current = view.minimumHeight() > 0 ? view.minimumHeight() : natural;
+        const int rest = height - current;
+        const int wanted = std::clamp(room.height() - rest, view.minimumSizeHint().height(), natural);
+        if (wanted != view.minimumHeight())
+            view.setFixedHeight(wanted);
+        height = rest + wanted;
     }
     return {width, std::min(height, room.height())};
 }

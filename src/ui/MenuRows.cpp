@@ -53,10 +53,10 @@ bool showsFocus(const QWidget& widget)
     return widget.hasFocus() && widget.window()->testAttribute(Qt::WA_KeyboardFocusChange);
 }
 
-void paintFocusFrame(QPainter& painter, const QWidget& widget)
+void paintFocusFrame(QPainter& painter, const QWidget& widget, QPalette::ColorRole role = QPalette::Highlight)
 {
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen{widget.palette().color(QPalette::Active, QPalette::Highlight), 2});
+    painter.setPen(QPen{widget.palette().color(QPalette::Active, role), 2});
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(QRectF{widget.rect()}.adjusted(1, 1, -1, -1), 3, 3);
 }
@@ -106,6 +106,7 @@ private:
         option.menuRect = rect();
         option.menuItemType = QStyleOptionMenuItem::Normal;
         option.checkType = QStyleOptionMenuItem::NotCheckable;
+        option.menuHasCheckableItems = false;
         option.state = QStyle::State_None;
         for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
             option.palette.setColor(QPalette::Disabled, role, quietText(palette()));
@@ -311,6 +312,7 @@ private:
 MenuButton::MenuButton(QAccessible::Role role, std::function<void()> chosen) : role_{role}
 {
     setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_Hover);
     QObject::connect(this, &QAbstractButton::clicked, this, [this, chosen = std::move(chosen)] {
         if (available_)
             chosen();
@@ -367,13 +369,16 @@ void FlatButton::paintEvent(QPaintEvent*)
         painter.setBrush(colors.color(QPalette::Active, QPalette::Highlight));
         painter.drawRoundedRect(plate, 3, 3);
         text = colors.color(QPalette::Active, QPalette::HighlightedText);
-    } else if (isAvailable() && (underMouse() || isDown())) {
+    } else if (isAvailable()) {
+        const double rest = isCheckable() ? 0 : 0.06;  // One that stands alone must look like a button.
         painter.setBrush(mixed(colors.color(QPalette::WindowText), colors.color(QPalette::Window),
-                               isDown() ? 0.25 : 0.12));
+                               isDown()       ? 0.25
+                               : underMouse() ? 0.12
+                                              : rest));
         painter.drawRoundedRect(plate, 3, 3);
     }
-    if (showsFocus(*this))
-        paintFocusFrame(painter, *this);
+    if (showsFocus(*this))  // Around a plate of the highlight's colour, a frame of that colour is not seen.
+        paintFocusFrame(painter, *this, isChecked() ? QPalette::WindowText : QPalette::Highlight);
     painter.setPen(text);
     painter.drawText(rect(), Qt::AlignCenter, withoutMnemonic(QAbstractButton::text()));
 }

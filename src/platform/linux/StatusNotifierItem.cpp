@@ -1,6 +1,7 @@
 #include "platform/linux/StatusNotifierItem.h"
 
 #include <QDBusMetaType>
+#include <QGuiApplication>
 #include <QtEndian>
 #include <utility>
 
@@ -49,13 +50,20 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, ItemToolTip& valu
     return argument;
 }
 
-StatusNotifierItem::StatusNotifierItem(QString menuPath, bool itemIsMenu,
-                                       std::function<void(int, int)> activated)
-    : menuPath_{std::move(menuPath)}, itemIsMenu_{itemIsMenu}, activated_{std::move(activated)}
+StatusNotifierItem::StatusNotifierItem(QString menuPath, std::function<void(int, int)> activated)
+    : menuPath_{std::move(menuPath)}, activated_{std::move(activated)}
 {
     qDBusRegisterMetaType<IconPixmap>();
     qDBusRegisterMetaType<QList<IconPixmap>>();
     qDBusRegisterMetaType<ItemToolTip>();
+}
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString& token)
+{
+    constexpr qsizetype longest = 256;
+    // The toolkit takes it from there, once, for the next window that asks for the focus.
+    if (token.size() <= longest && QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
 }
 
 void StatusNotifierItem::setFace(const ItemFace& face)
