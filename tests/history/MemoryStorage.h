@@ -234,7 +234,7 @@ private:
     }
     [[nodiscard]] bool isFolder(std::string_view path) const
     {
-        const auto found = live_.find(path.string());
+        const auto found = live_.find(path);
         return path == "/" || (found != live_.end() && found->second->folder);
     }
     FileHandle opened(std::shared_ptr<Node> node)
@@ -246,7 +246,7 @@ private:
     {
         if (const auto error = step())
             return error;
-        const auto found = live_.find(path.string());
+        const auto found = live_.find(path.native());
         if (found == live_.end())
             return {};
         if (found->second->folder != folder)
