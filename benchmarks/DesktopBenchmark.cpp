@@ -44,6 +44,15 @@ public:
     std::function<void()> registered;
     int news = 0;  ///< How often the item has said that something is new.
 
+    /// Clicks the item; the answer comes before its menu has opened or closed.
+    void click()
+    {
+        QDBusMessage call = QDBusMessage::createMethodCall(item_, "/StatusNotifierItem",
+                                                           "org.kde.StatusNotifierItem", "Activate");
+        call << 600 << 30;
+        bus_.asyncCall(call);
+    }
+
     void useBus(const QDBusConnection& bus)
     {
         bus_ = bus;
@@ -248,6 +257,26 @@ public:
         return static_cast<double>(timer.nsecsElapsed()) / 1e6;
     }
 
+    /// Lets the item's own menu open and close so many times.
+    void openAndCloseMenu(int times)
+    {
+        for (int click = 0; click < 2 * times; ++click) {
+            watcher_.click();
+            pass(25);
+        }
+    }
+
+    /// What bench_popup says of this display.
+    [[nodiscard]] QJsonObject popup() const
+    {
+        QProcess program;
+        program.setProcessEnvironment(environment_);
+        program.start(TIDEWELL_BENCH_POPUP, QStringList{});
+        if (!program.waitForFinished(30'000) || program.exitCode() != 0)
+            fail("bench_popup failed: " + QString::fromUtf8(program.readAllStandardError()));
+        return QJsonDocument::fromJson(program.readAllStandardOutput()).object();
+    }
+
     /// How often the item has told the panel that something is new.
     [[nodiscard]] int news() const { return watcher_.news; }
 
@@ -318,6 +347,14 @@ int run(int starts, int idleSeconds)
     pass(idleSeconds * 1000);
     const double perMinute = 60.0 / idleSeconds;
 
+    const QJsonObject popup = stage.popup();
+    stage.openAndCloseMenu(20);  // What is made once and kept, such as letters, is not growth.
+    pass(1000);
+    const double menuBefore = mebibytes(process, "Private_Dirty");
+    stage.openAndCloseMenu(200);
+    pass(1000);
+    const double menuAfter = mebibytes(process, "Private_Dirty");
+
     struct stat file{};
     ::stat(TIDEWELL_PROGRAM, &file);
     const QJsonObject figures{
@@ -331,6 +368,10 @@ int run(int starts, int idleSeconds)
         {"idle_wakeups_per_min", (switches(process) - switchesBefore) * perMinute},
         {"idle_item_updates_per_min", (stage.news() - newsBefore) * perMinute},
         {"idle_cpu_ms_per_min", (processorTime(process) - idleBefore) * perMinute},
+        {"popup_first_open_ms", popup["popup_first_open_ms"]},
+        {"popup_open_ms", popup["popup_open_ms"]},
+        {"popup_used_private_dirty_mib", menuBefore},
+        {"popup_growth_kib", (menuAfter - menuBefore) * 1024},
         {"program_size_kib", static_cast<double>(file.st_size) / 1024},
     };
     (void)Stage::stop(program);
