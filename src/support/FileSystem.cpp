@@ -22,7 +22,8 @@ namespace fs = std::filesystem;
 
 /// How long a lock is waited for: longer than any whole operation of another process that holds it.
 constexpr std::chrono::seconds lockPatience{5};
-constexpr std::chrono::milliseconds lockInterval{10};
+/// Short, since a process that takes the lock again and again lets go of it for moments only.
+constexpr std::chrono::milliseconds lockInterval{1};
 
 /// What the desktop standards group proposes for "no robot needs to copy this"; there is no older common
 /// mark.
