@@ -43,6 +43,11 @@ AppDelegate::AppDelegate(Services services) : services_{std::move(services)}
             break;
         }
     }));
+    if (services_.history)
+        observers_.push_back(services_.history->observe([this](const GlucoseHistoryStatus& status) {
+            services_.statusBarViewModel.setHistoryProblem(
+                status.problem ? std::optional<std::string>{description(*status.problem)} : std::nullopt);
+        }));
 }
 
 AppDelegate::~AppDelegate()
@@ -177,6 +182,8 @@ void AppDelegate::followAccount()
     if (passwordTask_.running())
         passwordTask_.cancel();
     const auto& account = services_.configurationManager.account();
+    if (services_.history)
+        services_.history->follow(account ? HistoryScopeID::of(*account) : std::nullopt);
     auto& coordinator = services_.pollingCoordinator;
     if (!account) {
         std::optional<ErrorInfo> damaged;

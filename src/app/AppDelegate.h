@@ -68,6 +68,7 @@ public:
         StatusBarPollingCoordinator& pollingCoordinator;
         MakeAPIClient makeAPIClient;             ///< Never makes null.
         std::function<void()> ensureStatusItem;  ///< Sets the status item up, once; empty without one.
+        HistoryCoordinator* history = nullptr;   ///< The one that `pollingCoordinator` has.
         WorkspaceObserving* workspace = nullptr;
         OnboardingCoordinating* onboardingCoordinator = nullptr;
         TermsAgreementCoordinating* termsAgreementCoordinator = nullptr;

@@ -102,6 +102,8 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     std::uint64_t reconnects = 0;     ///< How often the person had the account tried again.
     std::vector<GlucoseReading> glucoseHistory{};
     std::size_t lastFetchedHistoryCount = 0;
+    bool hasFetched = false;  ///< Any readings of this account; those that are saved do not count.
+    HistoryCoordinator::Mark historyMark = 0;  ///< Of this run.
     StatusBarPollingSchedule pollingSchedule{};
     std::optional<Date> lastWakeRefreshAt{};
     std::optional<Date> lastReconnectRefreshAt{};
@@ -114,6 +116,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
     Task<void> refreshTask{};
     Task<void> wakeTask{};
     Task<void> networkTask{};  ///< Waits for the network's return after failures.
+    Task<void> restoreTask{};
 
     // --- Any thread ---
 
@@ -141,12 +144,19 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         });
     }
 
+    /// What readings of a run that begins now are saved by.
+    [[nodiscard]] HistoryCoordinator::Mark presentMark() const
+    {
+        return parts.history ? parts.history->mark() : 0;
+    }
+
     /// Another configuration. `missesData`: there is an account, though nobody to ask for its data.
     void reset(std::shared_ptr<GlucoseAPIProtocol> newClient, GlucoseProvider newProvider,
                std::optional<ErrorInfo> problem, bool missesData,
                std::optional<StatusBarActivity> shown = std::nullopt)
     {
         const Uuid run = generation->renew();
+        const HistoryCoordinator::Mark mark = presentMark();
         onMain(run, [problem, shown](StatusBarViewModel& viewModel, Date now) {
             viewModel.clear();
             if (shown)
@@ -154,12 +164,13 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             if (problem)
                 viewModel.setCurrentError(problem);
         });
-        asio::post(parts.engine, [self = shared_from_this(), run, newProvider, missesData,
+        asio::post(parts.engine, [self = shared_from_this(), run, newProvider, missesData, mark,
                                   problem = std::move(problem), newClient = std::move(newClient)] {
             // Also when this run is over already: the next one must not find another account's readings.
             self->forgetAccount();
             if (!self->isCurrent(run))
                 return;
+            self->historyMark = mark;
             self->begin(run, newClient, newProvider);
             if (!missesData)
                 return;
@@ -182,6 +193,8 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
             onMain(run, [](StatusBarViewModel& viewModel, Date now) {
                 viewModel.setActivity(StatusBarActivity::loading, now);
             });
+        if (parts.history)
+            restoreTask = startTask(parts.engine, restore(shared_from_this(), run));
         loopTask = startTask(parts.engine, pollingLoop(shared_from_this(), run));
         alerts->begin(run);
     }
@@ -195,6 +208,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         forgetAccount();
         fetchSpacing = from.fetchSpacing;
         glucoseHistory = mergedReadings({}, std::move(from.glucoseHistory));
+        hasFetched = !glucoseHistory.empty();
         provider = newProvider;
         refusedSignIns = progress.refusedSignIns;
         requiresAccountAction = progress.requiresAccountAction;
@@ -233,7 +247,8 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
 
     void endTasks()
     {
-        for (Task<void>* task : {&loopTask, &loopSleep, &refreshTask, &wakeTask, &networkTask}) {
+        for (Task<void>* task :
+             {&loopTask, &loopSleep, &refreshTask, &wakeTask, &networkTask, &restoreTask}) {
             task->cancel();
             *task = {};
         }
@@ -262,7 +277,28 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         fetchSpacing = PollingResumption{}.fetchSpacing;
         glucoseHistory.clear();
         lastFetchedHistoryCount = 0;
+        hasFetched = false;
         alerts->forgetAccount();
+    }
+
+    // --- Saved history ---
+
+    /// Shows what was saved, also when the first answer is there already: it may not reach back as far.
+    static asio::awaitable<void> restore(Self self, Uuid run)
+    {
+        auto saved = co_await self->parts.history->restore(self->historyMark);
+        // One from a time when the clock was ahead would stay the newest.
+        const Date latest = self->parts.clock.now() + alertTolerance;
+        std::erase_if(saved, [latest](const GlucoseReading& reading) { return reading.date > latest; });
+        if (saved.empty() || !self->isCurrent(run))
+            co_return;
+        // What was fetched meanwhile counts against what was saved.
+        self->glucoseHistory = mergedReadings(mergedReadings({}, std::move(saved)), self->glucoseHistory);
+        self->onMain(run, [history = self->glucoseHistory](StatusBarViewModel& viewModel, Date now) mutable {
+            const GlucoseReading shown = history.back();
+            viewModel.setGlucoseHistory(std::move(history));
+            viewModel.presentReading(shown, now);
+        });
     }
 
     // --- Loop ---
@@ -535,9 +571,12 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         }
 
         std::optional<Date> previousNewest;
-        if (!glucoseHistory.empty())
+        if (hasFetched && !glucoseHistory.empty())
             previousNewest = glucoseHistory.back().date;
         glucoseHistory = mergedReadings(std::move(glucoseHistory), std::move(fetched));
+        hasFetched = true;
+        if (parts.history)
+            parts.history->save(historyMark, glucoseHistory, now);
         refusedSignIns = 0;
         retryNotBefore.reset();
         alerts->recordReading(glucoseHistory.back());
@@ -583,7 +622,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         retryNotBefore.reset();
 
         std::optional<ErrorInfo> status;
-        if (glucoseHistory.empty())
+        if (!hasFetched)
             status = noDataStatus(provider);
         else if (count >= noDataEscalationThreshold)
             status = noNewDataStatus(provider);
@@ -698,21 +737,25 @@ StatusBarPollingCoordinator::~StatusBarPollingCoordinator()
 void StatusBarPollingCoordinator::start(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider)
 {
     const Uuid run = impl_->generation->renew();
-    impl_->onEngine(
-        run, [run, client = std::move(client), provider](Impl& impl) { impl.begin(run, client, provider); });
+    impl_->onEngine(run,
+                    [run, client = std::move(client), provider, mark = impl_->presentMark()](Impl& impl) {
+                        impl.historyMark = mark;
+                        impl.begin(run, client, provider);
+                    });
 }
 
 void StatusBarPollingCoordinator::resume(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider,
                                          PollingResumption resumption)
 {
     const Uuid run = impl_->generation->renew();
-    asio::post(impl_->parts.engine, [self = impl_, run, client = std::move(client), provider,
-                                     resumption = std::move(resumption)]() mutable {
-        if (self->isCurrent(run))
-            self->resume(run, std::move(client), provider, std::move(resumption));
-        else
-            self->forgetAccount();
-    });
+    asio::post(impl_->parts.engine,
+               [self = impl_, run, client = std::move(client), provider, mark = impl_->presentMark(),
+                resumption = std::move(resumption)]() mutable {
+                   if (!self->isCurrent(run))
+                       return self->forgetAccount();
+                   self->historyMark = mark;
+                   self->resume(run, std::move(client), provider, std::move(resumption));
+               });
 }
 
 void StatusBarPollingCoordinator::stop()

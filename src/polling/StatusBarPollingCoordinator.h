@@ -6,6 +6,7 @@
 
 #include "config/AppConfiguration.h"
 #include "config/UserDefaults.h"
+#include "history/HistoryCoordinator.h"
 #include "polling/PollingProgress.h"
 #include "polling/StatusBarPollingSchedule.h"
 #include "polling/UserNotificationGlucoseAlertDelivery.h"
@@ -35,6 +36,10 @@ inline constexpr Seconds longestSnooze{24.0 * 3600};
 /// After each good answer the newest reading goes through one alert pass, which posts at most one
 /// notification. When no reading comes any more, that is told once, from a timer of its own. An end of the
 /// run ends both; what is then already on its way to the desktop still arrives there.
+///
+/// A run begins with the saved readings, so that the graph is there before the first answer, and hands what
+/// it has after each good answer to saved history. So what the service still has after a sleep or an outage
+/// is saved too.
 class StatusBarPollingCoordinator {
 public:
     /// What is referred to outlives the coordinator and the last turn of `engine`.
@@ -48,6 +53,7 @@ public:
         UserDefaults& defaults;
         std::function<std::optional<AppSettings>()> settings;  ///< Called on `main`.
         UserNotificationGlucoseAlertDelivery& alertDelivery;
+        HistoryCoordinator* history = nullptr;  ///< Follows the account of a run before that run begins.
         /// Called on `main` when a poll has ended and the next one is planned; may be empty.
         std::function<void(const PollingProgress&)> progressDidChange{};
     };

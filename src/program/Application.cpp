@@ -237,7 +237,7 @@ ExitCode runApplication(const ApplicationOptions& options)
                 case InstanceWord::activate: face.reopen(); break;
                 case InstanceWord::configurationChanged: (*core)->reloadConfiguration(); break;
                 case InstanceWord::snoozeChanged: (*core)->reloadDefaults(); break;
-                case InstanceWord::historyChanged:
+                case InstanceWord::historyChanged: (*core)->reloadHistory(); break;
                 case InstanceWord::areYouThere: break;
                 }
             });

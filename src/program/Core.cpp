@@ -2,6 +2,7 @@
 
 #include <future>
 
+#include "program/HistoryStorage.h"
 #include "support/Log.h"
 #include "support/Workers.h"
 
@@ -95,6 +96,12 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
         [this]() -> std::optional<AppSettings> { return configuration_->settings(); });
     network_ = std::make_unique<NetworkMonitor>(clock_, random_, std::make_unique<GioNetworkPathMonitor>());
     makeAlerts(options.postsAlerts);
+    history_ = std::make_unique<HistoryCoordinator>(
+        HistoryCoordinator::Parts{.engine = engine(),
+                                  .main = main(),
+                                  .workers = engine_.workers(),
+                                  .clock = clock_,
+                                  .store = makeHistoryStore(environment_)});
     coordinator_ = std::make_unique<StatusBarPollingCoordinator>(StatusBarPollingCoordinator::Parts{
         .engine = engine(),
         .main = main(),
@@ -109,6 +116,7 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
             return settings;
         },
         .alertDelivery = *alertDelivery_,
+        .history = history_.get(),
         .progressDidChange =
             [this](const PollingProgress& progress) {
                 progress_ = progress;
@@ -283,6 +291,7 @@ void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating
                 return makeServiceClient(clientParts(), account);
             },
         .ensureStatusItem = std::move(ensureStatusItem),
+        .history = history_.get(),
         .workspace = workspace_.get(),
         .onboardingCoordinator = onboarding,
     };
@@ -406,6 +415,7 @@ bool Core::shutDown()
         delegate_->applicationWillTerminate();
     delegate_.reset();
     coordinator_.reset();
+    history_.reset();
     viewModel_.reset();
     workspace_.reset();
     // What was just cancelled leaves before the loops end under it: each loop may have to tell the other.

@@ -68,6 +68,8 @@ public:
     void reloadConfiguration() { reloadTimer_.start(); }
     /// The same for the user defaults alone, which need no keyring.
     void reloadDefaults() { defaultsTimer_.start(); }
+    /// Another process changed saved history, or how it is saved.
+    void reloadHistory() { history_->historyDidChange(); }
     /// Resumes when the launch sequence has ended, and it is decided who polls.
     [[nodiscard]] asio::awaitable<void> launched();
     /// Whether another process polls, and this one shows what it tells.
@@ -123,6 +125,7 @@ private:
     std::unique_ptr<AlertProbe> alertProbe_;
     std::unique_ptr<UserNotificationCenter> noNotifications_;  ///< Of a run that does not.
     std::unique_ptr<UserNotificationGlucoseAlertDelivery> alertDelivery_;
+    std::unique_ptr<HistoryCoordinator> history_;
     std::unique_ptr<StatusBarPollingCoordinator> coordinator_;
     std::unique_ptr<LogindEvents> workspace_;
     std::unique_ptr<SharedPoller> sharing_;  ///< Not of a demonstration.

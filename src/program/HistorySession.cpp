@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 
+#include "program/HistoryStorage.h"
 #include "support/TimeText.h"
 
 namespace tidewell {
@@ -63,8 +64,8 @@ std::expected<std::unique_ptr<HistorySession>, CommandError> HistorySession::mak
     const auto provider = account->provider;
     std::unique_ptr<HistorySession> made{new HistorySession(std::move(*session))};
     made->provider_ = provider;
-    const auto attached = made->store_.attach(scope);
-    made->status_ = attached ? *attached : made->store_.status();
+    const auto attached = made->store_->attach(scope);
+    made->status_ = attached ? *attached : made->store_->status();
     if (!attached)
         made->status_.problem = attached.error();
     return made;
@@ -73,12 +74,9 @@ std::expected<std::unique_ptr<HistorySession>, CommandError> HistorySession::mak
 HistorySession::HistorySession(std::unique_ptr<CommandSession> session)
     : session_{std::move(session)},
       root_{historyRoot(session_->environment().folders)},
-      store_{
-          {.root = root_, .files = files_, .keychain = *session_->environment().keychain, .random = random_}}
+      store_{makeHistoryStore(session_->environment())}
 {
 }
-
-std::filesystem::path historyRoot(const Folders& folders) { return folders.data / "SavedHistory"; }
 
 CommandError commandError(GlucoseHistoryError error, std::string_view then)
 {

@@ -17,10 +17,11 @@ public:
     /// signInNeeded without an account, or when no person is chosen where one must be.
     [[nodiscard]] static std::expected<std::unique_ptr<HistorySession>, CommandError> make();
 
-    [[nodiscard]] GlucoseHistoryStore& store() { return store_; }
+    [[nodiscard]] GlucoseHistoryStore& store() { return *store_; }
     /// As it was attached: after an error, with its problem.
     [[nodiscard]] const GlucoseHistoryStatus& status() const { return status_; }
     [[nodiscard]] GlucoseProvider provider() const { return provider_; }
+    [[nodiscard]] const AppSettings& settings() { return session_->configuration().settings(); }
     [[nodiscard]] Date now() { return session_->clock().now(); }
     [[nodiscard]] const std::filesystem::path& root() const { return root_; }
     /// Tells a running application that saved history changed.
@@ -31,15 +32,10 @@ private:
 
     std::unique_ptr<CommandSession> session_;
     std::filesystem::path root_;
-    SystemFileSystem files_;
-    SystemRandom random_;
-    GlucoseHistoryStore store_;
+    std::shared_ptr<GlucoseHistoryStore> store_;
     GlucoseHistoryStatus status_{};
     GlucoseProvider provider_ = GlucoseProvider::dexcom;
 };
-
-/// Where saved history lies.
-[[nodiscard]] std::filesystem::path historyRoot(const Folders& folders);
 
 /// The code and the text for the person; `then` says what that means here, and may be empty.
 [[nodiscard]] CommandError commandError(GlucoseHistoryError error, std::string_view then = {});

@@ -129,6 +129,8 @@ private:
                 lines.emplace_back(std::string_view{line});
             addAlert(lines.front(), {lines.begin() + 1, lines.end()});
         }
+        if (state_.historyProblem)
+            addAlert("Saved history needs attention", {*state_.historyProblem});
         if (canReconnect_)
             items_.push_back({.title = "Reconnect", .command = MenuCommand::reconnect});
         if (waitsForPerson_)

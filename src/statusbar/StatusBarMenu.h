@@ -72,9 +72,9 @@ struct MenuPlaces {
 /// of the program, the snooze, and the places that it leads to. Pure; every presentation is made of it.
 ///
 /// One alert item stands for an error or, without one, for a reading that is too old; what keeps alerts from
-/// being noticed is a second one. Below them comes what helps: "Reconnect" when the same account may be tried
-/// again, and "Sign in…" when the person has to. Where there are no settings, "Switch account…" stands in
-/// their place.
+/// being noticed is a second one, and what is wrong with saved history a third. Below them comes what helps:
+/// "Reconnect" when the same account may be tried again, and "Sign in…" when the person has to. Where there
+/// are no settings, "Switch account…" stands in their place.
 [[nodiscard]] std::vector<MenuItem> statusBarMenu(const StatusBarState& state, const AppSettings& settings,
                                                   const MenuPlaces& places, Date now, TimeZone zone);
 

@@ -316,6 +316,11 @@ void StatusBarViewModel::setAlertProblem(std::optional<std::string> problem)
     impl_->change([&] { impl_->set(impl_->state.alertProblem, std::move(problem)); });
 }
 
+void StatusBarViewModel::setHistoryProblem(std::optional<std::string> problem)
+{
+    impl_->change([&] { impl_->set(impl_->state.historyProblem, std::move(problem)); });
+}
+
 void StatusBarViewModel::clear()
 {
     impl_->change([&] {
@@ -323,6 +328,7 @@ void StatusBarViewModel::clear()
         StatusBarState empty;
         empty.alertsSnoozedUntil = impl_->state.alertsSnoozedUntil;
         empty.alertProblem = impl_->state.alertProblem;
+        empty.historyProblem = impl_->state.historyProblem;
         empty.updateAvailable = impl_->state.updateAvailable;
         empty.accessibilityValue = spokenGlucose(std::nullopt, impl_->clock.now(), impl_->settings());
         impl_->set(impl_->state, std::move(empty));

@@ -48,6 +48,8 @@ struct StatusBarState {
     std::optional<Date> alertsSnoozedUntil{};  ///< May be over; observers hear of that moment too.
     /// Why alerts would not be seen or heard, and on a second line what to do.
     std::optional<std::string> alertProblem{};
+    /// What keeps readings from being saved or kept; monitoring goes on all the same.
+    std::optional<std::string> historyProblem{};
     std::optional<Date> nextRetryAt{};
     std::optional<Date> lastUpdateAt{};  ///< When the service last answered with readings.
     bool updateAvailable = false;        ///< Of the program.
@@ -94,6 +96,7 @@ public:
     void setUpdateAvailable(bool available);
     void setAlertsSnoozedUntil(std::optional<Date> date);
     void setAlertProblem(std::optional<std::string> problem);
+    void setHistoryProblem(std::optional<std::string> problem);
     /// Forgets reading, history, activity, error, retry and last update: another account begins.
     void clear();
     void appSettingsDidUpdate();

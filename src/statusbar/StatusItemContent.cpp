@@ -73,6 +73,8 @@ std::string tooltipText(const StatusBarState& state, const std::optional<SeenRea
         lines.emplace_back("Waiting for the first reading.");
     if (state.alertProblem)
         lines.push_back(*state.alertProblem);
+    if (state.historyProblem)
+        lines.push_back(*state.historyProblem);
     if (snoozed(state, now))
         lines.push_back(snoozeLine(*state.alertsSnoozedUntil, settings, zone));
     return fmt::format("{}", fmt::join(lines, "\n"));
