@@ -77,6 +77,13 @@ TEST(StatusBarMenu, hasItsSectionsInOneOrder)
               "[T / R / Next retry at 08:00]|[No notification server. / Start one.]|--|Update available|" +
                   snooze + places);
 
+    state.historyProblem = "Saved history could not be read.";
+    EXPECT_EQ(rest(state),
+              "[T / R / Next retry at 08:00]|[No notification server. / Start one.]|[Saved history needs "
+              "attention / Saved history could not be read.]|--|Update available|" +
+                  snooze + places);
+
+    state.historyProblem.reset();
     state.currentError->needsSignIn = true;
     state.alertProblem.reset();
     state.nextRetryAt.reset();
