@@ -643,6 +643,92 @@ TEST_F(CommandLineTest, theDemonstrationIsAskedForBeforeOrAfterWatchAndNowhereEl
     EXPECT_EQ(run({"--demo", "settings"}).code, 2);
 }
 
+TEST_F(CommandLineTest, savesHistoryAfterAYesAndGivesItBackAndForgetsIt)
+{
+    EXPECT_EQ(run({"history", "status"}).code, 5);
+    ASSERT_NO_FATAL_FAILURE(startService());
+    ASSERT_EQ(signIn(service->account().password).code, 0);
+    EXPECT_NE(run({"history", "status"}).output.find("Saving: off, and never was on"), std::string::npos);
+
+    const double newest = std::floor(unixSeconds(clock.now()) / 60) * 60;
+    std::string csv = "epoch_s,glucose_mgdl,trend\n";
+    for (int i = 0; i < 50 * 24; ++i)
+        csv += std::to_string(static_cast<std::int64_t>(newest) - i * 3600) + ",147.6,FortyFiveUp\n";
+    std::ofstream{home / "readings.csv"} << csv << "x,100,\n";
+    const auto import = [this](std::vector<std::string> more = {}) {
+        more.insert(more.begin(), {"history", "import", (home / "readings.csv").string()});
+        return run(more);
+    };
+    EXPECT_EQ(import().code, 1) << "nobody said yes yet";
+
+    // Without a terminal nobody can be asked.
+    const auto asked = run({"history", "enable"});
+    EXPECT_EQ(asked.code, 2);
+    EXPECT_NE(asked.output.find("Nothing is ever uploaded."), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(home / ".local/share/Tidewell"));
+    EXPECT_EQ(run({"history", "enable", "--accept", "--retention", "90"}).code, 0);
+
+    const auto tried = import({"--dry-run"});
+    EXPECT_EQ(tried.code, 0) << tried.errors;
+    EXPECT_NE(tried.output.find("line 1202: The column epoch_s"), std::string::npos) << tried.output;
+    EXPECT_NE(tried.output.find("Would be added: 1200\n"), std::string::npos);
+    const auto count = [this] {
+        const auto status = run({"history", "status", "--json"});
+        const auto document = parseJson(status.output);
+        return document ? document->at("readingCount").to_number<int>() : -1;
+    };
+    EXPECT_EQ(count(), 0);
+    EXPECT_NE(import().output.find("Added: 1200\n"), std::string::npos);
+    EXPECT_NE(import().output.find("Added: 0\nSaved already, and left as they are: 1200\n"),
+              std::string::npos);
+    EXPECT_EQ(count(), 1200);
+
+    const auto out = home / "out.json";
+    const auto exported = run({"history", "export", out.string(), "--days", "2"});
+    EXPECT_EQ(exported.code, 0) << exported.errors;
+    EXPECT_NE(exported.output.find("not encrypted"), std::string::npos);
+    struct stat file{};
+    ASSERT_EQ(::stat(out.c_str(), &file), 0);
+    EXPECT_EQ(file.st_mode & 0777, 0600U);
+    EXPECT_EQ(parseJson(contents(out))->at("readings").as_array().size(), 48U);
+    EXPECT_EQ(run({"history", "export", out.string(), "--format", "csv"}).code, 1) << "it exists";
+    EXPECT_EQ(run({"history", "export", out.string(), "--format", "csv", "--force"}).code, 0);
+    EXPECT_EQ(std::ranges::count(contents(out), '\n'), 1201);
+    std::filesystem::remove(out);
+
+    // Nothing of a value or a name lies about.
+    for (const auto& entry : std::filesystem::recursive_directory_iterator{home / ".local/share"}) {
+        if (!entry.is_regular_file())
+            continue;
+        const auto bytes = contents(entry.path());
+        EXPECT_EQ(bytes.find("147.6"), std::string::npos) << entry.path();
+        EXPECT_EQ(bytes.find(service->account().username), std::string::npos) << entry.path();
+    }
+
+    EXPECT_EQ(run({"history", "disable"}).code, 0);
+    EXPECT_EQ(run({"history", "retention", "30"}).code, 2) << "readings would be deleted unasked";
+    EXPECT_EQ(count(), 1200);
+    EXPECT_EQ(run({"history", "retention", "30", "--yes"}).code, 0);
+    EXPECT_NEAR(count(), 720, 1);
+    EXPECT_EQ(run({"history", "delete"}).code, 2);
+
+    // The key is away: nothing is lost, and all is back with it.
+    const auto keychain = home / ".local/state/tidewell/keychain.json";
+    std::filesystem::rename(keychain, home / "aside");
+    const auto locked = run({"history", "status"});
+    EXPECT_EQ(locked.code, 6);
+    EXPECT_NE(locked.errors.find("The saved history encryption key is unavailable."), std::string::npos);
+    EXPECT_EQ(run({"history", "export", out.string()}).code, 6);
+    EXPECT_EQ(import().code, 6);
+    std::filesystem::rename(home / "aside", keychain);
+    EXPECT_NEAR(count(), 720, 1);
+
+    EXPECT_EQ(run({"history", "delete", "--all", "--yes"}).code, 0);
+    EXPECT_EQ(count(), 0);
+    EXPECT_EQ(run({"history", "export", out.string()}).code, 1);
+    EXPECT_EQ(contents(keychain).find("encryption-key"), std::string::npos);
+}
+
 TEST_F(CommandLineTest, withoutAKeyringNothingIsStoredAndTheCodeIsSix)
 {
     ASSERT_NO_FATAL_FAILURE(startService());
