@@ -115,6 +115,19 @@ struct HistoryImportOptions {
 };
 [[nodiscard]] ExitCode runHistoryImport(const HistoryImportOptions& options);
 
+/// What a period of saved readings, or of a file, comes to. Until enough is saved, how far that has come.
+struct InsightsOptions {
+    std::optional<std::int64_t> days{};            ///< The last ones; else 14, or everything in the file.
+    std::optional<std::string> from{};             ///< A date, or a moment in ISO 8601.
+    std::optional<std::string> to{};               ///< A date, which is the last one, or a moment.
+    std::optional<std::string> timeZone{};         ///< Else the one in force.
+    std::optional<std::string> collectionStart{};  ///< Else as saved, or the first reading of the file.
+    std::optional<std::filesystem::path> csv{};    ///< A file that `history import` could read.
+    std::optional<DateOrder> dateOrder{};          ///< Of that file.
+    bool json = false;
+};
+[[nodiscard]] ExitCode runInsights(const InsightsOptions& options);
+
 /// Writes "tidewell: " and the message as one line to standard error; the code is passed through.
 ExitCode report(const CommandError& error);
 

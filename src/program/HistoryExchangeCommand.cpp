@@ -1,17 +1,14 @@
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <set>
 #include <system_error>
 
 #include "history/HistoryExport.h"
 #include "history/HistoryImport.h"
-#include "platform/linux/UniqueFd.h"
 #include "program/Commands.h"
 #include "program/HistorySession.h"
+#include "program/ReadingsFile.h"
 #include "support/AtomicFile.h"
 
 namespace tidewell {
@@ -31,43 +28,6 @@ HistoryExportFormat formatOf(const HistoryExportOptions& options)
         return *options.format;
     return lowerCased(options.file.extension().string()) == ".json" ? HistoryExportFormat::json
                                                                     : HistoryExportFormat::csv;
-}
-
-CommandError cannotRead(const std::filesystem::path& file, int error)
-{
-    return {ExitCode::failure, fmt::format("\"{}\" cannot be read: {}.", file.string(),
-                                           std::error_code{error, std::system_category()}.message())};
-}
-
-std::expected<HistoryImportFile, CommandError> readFileOfReadings(const std::filesystem::path& path,
-                                                                  HistoryImportReader::Options options)
-{
-    const UniqueFd file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
-    if (!file)
-        return std::unexpected(cannotRead(path, errno));
-    HistoryImportReader reader{options};
-    std::string piece(64 * 1024, '\0');
-    for (bool more = true; more;) {
-        const auto count = ::read(file.get(), piece.data(), piece.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return std::unexpected(cannotRead(path, errno));
-        more = count > 0 && reader.feed({piece.data(), static_cast<std::size_t>(count)});
-    }
-    return reader.finish();
-}
-
-/// Why nothing was taken of a file, and what would help.
-CommandError refusalOf(const HistoryImportFile& file)
-{
-    std::string message = file.problem->line ? fmt::format("Line {}: ", file.problem->line) : "";
-    message += file.problem->why;
-    if (file.needsTimeZone)
-        message += " Say which one with --time-zone, for example --time-zone Europe/Berlin.";
-    if (file.needsDateOrder)
-        message += " Say which with --date-order day-first or --date-order month-first.";
-    return {file.needsTimeZone || file.needsDateOrder ? ExitCode::usage : ExitCode::failure, message};
 }
 
 std::string separatorText(char separator)
@@ -202,24 +162,21 @@ ExitCode runHistoryImport(const HistoryImportOptions& options)
 {
     std::optional<TimeZone> zone;
     if (options.timeZone) {
-        zone = TimeZone::named(*options.timeZone);
-        if (!zone)
-            return report({ExitCode::usage, fmt::format("There is no time zone \"{}\". Zones are called as "
-                                                        "in Europe/Berlin or America/New_York.",
-                                                        *options.timeZone)});
+        const auto named = timeZoneNamed(*options.timeZone);
+        if (!named)
+            return report(named.error());
+        zone = *named;
     }
     const auto session = HistorySession::make();
     if (!session)
         return report(session.error());
     const auto& configuration = (*session)->status().configuration;
-    const auto file = readFileOfReadings(options.file, {.now = (*session)->now(),
-                                                        .zone = zone,
-                                                        .dateOrder = options.dateOrder,
-                                                        .source = (*session)->provider()});
+    const auto file = readReadingsFile(options.file, {.now = (*session)->now(),
+                                                      .zone = zone,
+                                                      .dateOrder = options.dateOrder,
+                                                      .source = (*session)->provider()});
     if (!file)
         return report(file.error());
-    if (file->problem)
-        return report(refusalOf(*file));
     printFound(*file, zone);
     if (!(*session)->status().problem && !configuration.hasPreviouslyEnabled)
         return report({ExitCode::failure, std::string{needsEnabled}});

@@ -186,6 +186,26 @@ ExitCode run(int count, char** values)
                      "month-first")
         ->transform(CLI::CheckedTransformer(std::map<std::string, DateOrder>{
             {"day-first", DateOrder::dayFirst}, {"month-first", DateOrder::monthFirst}}));
+    InsightsOptions insights;
+    auto* insightsCommand = app.add_subcommand(
+        "insights", "Say what the readings of a period come to: time in ranges, averages, profile, episodes");
+    insightsCommand->add_option("--days", insights.days, "The last days; else 14, or all that the file has")
+        ->check(CLI::Range(1, 36'600));
+    insightsCommand->add_option("--from", insights.from, "A date (2026-03-01) or a moment in ISO 8601");
+    insightsCommand->add_option("--to", insights.to, "The last date, or a moment; else now");
+    insightsCommand->add_option(
+        "--time-zone", insights.timeZone,
+        "Whose days and times of day, for example Europe/Berlin; else the one in force");
+    insightsCommand->add_option("--collection-start", insights.collectionStart,
+                                "When saving began, a date or a moment; else as is known");
+    insightsCommand->add_option("--csv", insights.csv,
+                                "Instead of saved history: a file that \"history import\" could read");
+    insightsCommand->add_option("--date-order", insights.dateOrder, "Of its dates: day-first or month-first")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, DateOrder>{
+            {"day-first", DateOrder::dayFirst}, {"month-first", DateOrder::monthFirst}}));
+    insightsCommand
+        ->add_flag("--json", insights.json, "Print everything as a JSON object, in mg/dL and seconds")
+        ->disable_flag_override();
     app.require_subcommand(0, 1);
 
     try {
@@ -263,6 +283,8 @@ ExitCode run(int count, char** values)
         return runHistoryExport(exported);
     if (*historyImport)
         return runHistoryImport(imported);
+    if (*insightsCommand)
+        return runInsights(insights);
     return runApplication(application);
 }
 
