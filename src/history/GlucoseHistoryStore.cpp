@@ -139,15 +139,27 @@ struct GlucoseHistoryStore::Impl {
         auto& problem = problems[static_cast<std::size_t>(area)];
         if (result)
             problem.reset();
-        else if (result.error() != accountRequired && !isOfRecords(area, result.error()))
+        else if (lasts(area, result.error()))
             problem = result.error();
         return result;
     }
-    /// What the areas of the records tell already, until the record is mended.
-    static bool isOfRecords(Area area, GlucoseHistoryError error)
+    /// Whether an error is still true after the call that it ended.
+    static bool lasts(Area area, GlucoseHistoryError error)
     {
-        return error == invalidConfiguration &&
-               (area == Area::saving || area == Area::trimming || area == Area::reading);
+        switch (area) {
+        case Area::deletion:
+            return error == deletionIncomplete;  // Else nothing was begun, and whoever asked knows.
+        case Area::saving:
+        case Area::trimming:
+        case Area::reading:
+            // The areas of the records tell of a damaged one, until it is mended.
+            return error != accountRequired && error != invalidConfiguration;
+        case Area::manifest:
+        case Area::configuration:
+        case Area::manifestWrite:
+        case Area::migration: return true;
+        }
+        std::unreachable();
     }
     void forget(std::initializer_list<Area> areas)
     {

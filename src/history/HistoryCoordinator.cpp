@@ -187,10 +187,10 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         while (well && !self->ended) {
             if (self->needsRecovery || self->needsAttachment || self->needsReload)
                 well = co_await attach(self);
-            else if (self->needsTrim)
-                well = co_await trim(self);
             else if (self->token && !self->unsaved.empty())
                 well = co_await saveUnsaved(self);
+            else if (self->needsTrim)  // After saving, which must not wait for a day that cannot be removed.
+                well = co_await trim(self);
             else
                 break;
         }
