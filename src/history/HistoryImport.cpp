@@ -33,6 +33,9 @@ constexpr std::size_t longestJsonSkeleton = 16 * 1024 * 1024;
 
 constexpr double usualDuration = 300;    ///< s
 constexpr double longestDuration = 900;  ///< s
+/// Of LibreView's automatic readings, which are 5 or 15 minutes apart; until it is known which.
+constexpr double unknownDuration = 0;
+constexpr double sparseGap = 600;  ///< s
 /// A scan is a single value beside the ones of every quarter of an hour.
 constexpr double scanDuration = 60;  ///< s
 
@@ -634,7 +637,8 @@ struct HistoryImportReader::Impl {
         const auto value = valueOf(isScan);
         if (!value)
             return refuse(line, value.error());
-        double duration = isScan ? scanDuration : usualDuration;
+        const bool isHistoric = columns->scan && !isScan;
+        double duration = isScan ? scanDuration : isHistoric ? unknownDuration : usualDuration;
         if (const CsvField* const given = field(columns->duration)) {
             const auto seconds = numberIn(*given, file.separator);
             if (!seconds || *seconds <= 0)
@@ -865,6 +869,7 @@ struct HistoryImportReader::Impl {
         }
         rows = {};
         keepLaterRows();
+        settleHistoricDuration();
     }
 
     std::optional<double> momentOf(const Row& row, std::optional<double> previous, bool ascending)
@@ -886,6 +891,32 @@ struct HistoryImportReader::Impl {
         if (ascending)
             return previous && moments.front() < *previous ? moments.back() : moments.front();
         return previous && moments.back() > *previous ? moments.front() : moments.back();
+    }
+
+    void settleHistoricDuration()
+    {
+        std::vector<double> gaps;
+        std::optional<Date> previous;
+        for (const Kept& kept : file.kept_) {
+            if (kept.duration != unknownDuration)
+                continue;
+            if (previous)
+                gaps.push_back((kept.date - *previous).count());
+            previous = kept.date;
+        }
+        if (!previous)
+            return;
+        double duration = usualDuration;
+        if (!gaps.empty()) {
+            const auto middle = gaps.begin() + static_cast<std::ptrdiff_t>(gaps.size() / 2);
+            std::ranges::nth_element(gaps, middle);
+            if (*middle > sparseGap)
+                duration = longestDuration;
+        }
+        file.historicDuration = Seconds{duration};
+        for (Kept& kept : file.kept_)
+            if (kept.duration == unknownDuration)
+                kept.duration = duration;
     }
 
     /// Of the rows of one source and second, the later row counts.

@@ -47,15 +47,17 @@ public:
     bool needsDateOrder = false;
 
     std::optional<HistoryFileFormat> format{};
-    char separator = 0;                            ///< Of a CSV file.
-    bool hasMgdL = false;                          ///< Whether it has values in mg/dL.
-    bool hasMmolL = false;                         ///< And in mmol/L.
-    std::optional<DateOrder> dateOrder{};          ///< When its dates can be read two ways.
-    std::size_t rows = 0;                          ///< Below the header, but for empty ones.
-    std::size_t otherRows = 0;                     ///< Of them, what is no sensor reading: insulin, notes.
-    std::size_t refused = 0;                       ///< Of them, what could not be read.
-    std::size_t repeated = 0;                      ///< Of them, replaced by a later row of the same second.
-    std::size_t lowOrHigh = 0;                     ///< Taken as 40 or 400 mg/dL: beyond the sensor's range.
+    char separator = 0;                    ///< Of a CSV file.
+    bool hasMgdL = false;                  ///< Whether it has values in mg/dL.
+    bool hasMmolL = false;                 ///< And in mmol/L.
+    std::optional<DateOrder> dateOrder{};  ///< When its dates can be read two ways.
+    std::size_t rows = 0;                  ///< Below the header, but for empty ones.
+    std::size_t otherRows = 0;             ///< Of them, what is no sensor reading: insulin, notes.
+    std::size_t refused = 0;               ///< Of them, what could not be read.
+    std::size_t repeated = 0;              ///< Of them, replaced by a later row of the same second.
+    std::size_t lowOrHigh = 0;             ///< Taken as 40 or 400 mg/dL: beyond the sensor's range.
+    /// What each automatic reading of LibreView stands for, by how far apart most of them are.
+    std::optional<Seconds> historicDuration{};
     std::size_t shortened = 0;                     ///< Sample durations over 900 s, taken as 900 s.
     std::size_t localTimes = 0;                    ///< Times without a zone of their own.
     std::size_t repeatedHour = 0;                  ///< Of them, in an hour that the clock went through twice.

@@ -66,6 +66,8 @@ void printFound(const HistoryImportFile& file, const std::optional<TimeZone>& zo
     }
     if (file.lowOrHigh > 0)
         fmt::print("Values given as \"Low\" or \"High\", taken as 40 and 400 mg/dL: {}\n", file.lowOrHigh);
+    if (file.historicDuration)
+        fmt::print("Automatic readings are taken to stand for {} s each.\n", file.historicDuration->count());
     if (file.shortened > 0)
         fmt::print("Sample durations over 900 s, taken as 900 s: {}\n", file.shortened);
     if (file.localTimes > 0 && zone)

@@ -203,17 +203,27 @@ TEST(HistoryExchange, reportsOfTheMakersAreReadInTheirUnitAndClock)
                                 "L,S,01-02-2026 14:07,6,,,\"my\nnote\"\nL,S,01-02-2026 14:08,0,,6,\n")),
               "2026-01-13T14:05=99/300 2026-02-01T14:06=108/60 !7 ");
     EXPECT_EQ(summary(libreView("L,S,01-13-2026 2:05 PM,0,HI,,\nL,S,02-01-2026 12:05 am,0,5.5,,\n")),
-              "2026-01-13T14:05=400/300 2026-02-01T00:05=99/300 ");
+              "2026-01-13T14:05=400/900 2026-02-01T00:05=99/900 ");
     EXPECT_TRUE(libreView("L,S,01-02-2026 14:05,0,5.5,,\n").needsDateOrder);
     EXPECT_TRUE(libreView("L,S,13-01-2026 14:05,0,5.5,,\nL,S,01-13-2026 14:05,0,5.5,,\n").needsDateOrder);
     EXPECT_EQ(summary(libreView("L,S,01-02-2026 14:05,0,5.5,,\n", DateOrder::monthFirst)),
               "2026-01-02T14:05=99/300 ");
+    // Automatic readings stand for what lies between most of them.
+    const auto sparse = libreView(
+        "L,S,13-01-2026 14:05,0,5.5,,\nL,S,13-01-2026 14:20,0,5.5,,\nL,S,13-01-2026 14:22,1,,6,\n"
+        "L,S,13-01-2026 14:35,0,5.5,,\nL,S,14-01-2026 14:35,0,5.5,,\n");
+    EXPECT_EQ(sparse.historicDuration, Seconds{900});
+    EXPECT_EQ(summary(sparse),
+              "2026-01-13T14:05=99/900 2026-01-13T14:20=99/900 2026-01-13T14:22=108/60 "
+              "2026-01-13T14:35=99/900 2026-01-14T14:35=99/900 ");
+    EXPECT_EQ(libreView("L,S,13-01-2026 14:05,0,5.5,,\nL,S,13-01-2026 14:10,0,5.5,,\n").historicDuration,
+              Seconds{300});
     const auto german = read(
         "Glukosedaten,Erstellt am,01.03.2026 10:11 UTC\n\n"
         "Gerät,Seriennummer,Gerätezeitstempel,Aufzeichnungstyp,Glukosewert-Verlauf mg/dL,Glukose-Scan mg/dL\n"
         "L,S,02-02-2026 14:05,0,100,\nL,S,02.01.2026 14:05,0,100,\n",
         {.zone = zone("Europe/Berlin")});
-    EXPECT_EQ(summary(german), "2026-01-02T13:05=100/300 2026-02-02T13:05=100/300 ");
+    EXPECT_EQ(summary(german), "2026-01-02T13:05=100/900 2026-02-02T13:05=100/900 ");
     EXPECT_EQ(german.format, HistoryFileFormat::libreViewCsv);
 }
 
