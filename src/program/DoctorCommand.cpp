@@ -12,6 +12,7 @@
 #include "program/CommandSession.h"
 #include "program/Commands.h"
 #include "program/EventLoopRun.h"
+#include "program/HistoryStorage.h"
 #include "program/Process.h"
 
 namespace tidewell {
@@ -48,6 +49,32 @@ AlertFinding statusAreaFinding(bool there)
         .subject = "statusArea",
         .text = "The desktop has no status area that shows the item; alerts come all the same.",
         .remedy = std::string{statusAreaAdvice(qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString())}};
+}
+
+/// Looks whether what is saved of the account can be read: no alert needs it, so trouble is no more than a
+/// note. Blocks.
+AlertFinding savedHistoryFinding(CommandSession& session, const GlucoseAccountConfiguration& account)
+{
+    const auto store = makeHistoryStore(session.environment());
+    const auto attached = store->attach(HistoryScopeID::of(account));
+    const auto status = attached ? *attached : store->status();
+    std::optional<GlucoseHistoryError> problem = attached ? status.problem : attached.error();
+    if (!problem && status.configuration.hasPreviouslyEnabled) {
+        const Date now = session.clock().now();
+        const auto day = store->snapshot(now - Seconds{24.0 * 3600}, now);
+        if (!day)
+            problem = day.error();
+        else if (!day->unreadableDays.empty())
+            problem = GlucoseHistoryError::unreadableHistory;
+    }
+    if (problem)
+        return {.severity = AlertFinding::Severity::note,
+                .subject = "savedHistory",
+                .text = std::string{description(*problem)},
+                .remedy = "See what is saved: tidewell history status"};
+    return {.subject = "savedHistory",
+            .text = status.configuration.isEnabled ? "Readings are saved on this computer, encrypted."
+                                                   : "Saving readings on this computer is off."};
 }
 
 asio::awaitable<AccountCheck> askService(CommandSession& session)
@@ -121,11 +148,15 @@ ExitCode runDoctor(bool asJson)
     std::optional<bool> statusArea;
     if (display.answers())
         statusArea = runInEventLoop(loop, statusAreaFromHelper(desktopHelperProgram, statusAreaDeadline));
+    const auto addBeforeGood = [&findings](AlertFinding finding) {
+        const auto firstGood = std::ranges::find_if(
+            findings, [](const AlertFinding& f) { return f.severity == AlertFinding::Severity::good; });
+        findings.insert(firstGood, std::move(finding));
+    };
     if (statusArea)
-        findings.insert(
-            std::ranges::find_if(
-                findings, [](const AlertFinding& f) { return f.severity == AlertFinding::Severity::good; }),
-            statusAreaFinding(*statusArea));
+        addBeforeGood(statusAreaFinding(*statusArea));
+    if (account)
+        addBeforeGood(savedHistoryFinding(session, *account));
     fmt::print("{}", asJson ? findingsDocument(findings) : findingLines(findings));
     const bool well = std::ranges::all_of(
         findings, [](const AlertFinding& f) { return f.severity >= AlertFinding::Severity::note; });
