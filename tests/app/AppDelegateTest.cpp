@@ -139,6 +139,7 @@ protected:
                 ++looks;
                 co_return alertPath;
             },
+            .pollingRole = role,
         });
         delegate->applicationDidFinishLaunching();
         settle();
@@ -174,6 +175,7 @@ protected:
     Recorder recorder;
     AlertPath alertPath{.serverAnswers = true, .soundOutput = true};
     int looks = 0;
+    PollingRole role = PollingRole::polls;
     std::vector<std::string> clientsMadeFor;
     std::unique_ptr<AppDelegate> delegate;
 };
@@ -293,6 +295,50 @@ TEST_F(AppDelegateTest, anotherPersonOfTheSameAccountNeverGetsTheValuesOfTheForm
     EXPECT_EQ(clientsMadeFor, (Calls{"grace", "ben"}));
     EXPECT_EQ(viewModel.state().statusTitle, "");
     EXPECT_TRUE(viewModel.state().glucoseHistory.empty());
+}
+
+TEST_F(AppDelegateTest, followingShowsWhatOthersTellAndPollingGoesOnFromThere)
+{
+    storeAccount();
+    defaults.set(onboardingCompletedKey, true);
+    role = PollingRole::follows;
+    launch();
+    clock.advance(1h);
+    EXPECT_TRUE(clientsMadeFor.empty());
+    EXPECT_EQ(viewModel.state().activity, StatusBarActivity::loading);
+
+    // What the coordinator of another process would have shown.
+    const auto tell = [this](double mgdL) {
+        const auto told = makeReading(mgdL, "Flat", clock.now(), Seconds{300}, GlucoseProvider::dexcom);
+        viewModel.setGlucoseHistory({told});
+        viewModel.presentReading(told, clock.now());
+        viewModel.finishActivity();
+    };
+    tell(150);
+    delegate->setPollingRole(PollingRole::polls, {.glucoseHistory = viewModel.state().glucoseHistory});
+    settle();
+    EXPECT_EQ(viewModel.state().statusTitle, "150 →") << "a change of hands shows nowhere";
+    EXPECT_EQ(api->fetches, 0);
+    clock.advance(330s);
+    EXPECT_EQ(api->fetches, 1);
+    EXPECT_EQ(viewModel.state().glucoseHistory.size(), 2U);
+
+    delegate->setPollingRole(PollingRole::follows);
+    workspace.send(WorkspaceEvent::didWake);
+    clock.advance(10min);
+    EXPECT_EQ(api->fetches, 1);
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+
+    asio::co_spawn(io, manager->saveAccount(account("grace")), asio::detached);
+    settle();
+    EXPECT_EQ(viewModel.state().statusTitle, "") << "another person's value";
+    EXPECT_TRUE(viewModel.state().glucoseHistory.empty());
+    clock.advance(10min);
+    EXPECT_EQ(api->fetches, 1);
+    delegate->setPollingRole(PollingRole::polls);
+    clock.advance(6s);
+    EXPECT_EQ(clientsMadeFor, (Calls{"ada", "grace"}));
+    EXPECT_EQ(api->fetches, 2);
 }
 
 TEST_F(AppDelegateTest, aDamagedDocumentSaysSoAndIsLeftAlone)

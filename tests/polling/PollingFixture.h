@@ -90,6 +90,7 @@ struct PollingFixture {
     FakeNotificationCenter center{coordinatorClock};
     UserNotificationGlucoseAlertDelivery delivery{io.get_executor(), center, random};
     StatusBarViewModel viewModel{io.get_executor(), clock, random, [this] { return settings; }};
+    std::optional<PollingProgress> progress{};  ///< As told last.
     std::shared_ptr<ScriptedGlucoseAPI> service = std::make_shared<ScriptedGlucoseAPI>(coordinatorClock);
     std::optional<StatusBarPollingCoordinator> coordinator{std::in_place, parts()};
 
@@ -103,7 +104,8 @@ struct PollingFixture {
                 .networkMonitor = network,
                 .defaults = defaults,
                 .settings = [this] { return settings; },
-                .alertDelivery = delivery};
+                .alertDelivery = delivery,
+                .progressDidChange = [this](const PollingProgress& now) { progress = now; }};
     }
 
     PollingFixture()

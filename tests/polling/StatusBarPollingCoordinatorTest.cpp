@@ -82,6 +82,92 @@ TEST_F(StatusBarPollingCoordinatorTest, pollsAfterFiveSecondsAndThenBehindEachRe
                             std::to_string(delay.count()) + "ms");
 }
 
+TEST_F(StatusBarPollingCoordinatorTest, aRunGoesOnWhereAnotherOneStopped)
+{
+    struct Case {
+        double readingAge;
+        std::optional<double> plannedIn;
+        double expected;  ///< Until the first request.
+    };
+    for (const Case& given : {Case{100, 230, 230},  // Just as planned,
+                              {100, -0.4, 0.6},     // and not twice in the second it was due in.
+                              {400, -90, 0},
+                              {1200, 170, 170},          // A sensor that is silent is asked now and then.
+                              {100, std::nullopt, 230},  // Without a plan: by the reading.
+                              {100, 1e9, 0}}) {
+        SCOPED_TRACE(given.expected);
+        const GlucoseReading held = reading(clock.now() - Seconds{given.readingAge});
+        viewModel.clear();
+        viewModel.setGlucoseHistory({held});
+        viewModel.presentReading(held, clock.now());
+        std::optional<Date> planned;
+        if (given.plannedIn)
+            planned = clock.now() + Seconds{*given.plannedIn};
+        coordinator->resume(service, GlucoseProvider::dexcom,
+                            {.progress = {.nextPollDate = planned}, .glucoseHistory = {held}});
+        const Date from = clock.now();
+        const std::size_t before = service->fetches.size();
+        clock.runReady();
+        if (service->fetches.size() == before) {
+            EXPECT_EQ(state().presentedReading, held);
+            EXPECT_FALSE(state().activity);
+            (void)untilNextFetch();
+        }
+        EXPECT_EQ(service->fetches.size(), before + 1);
+        EXPECT_NEAR((service->fetches.back() - from).count(), given.expected, 0.01);
+        clock.runReady();
+        EXPECT_NE(std::ranges::find(state().glucoseHistory, held), state().glucoseHistory.end());
+        ASSERT_TRUE(progress);
+        EXPECT_GT(*progress->nextPollDate, clock.now());
+        coordinator->stop();
+        clock.advance(Seconds{2});
+    }
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, aRunThatGoesOnKeepsToWhatTheServiceAskedFor)
+{
+    const Date now = clock.now();
+    const std::vector held{reading(now)};
+    coordinator->resume(
+        service, GlucoseProvider::dexcom,
+        {.progress = {.nextPollDate = now, .retryNotBefore = now + Seconds{120}}, .glucoseHistory = held});
+    refresh();
+    EXPECT_TRUE(service->fetches.empty()) << "also at the person's wish";
+    expectFetchIn(120);
+
+    coordinator->resume(service, GlucoseProvider::dexcom,
+                        {.progress = {.nextPollDate = now, .requiresAccountAction = true}});
+    clock.advance(Seconds{3600});
+    EXPECT_EQ(service->fetches.size(), 1U);
+    coordinator->reconnect();
+    clock.runReady();
+    EXPECT_EQ(service->fetches.size(), 2U);
+    EXPECT_FALSE(progress->requiresAccountAction);
+
+    // One sign-in was refused elsewhere: one is left.
+    failWith(Kind::credentialsRefused);
+    service->onSignIn = [] {
+        return ScriptedGlucoseAPI::SignedIn{std::unexpect, failure(Kind::credentialsRefused).error()};
+    };
+    coordinator->resume(service, GlucoseProvider::dexcom, {.progress = {.refusedSignIns = 1}});
+    clock.advance(Seconds{60});
+    EXPECT_TRUE(progress->requiresAccountAction);
+    EXPECT_EQ(service->signIns.size(), 0U);
+    succeed();
+
+    // Beside another process, whatever anybody wishes.
+    service->fetches.clear();
+    coordinator->resume(
+        service, GlucoseProvider::dexcom,
+        {.progress = {.nextPollDate = clock.now()}, .glucoseHistory = held, .fetchSpacing = 60s});
+    for (int second = 0; second < 600; ++second) {
+        refresh();
+        clock.advance(Seconds{1});
+    }
+    EXPECT_GE(shortestSpacing(), Seconds{60});
+    EXPECT_GE(service->fetches.size(), 9U);
+}
+
 TEST_F(StatusBarPollingCoordinatorTest, chasesAReadingThatIsLateAndKeepsTheOldOneAgeing)
 {
     runToFirstReading();
