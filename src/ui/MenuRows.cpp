@@ -123,12 +123,12 @@ private:
 
 class ActionRow final : public MenuRow {
 public:
-    explicit ActionRow(const ChosenHandler& chosen)
-        : button_{new ActionButton{[this, chosen] { chosen(command_); }}}
+    explicit ActionRow(ChosenHandler chosen)
+        : chosen_{std::move(chosen)}, button_{new ActionButton{[this] { chosen_(command_); }}}
     {
-        auto* const layout = new QVBoxLayout{this};
-        layout->setContentsMargins({});
-        layout->addWidget(button_);
+        setLayout(new QVBoxLayout);
+        layout()->setContentsMargins({});
+        layout()->addWidget(button_);
     }
 
     void setItem(const MenuItem& item) override
@@ -144,6 +144,7 @@ public:
     [[nodiscard]] QString searchText() const override { return button_->text(); }
 
 private:
+    ChosenHandler chosen_;
     MenuCommand command_ = MenuCommand::none;
     ActionButton* button_;
 };
@@ -276,9 +277,10 @@ protected:
 
 class LastUpdateRow final : public MenuRow {
 public:
-    explicit LastUpdateRow(const ChosenHandler& chosen)
-        : words_{new QLabel},
-          refresh_{new FlatButton{QAccessible::PushButton, [this, chosen] { chosen(command_); }}}
+    explicit LastUpdateRow(ChosenHandler chosen)
+        : chosen_{std::move(chosen)},
+          words_{new QLabel},
+          refresh_{new FlatButton{QAccessible::PushButton, [this] { chosen_(command_); }}}
     {
         words_->setTextFormat(Qt::PlainText);
         refresh_->setText(
@@ -302,6 +304,7 @@ public:
     [[nodiscard]] QString searchText() const override { return refresh_->text(); }
 
 private:
+    ChosenHandler chosen_;
     MenuCommand command_ = MenuCommand::none;
     QLabel* words_;
     FlatButton* refresh_;

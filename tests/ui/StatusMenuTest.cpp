@@ -29,7 +29,7 @@ GlucoseGraphContent graphOf(GraphTimeWindow window)
 class StatusMenuTest : public testing::Test {
 protected:
     StatusMenuTest() { show(state); }
-    ~StatusMenuTest() override { QApplication::setFont(font); }
+    void TearDown() override { QApplication::setFont(font); }
 
     void show(const StatusBarState& next)
     {
