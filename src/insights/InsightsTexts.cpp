@@ -67,6 +67,19 @@ std::string_view bandTitle(InsightsBand band)
     std::unreachable();
 }
 
+std::string insightsDurationText(Seconds duration)
+{
+    const auto minutes = std::chrono::round<std::chrono::minutes>(duration).count();
+    const auto days = minutes / 1440;
+    const auto hours = minutes % 1440 / 60;
+    if (days > 0)
+        return fmt::format("{} day{}{}", days, days == 1 ? "" : "s",
+                           hours ? fmt::format(" {} h", hours) : "");
+    if (hours > 0)
+        return fmt::format("{} h{}", hours, minutes % 60 ? fmt::format(" {} min", minutes % 60) : "");
+    return fmt::format("{} min", minutes);
+}
+
 std::string agpExplanation(GlucoseUnits unit)
 {
     return fmt::format(

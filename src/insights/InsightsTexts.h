@@ -32,6 +32,9 @@ inline constexpr std::string_view insightsBandsExplanation =
 /// "Very low" and so on.
 [[nodiscard]] std::string_view bandTitle(InsightsBand band);
 
+/// "13 days 23 h", "1 h 5 min", "20 min": the two largest units.
+[[nodiscard]] std::string insightsDurationText(Seconds duration);
+
 /// How the profile is read and how it is built.
 inline constexpr std::string_view agpConstructionTitle = "How the profile is built";
 [[nodiscard]] std::string agpExplanation(GlucoseUnits unit);

@@ -120,20 +120,6 @@ std::string localText(Date date, TimeZone zone)
     return text;
 }
 
-/// "13 days 23 h", "1 h 5 min", "20 min": the two largest units.
-std::string durationText(Seconds duration)
-{
-    const auto minutes = std::chrono::round<std::chrono::minutes>(duration).count();
-    const auto days = minutes / 1440;
-    const auto hours = minutes % 1440 / 60;
-    if (days > 0)
-        return fmt::format("{} day{}{}", days, days == 1 ? "" : "s",
-                           hours ? fmt::format(" {} h", hours) : "");
-    if (hours > 0)
-        return fmt::format("{} h{}", hours, minutes % 60 ? fmt::format(" {} min", minutes % 60) : "");
-    return fmt::format("{} min", minutes);
-}
-
 constexpr int barCells = 20;
 constexpr int labelWidth = 24;
 
@@ -205,7 +191,7 @@ private:
         add("\nTime in ranges, {}", rawValue(unit_));
         for (const auto& [band, count, fraction] : std::views::reverse(summary().bands))
             add("  {:11}{:20}{:>5.1f} %  {:>12} a day  {}", bandTitle(band), bandLimits(band, unit_),
-                fraction * 100, durationText(Seconds{fraction * 86'400}), bar(fraction));
+                fraction * 100, insightsDurationText(Seconds{fraction * 86'400}), bar(fraction));
         add("  {}\n", insightsBandsExplanation);
     }
 
@@ -233,8 +219,8 @@ private:
                gmiExplanation(figures.gmi, unit_));
         figure("Time active",
                fmt::format("{:.1f} %, {} of {}", report_.result.timeActivePercent,
-                           durationText(figures.coverage.coveredDuration),
-                           durationText(figures.coverage.totalDuration)),
+                           insightsDurationText(figures.coverage.coveredDuration),
+                           insightsDurationText(figures.coverage.totalDuration)),
                {});
     }
 
@@ -257,7 +243,7 @@ private:
             std::string line = fmt::format("  {} {:18}{:>5}", lows ? "Below" : "Above",
                                            value(thresholds[static_cast<std::size_t>(kind)]), count);
             if (count > 0)
-                line += fmt::format("  longest {}", durationText(longest));
+                line += fmt::format("  longest {}", insightsDurationText(longest));
             if (extended > 0)
                 line += fmt::format(", over 2 hours: {}", extended);
             add("{}", line);
