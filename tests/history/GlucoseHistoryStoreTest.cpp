@@ -238,6 +238,47 @@ TEST_F(GlucoseHistoryStoreTest, aLateSaveNeverLandsBehindADeletionOrInAnotherSco
     EXPECT_EQ(save(store, storyNow + 6 * oneHour).value_or(9), 1U);
 }
 
+/// Lets something happen within a call to the secret store.
+class InterruptedKeychain final : public KeychainItemStoring {
+public:
+    explicit InterruptedKeychain(KeychainItemStoring& items) : items_{items} {}
+    KeychainLookup read(std::string_view service, std::string_view account) override
+    {
+        KeychainLookup found = items_.read(service, account);
+        if (const auto happens = std::exchange(afterRead, nullptr))
+            happens();
+        return found;
+    }
+    std::int32_t write(std::string_view service, std::string_view account, const SecretText& data) override
+    {
+        return items_.write(service, account, data);
+    }
+    std::int32_t remove(std::string_view service, std::string_view account) override
+    {
+        return items_.remove(service, account);
+    }
+    std::function<void()> afterRead{};
+
+private:
+    KeychainItemStoring& items_;
+};
+
+TEST_F(GlucoseHistoryStoreTest, aKeyThatChangesWhileTheLockIsAwaitedSealsNothing)
+{
+    EXPECT_TRUE(store.deleteAttached(storyNow));
+    EXPECT_TRUE(store.enable(90, 1, storyNow));
+    InterruptedKeychain keychain{world.keychain};
+    GlucoseHistoryStore slow{
+        {.root = world.root, .files = world.files, .keychain = keychain, .random = world.random}};
+    EXPECT_TRUE(slow.attach(anna));
+    keychain.afterRead = [&] {
+        EXPECT_TRUE(store.deleteAttached(storyNow));
+        EXPECT_TRUE(store.enable(90, 1, storyNow + Seconds{1}));
+    };
+    EXPECT_EQ(save(slow, storyNow + oneHour).value_or(9), 1U);
+    EXPECT_EQ(count(store), 1U);
+}
+
 TEST_F(GlucoseHistoryStoreTest, whatNoFileCanHoldDoesNotSpoilTheDay)
 {
     std::vector<GlucoseReading> readings(5, readingAt(storyNow + oneHour));
@@ -302,9 +343,13 @@ TEST(LegacyHistory, aDamagedDayStaysWithItsKeyAndTheFirstAccountInheritsTheRest)
     GlucoseHistoryStore store{world.parts()};
     EXPECT_TRUE(store.recover(storyNow));
     EXPECT_TRUE(store.attach(anna));
+    world.plan = {.kind = FaultPlan::Kind::error, .forEver = true, .status = keychainStatus::notAvailable};
+    EXPECT_TRUE(store.snapshot(dateFromUnix(0), endOfTime));
+    EXPECT_EQ(store.status().problem, keychainFailure);
+    world.plan = {};
     const auto all = store.snapshot(dateFromUnix(0), endOfTime);
     ASSERT_TRUE(all);
-    EXPECT_EQ(all->readings.size(), 2U);
+    EXPECT_EQ(all->readings.size(), 2U) << "what could not be inherited before is so without another start";
     EXPECT_EQ(all->configuration.collectionStartedAt, storyNow - dayLength);
     EXPECT_EQ(store.status().problem, unreadableHistory);
     EXPECT_EQ(world.files.files().at((world.root / "20769.history").string()), damaged);

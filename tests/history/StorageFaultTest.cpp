@@ -451,6 +451,11 @@ struct Sweep {
                                                                 : found->second == secret)
                 << "a key was destroyed";
         }
+        for (const HistoryScopeID& scope : everybody)
+            for (const auto& [path, bytes] : files)
+                EXPECT_FALSE(path.ends_with(".history") && path.contains(scope.text()) &&
+                             run.world.key(historyKeyAccount(scope)).empty())
+                    << "the key went before the days";
         EXPECT_EQ(run.world.files.openHandles(), 0U);
     }
 
