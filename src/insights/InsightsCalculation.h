@@ -33,8 +33,7 @@ inline constexpr double coefficientOfVariationTargetPercent = 36;
 inline constexpr Seconds establishedHistory{std::chrono::hours{14 * 24}};
 
 /// Everything that Insights knows of a period. A pure function: no clock, no I/O, any thread. Linear in the
-/// readings and the hours of the period, apart from one sort by value (and one by time when they come
-/// unsorted).
+/// readings and the hours of the period, apart from a sort by time when the readings come unsorted.
 ///
 /// Mean: sum of value x duration by sum of durations; standard deviation: of the population, weighted
 /// likewise, in two passes; GMI from the mean (InsightsGMI). All sums are compensated.

@@ -200,6 +200,8 @@ ExitCode reportOnHistory(const InsightsOptions& options, const Request& request)
     if (!session)
         return report(session.error());
     const Date now = (*session)->now();
+    if (request.from && *request.from >= now)
+        return report({ExitCode::usage, "The period begins in the future."});
     const auto days = static_cast<double>(options.days.value_or(usualDays));
     const auto period =
         checkedPeriod({request.from.value_or(now - days * day), std::min(now, request.to.value_or(now))});
