@@ -100,9 +100,11 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
     // The owner, when it is another process.
     QVariantMap properties{};
     std::vector<GlucoseReading> history{};
-    bool synced = false;  ///< Properties and history are what the owner last told.
-    bool silent = false;  ///< It did not answer.
+    bool synced = false;   ///< Properties and history are what the owner last told.
+    bool silent = false;   ///< It did not answer.
+    bool refused = false;  ///< It answered with an error.
     bool allWanted = false;
+    bool asking = false;  ///< What is wanted will be seen to.
     std::optional<Date> wantedSince{};
 
     Task<void> deciding{};
@@ -144,7 +146,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
         }
         properties.clear();
         history.clear();
-        synced = silent = allWanted = false;
+        synced = silent = refused = allWanted = asking = false;
         wantedSince.reset();
     }
 
@@ -311,7 +313,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
 
     void sync()
     {
-        if (!syncing.running())
+        if (!std::exchange(asking, true))
             syncing = startTask(main, sync(shared_from_this(), generation));
     }
 
@@ -337,7 +339,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
                 if (self->generation != asked)
                     co_return;
                 if (!isReply(answer, "a{sv}")) {
-                    self->ownerIsSilent();
+                    self->hadNoAnswer(answer);
                     continue;  // It may have spoken meanwhile.
                 }
                 QVariantMap told = knownProperties(qdbus_cast<QVariantMap>(answer->arguments().at(0)));
@@ -346,7 +348,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
                 if (!self->isOurs())
                     continue;
                 if (nothingNew) {
-                    self->expectWord();
+                    self->tell();
                     continue;
                 }
                 self->synced = false;
@@ -362,7 +364,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
                 co_return;
             auto readings = answer ? readingsIn(*answer, self->clock.now()) : std::nullopt;
             if (!readings) {
-                self->ownerIsSilent();
+                self->hadNoAnswer(answer);
                 continue;
             }
             self->takeReadings(since, std::move(*readings));
@@ -374,6 +376,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
             else
                 self->tell();
         }
+        self->asking = false;
     }
 
     [[nodiscard]] static uint revisionIn(const QVariantMap& map)
@@ -480,7 +483,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
                 1000);
             wantedSince = std::max(Date{}, std::min(since, wantedSince.value_or(since)));
             sync();
-        } else if (!syncing.running()) {
+        } else if (!asking) {
             tell();
         }
     }
@@ -488,7 +491,7 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
     /// The owner has spoken; when is it going to again?
     void expectWord()
     {
-        silent = false;
+        silent = refused = false;
         const Date now = clock.now();
         const auto next = followedState(properties, now).progress.nextPollDate;
         const Seconds owed = next ? *next - now + owedPatience : longestSilence;
@@ -512,10 +515,23 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
             self->wantAll();
     }
 
-    void ownerIsSilent()
+    void hadNoAnswer(const std::optional<QDBusMessage>& answer)
     {
         synced = false;
         wantedSince.reset();
+        // Who is about to leave answers with an error, and then a signal says who has the name.
+        const bool leaving = answer && answer->type() == QDBusMessage::ErrorMessage && !refused;
+        if (leaving && options.kind == SharingKind::watcher) {
+            refused = true;
+            watch(owedPatience);
+        } else {
+            watch(silentRetry);
+            ownerIsSilent();
+        }
+    }
+
+    void ownerIsSilent()
+    {
         if (options.kind == SharingKind::asker || (!canPoll && !role)) {
             setRole(PollingRole::polls);
             return;
@@ -523,7 +539,6 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
         if (!std::exchange(silent, true))
             log.warning("The process that asks the service does not answer");
         requestName(true);
-        watch(silentRetry);
     }
 
     // --- Owning ---
