@@ -18,7 +18,11 @@ public:
     explicit FakePanel(TestBus& bus);
     ~FakePanel() override;
 
-    bool hostRegistered() const { return showsItems; }
+    bool hostRegistered()
+    {
+        hostAsked = true;
+        return showsItems;
+    }
 
     /// Of the item.
     QVariant property(const QString& name);
@@ -34,6 +38,7 @@ public:
     bool refuses = false;
     bool neverAnswers = false;
     bool showsItems = true;  ///< Or only collects them.
+    bool hostAsked = false;  ///< Whether it does.
 
 public Q_SLOTS:
     Q_SCRIPTABLE void RegisterStatusNotifierItem(const QString& item, const QDBusMessage& message);
