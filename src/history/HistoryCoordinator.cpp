@@ -156,9 +156,10 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         needsReload = needsReload || !token;
         needsRecovery = needsRecovery || lastProblem == GlucoseHistoryError::deletionIncomplete;
         for (auto& reading : readings) {
-            const auto known = saved.find(keyOf(reading));
+            const ReadingKey key = keyOf(reading);
+            const auto known = saved.find(key);
             if (known == saved.end() || known->second != reading)
-                unsaved.insert_or_assign(keyOf(reading), Unsaved{std::move(reading), fetchedAt});
+                unsaved.insert_or_assign(key, Unsaved{std::move(reading), fetchedAt});
         }
         bound(unsaved);
         wake();
@@ -208,8 +209,11 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         auto call = [recovers, attaches, scope = self->scope,
                      now = self->parts.clock.now()](GlucoseHistoryStore& store) {
             // What cannot be ended now is told by the status; the account's own history may be well.
-            if (recovers)
-                (void)store.recover(now);
+            if (recovers) {
+                const auto recovered = store.recover(now);
+                if (!recovered)
+                    historyLog.warning(std::string{description(recovered.error())});
+            }
             return attaches ? errorOf(store.attach(scope)) : errorOf(store.reload());
         };
         const Outcome outcome = co_await run(self, std::move(call));

@@ -21,7 +21,8 @@ std::string exportedTime(Date date)
 {
     const auto total = std::llround(unixSeconds(date) * 1000);
     const auto milliseconds = ((total % 1000) + 1000) % 1000;
-    std::string text = isoText(dateFromUnix(static_cast<double>((total - milliseconds) / 1000)));
+    const auto seconds = (total - milliseconds) / 1000;
+    std::string text = isoText(dateFromUnix(static_cast<double>(seconds)));
     if (milliseconds == 0)
         return text;
     text.pop_back();  // The "Z".

@@ -468,7 +468,7 @@ struct HistoryImportReader::Impl {
         GlucoseProvider source;
     };
 
-    explicit Impl(Options given) : options{std::move(given)} {}
+    explicit Impl(const Options& given) : options{given} {}
 
     bool feed(std::string_view bytes)
     {
@@ -957,9 +957,7 @@ struct HistoryImportReader::Impl {
     JsonEntries entries{[this](std::size_t line, std::string_view text) { return onJsonEntry(line, text); }};
 };
 
-HistoryImportReader::HistoryImportReader(Options options) : impl_{std::make_unique<Impl>(std::move(options))}
-{
-}
+HistoryImportReader::HistoryImportReader(const Options& options) : impl_{std::make_unique<Impl>(options)} {}
 
 HistoryImportReader::~HistoryImportReader() = default;
 

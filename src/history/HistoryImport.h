@@ -98,7 +98,7 @@ public:
         std::optional<DateOrder> dateOrder{};
         GlucoseProvider source = GlucoseProvider::dexcom;  ///< Of rows that name none.
     };
-    explicit HistoryImportReader(Options options);
+    explicit HistoryImportReader(const Options& options);
     ~HistoryImportReader();
     HistoryImportReader(const HistoryImportReader&) = delete;
     HistoryImportReader& operator=(const HistoryImportReader&) = delete;

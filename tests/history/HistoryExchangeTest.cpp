@@ -19,7 +19,7 @@ using Options = HistoryImportReader::Options;
 HistoryImportFile read(std::string_view text, Options options = {}, std::size_t piece = 4096)
 {
     options.now = now;
-    HistoryImportReader reader{std::move(options)};
+    HistoryImportReader reader{options};
     for (std::size_t at = 0; at < text.size() && reader.feed(text.substr(at, piece)); at += piece) {
     }
     return reader.finish();
