@@ -539,6 +539,62 @@ TEST_F(CommandLineTest, aTestAlertReachesTheDesktop)
     EXPECT_TRUE(failed.errors.contains("tidewell: Test alert could not be sent.")) << failed.errors;
 }
 
+TEST_F(CommandLineTest, watchersAndShortCommandsShareOnePollerAndTheNextOneTakesOver)
+{
+    ASSERT_NO_FATAL_FAILURE(startService());
+    ASSERT_EQ(signIn(service->account().password).code, 0);
+    int count = 1;
+    std::string name{"test"};
+    char* values[] = {name.data(), nullptr};
+    const QCoreApplication application{count, values};
+    TestBus bus;
+    QDBusConnection client = bus.connect();
+    environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address().toStdString();
+    const QString tidewell = QStringLiteral("org.tidewell.Tidewell");
+    const auto owner = [&] {
+        QDBusMessage call =
+            QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                           "org.freedesktop.DBus", "GetConnectionUnixProcessID");
+        call << tidewell;
+        return callAndWait(client, call).arguments().value(0).toInt();
+    };
+    const auto watch = [&](const std::string& file) {
+        const int output = ::open((home / file).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        const pid_t child = start({"watch", "--format", "json"}, {}, output);
+        ::close(output);
+        return child;
+    };
+    /// What it shows, apart from when it was printed; empty without a reading.
+    const auto shown = [&](const std::string& file) -> std::string {
+        const std::string all = contents(home / file);
+        const auto line = all.rfind("\"statusTitle\"");
+        return all.ends_with('\n') && all.find("\"mgdL\"", line) != std::string::npos ? all.substr(line) : "";
+    };
+
+    const pid_t first = watch("first");
+    ASSERT_TRUE(runUntil([&] { return owner() == first; }));
+    // Instead of its own first request, some seconds later.
+    (void)callAndWait(
+        client, QDBusMessage::createMethodCall(tidewell, "/org/tidewell/Tidewell", tidewell, "Refresh"));
+    ASSERT_TRUE(runUntil([&] { return !shown("first").empty(); }));
+
+    // From here on nobody could answer a request.
+    service.reset();
+    const pid_t second = watch("second");
+    ASSERT_TRUE(runUntil([&] { return !shown("second").empty() && shown("second") == shown("first"); }));
+    const auto once = run({"watch", "--once", "--format", "json"});
+    EXPECT_EQ(once.code, 0) << once.errors;
+    EXPECT_TRUE(once.output.ends_with(shown("first"))) << once.output;
+    EXPECT_EQ(run({"graph"}).code, 0);
+
+    ::kill(first, SIGKILL);
+    EXPECT_TRUE(runUntil([&] { return owner() == second; }));
+    (void)finish(first);
+    ::kill(second, SIGTERM);
+    EXPECT_EQ(finish(second).code, 0);
+    EXPECT_EQ(contents(home / "second").find("currentError\":{"), std::string::npos);
+}
+
 TEST_F(CommandLineTest, badSurroundingsGetOneClearLine)
 {
     environment["TIDEWELL_ENDPOINTS"] = (home / "absent.json").string();
