@@ -6,6 +6,7 @@
 #include <ranges>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "history/GlucoseHistoryAccount.h"
@@ -66,7 +67,7 @@ public:
     ~HistoryLock()
     {
         if (files_)
-            static_cast<void>(files_->close(handle_));
+            std::ignore = files_->close(handle_);
     }
 
 private:
@@ -432,7 +433,7 @@ struct GlucoseHistoryStore::Impl {
                 return Failure{deletionIncomplete};  // It goes with the rest.
             const auto moved = legacy.moveInto(account(heir), heir, folderOf(heir));
             if (heir == attached)
-                static_cast<void>(currentConfiguration());
+                std::ignore = currentConfiguration();
             return moved;
         };
         const auto result = noted(Area::migration, migrateNow());
@@ -447,9 +448,9 @@ struct GlucoseHistoryStore::Impl {
         if (!migrationDue || !attached)
             return;
         if (const auto turn = begin())
-            static_cast<void>(migrate(turn->manifest));
+            std::ignore = migrate(turn->manifest);
         else
-            static_cast<void>(noted(Area::migration, Result<void>{Failure{turn.error()}}));
+            std::ignore = noted(Area::migration, Result<void>{Failure{turn.error()}});
     }
 
     // --- Deletion
@@ -1105,7 +1106,7 @@ Result<GlucoseHistorySnapshot> GlucoseHistoryStore::snapshot(Date begin, Date en
 {
     auto snapshot = impl_->noted(Area::reading, impl_->snapshot(begin, end));
     if (snapshot && !snapshot->unreadableDays.empty())
-        static_cast<void>(impl_->noted(Area::reading, Result<void>{Failure{unreadableHistory}}));
+        std::ignore = impl_->noted(Area::reading, Result<void>{Failure{unreadableHistory}});
     return snapshot;
 }
 
