@@ -110,8 +110,11 @@ bool runUntil(const std::function<bool()>& condition)
 
 QDBusMessage callAndWait(QDBusConnection& bus, const QDBusMessage& message)
 {
-    const QDBusPendingCall call = bus.asyncCall(message);
-    if (!runUntil([&] { return call.isFinished(); }))
+    // The call itself is finished before the event loop has come to the signals that were sent ahead of it.
+    const QDBusPendingCallWatcher call{bus.asyncCall(message)};
+    bool told = false;
+    QObject::connect(&call, &QDBusPendingCallWatcher::finished, [&told] { told = true; });
+    if (!runUntil([&] { return told; }))
         return QDBusMessage::createError(QDBusError::NoReply, QStringLiteral("the test waited too long"));
     return call.reply();
 }
