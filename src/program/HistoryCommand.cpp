@@ -12,13 +12,14 @@ namespace {
 /// What a person agrees to by `history enable`. A change of its meaning raises currentConsentVersion.
 constexpr std::string_view disclosure =
     "Saved history\n"
-    "  What   Each glucose reading that Tidewell fetches from now on for this account and person: value, "
-    "trend,\n"
-    "         time. Readings from before are not saved.\n"
-    "  Where  On this computer only, encrypted. The key is in your keyring. Nothing is ever uploaded.\n"
-    "  How long  {} days; older readings are removed. \"tidewell history retention 30\" or 90 changes that.\n"
-    "  To stop   \"tidewell history disable\"; what is saved stays.\n"
-    "  To delete \"tidewell history delete\"; it removes the readings and then their key.\n";
+    "  What       Each glucose reading that Tidewell fetches from now on for this account and person: "
+    "value,\n"
+    "             trend and time. Nothing from before.\n"
+    "  Where      On this computer only, encrypted. The key is in your keyring. Nothing is ever uploaded.\n"
+    "  How long   {} days; older readings are removed. \"tidewell history retention\" with 30 or 90 changes "
+    "that.\n"
+    "  To stop    \"tidewell history disable\"; what is saved stays.\n"
+    "  To delete  \"tidewell history delete\"; it removes the readings, and their key last.\n";
 
 /// Far beyond any retention, in both directions.
 constexpr Seconds fourMonths{120.0 * 86400};
@@ -130,11 +131,6 @@ void printFindings(const HistoryFindings& findings, const std::filesystem::path&
     fmt::print("Where: {}, encrypted; the key is in the keyring\n", root.string());
 }
 
-std::string sayOn(const GlucoseHistoryConfiguration& configuration)
-{
-    return fmt::format("Saving is on. Readings are kept for {} days.\n", configuration.retentionDays);
-}
-
 }  // namespace
 
 ExitCode runHistoryStatus(bool asJson)
@@ -172,8 +168,10 @@ ExitCode runHistoryEnable(const HistoryEnableOptions& options)
     const auto enabled = store.enable(retention, currentConsentVersion, (*session)->now());
     if (!enabled)
         return report(commandError(enabled.error()));
-    (*session)->announceChange();
-    fmt::print("{}", sayOn(enabled->configuration));
+    const auto told = (*session)->announceChange();
+    fmt::print("Saving is on. Readings are kept for {} days.\n", enabled->configuration.retentionDays);
+    if (told == SingleInstance::SendResult::notRunning)
+        fmt::print("Tidewell is not running; it saves while it runs, and so does \"tidewell watch\".\n");
     return ExitCode::good;
 }
 

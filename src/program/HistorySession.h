@@ -25,7 +25,10 @@ public:
     [[nodiscard]] Date now() { return session_->clock().now(); }
     [[nodiscard]] const std::filesystem::path& root() const { return root_; }
     /// Tells a running application that saved history changed.
-    void announceChange() { (void)session_->announceChange(InstanceWord::historyChanged); }
+    SingleInstance::SendResult announceChange()
+    {
+        return session_->announceChange(InstanceWord::historyChanged);
+    }
 
 private:
     explicit HistorySession(std::unique_ptr<CommandSession> session);
