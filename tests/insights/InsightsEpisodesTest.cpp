@@ -45,10 +45,11 @@ TEST(InsightsEpisodes, beginAfterFifteenMinutesAndEndAfterFifteenMinutesBack)
         {"iiiiii", ""},
         {"illiii", ""},
         {"illliii", "low 5-20"},
-        {"illlii", "low 5-20~"},        // Not seen to be over.
-        {"illliilliii", "low 5-40"},    // Ten minutes back do not end it ...
-        {"illiiillliii", "low 30-45"},  // ... and two short ones are none.
-        {"illilliii", ""},              // Fifteen minutes in a row.
+        {"illlii", "low 5-20~"},          // Not seen to be over.
+        {"illliilliii", "low 5-40"},      // Ten minutes back do not end it ...
+        {"illliilliilliii", "low 5-60"},  // ... nor do two times ten ...
+        {"illiiillliii", "low 30-45"},    // ... and two short ones are none.
+        {"illilliii", ""},                // Fifteen minutes in a row.
         {"illliiillliii", "low 5-20, low 35-50"},
         {"ilvvvliii", "low 5-30, veryLow 10-25"},
         {"ivvviii", "low 5-20, veryLow 5-20"},
@@ -75,6 +76,12 @@ TEST(InsightsEpisodes, takeTheJitterOfASensorsClockForNothing)
         EXPECT_FALSE(found(drawn("i" + std::string(24, 'l') + "iii", step)).ends_with('!')) << step;
         EXPECT_TRUE(found(drawn("i" + std::string(25, 'l') + "iii", step)).ends_with('!')) << step;
     }
+}
+
+TEST(InsightsEpisodes, takeMoreThanJitterForAGap)
+{
+    EXPECT_EQ(found(drawn("illliii", 340)), "");
+    EXPECT_EQ(found(drawn("illliii", 280)), "");  // Fourteen minutes.
 }
 
 TEST(InsightsEpisodes, nameTheExtreme)
