@@ -54,7 +54,7 @@ const Palette& palette(GraphTheme theme)
                                .mark{29, 29, 31},
                                .column{0, 104, 181},
                                .sparseColumn{196, 110, 0},
-                               .bands{QColor{130, 10, 36}, QColor{214, 60, 60}, QColor{30, 132, 73},
+                               .bands{QColor{130, 10, 36}, QColor{224, 98, 94}, QColor{30, 132, 73},
                                       QColor{214, 140, 0}, QColor{150, 66, 0}}};
     static const Palette dark{.background{30, 31, 34},
                               .text{242, 242, 245},
@@ -453,6 +453,12 @@ double bandRowHeight(const InsightsChartStyle& style)
 double bandBarHeight(const InsightsChartStyle& style) { return 26 * style.textScale; }
 double bandBarGap(const InsightsChartStyle& style) { return 8 * style.textScale; }
 
+/// The longest is that of the high band.
+QString limitsText(InsightsBand band, const InsightsChartStyle& style)
+{
+    return text(bandLimits(band, style.unit)) + u' ' + text(rawValue(style.unit));
+}
+
 /// The segments of the bar: by share, but wide enough to be seen.
 std::array<QRectF, 5> bandSegments(const QRectF& area, const std::array<InsightsBandSummary, 5>& bands,
                                    const InsightsChartStyle& style)
@@ -516,7 +522,7 @@ void paintInsightsBands(QPainter& painter, const QRectF& area,
     const double rowHeight = bandRowHeight(style);
     const double side = 0.8 * metrics.height();
     const double nameWidth = metrics.horizontalAdvance(QStringLiteral("Very high")) + 2.4 * side;
-    const double limitsWidth = metrics.horizontalAdvance(QStringLiteral("above 888 to 888 mg/dL")) + side;
+    const double limitsWidth = metrics.horizontalAdvance(limitsText(InsightsBand::high, style)) + side;
     const double shareWidth = metrics.horizontalAdvance(QStringLiteral("100.0%")) + 2 * side;
     painter.fillRect(QRectF{area.left(), area.top(), area.width(), bandBarHeight(style)}, colors.grid);
     for (std::size_t i = 0; i < bands.size(); ++i) {
@@ -548,8 +554,7 @@ void paintInsightsBands(QPainter& painter, const QRectF& area,
             QString::fromStdString(fmt::format("{:.1f}%", bands[i].fraction * 100)));
         painter.setFont(chartFont(style));
         painter.setPen(colors.faintText);
-        put(nameWidth + shareWidth + side, limitsWidth, Qt::AlignLeft,
-            text(bandLimits(bands[i].band, style.unit)) + u' ' + text(rawValue(style.unit)));
+        put(nameWidth + shareWidth + side, limitsWidth, Qt::AlignLeft, limitsText(bands[i].band, style));
         const double rest = nameWidth + shareWidth + side + limitsWidth;
         const QString perDay = QString::fromStdString(
             fmt::format("{} a day", insightsDurationText(Seconds{bands[i].fraction * secondsPerDay})));
