@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <expected>
@@ -15,6 +14,9 @@
 
 #include "history/CsvReader.h"
 #include "history/HistoryExport.h"
+#include "history/ImportColumns.h"
+#include "history/ImportStamp.h"
+#include "history/JsonEntries.h"
 #include "sources/ReadingLimits.h"
 #include "support/Json.h"
 
@@ -28,8 +30,6 @@ constexpr std::size_t mostTrends = 256;
 constexpr std::size_t longestTrend = 64;
 /// Lines above the header of a LibreView report.
 constexpr std::size_t mostPreambleRecords = 10;
-constexpr std::size_t longestJsonEntry = 64 * 1024;
-constexpr std::size_t longestJsonSkeleton = 16 * 1024 * 1024;
 
 constexpr double usualDuration = 300;    ///< s
 constexpr double longestDuration = 900;  ///< s
@@ -56,149 +56,6 @@ template <class... T>
 bool isOneOf(std::string_view value, T... wanted)
 {
     return ((value == wanted) || ...);
-}
-
-/// Where the columns of a CSV file stand.
-struct Columns {
-    HistoryFileFormat format{};
-    std::size_t count = 0;
-    std::optional<std::size_t> time{};
-    std::optional<std::size_t> epoch{};
-    std::optional<std::size_t> mgdL{};
-    std::optional<std::size_t> mmolL{};
-    std::optional<std::size_t> trend{};
-    std::optional<std::size_t> duration{};
-    std::optional<std::size_t> source{};
-    std::optional<std::size_t> kind{};  ///< Event or record type.
-    std::optional<std::size_t> scan{};  ///< Beside mgdL or mmolL, in the same unit.
-};
-
-/// A moment as a file writes it.
-struct Stamp {
-    enum class Form : std::uint8_t { absolute, yearFirst, dayFirst, unknownOrder };
-    Form form = Form::absolute;
-    std::uint8_t first = 0;   ///< The month of yearFirst, else the number that stands first.
-    std::uint8_t second = 0;  ///< The other of month and day.
-    std::int16_t year = 0;
-    double seconds = 0;  ///< Since 1970 for absolute, else since midnight.
-};
-
-class Digits {
-public:
-    explicit Digits(std::string_view text) : rest_{text} {}
-    /// A number of one to `most` digits.
-    std::optional<int> number(std::size_t least, std::size_t most)
-    {
-        std::size_t count = 0;
-        int value = 0;
-        while (count < most && count < rest_.size() && rest_[count] >= '0' && rest_[count] <= '9')
-            value = value * 10 + (rest_[count++] - '0');
-        if (count < least)
-            return {};
-        rest_.remove_prefix(count);
-        return value;
-    }
-    bool accept(std::string_view oneOf)
-    {
-        if (rest_.empty() || !oneOf.contains(rest_.front()))
-            return false;
-        rest_.remove_prefix(1);
-        return true;
-    }
-    [[nodiscard]] std::string_view rest() const { return rest_; }
-
-private:
-    std::string_view rest_;
-};
-
-/// "14:05", "14:05:59.5", "2:05 PM": seconds since midnight.
-std::optional<double> timeOfDay(Digits digits)
-{
-    const auto hour = digits.number(1, 2);
-    if (!hour || !digits.accept(":"))
-        return {};
-    const auto minute = digits.number(2, 2);
-    if (!minute || *minute > 59)
-        return {};
-    double seconds = 0;
-    if (digits.accept(":")) {
-        const auto whole = digits.number(2, 2);
-        if (!whole || *whole > 59)
-            return {};
-        seconds = *whole;
-        if (digits.accept(".")) {
-            const auto milliseconds = digits.number(1, 3);
-            if (!milliseconds)
-                return {};
-            seconds += *milliseconds / 1000.0;
-        }
-    }
-    int hours = *hour;
-    if (digits.accept(" ")) {
-        const std::string half = lowerCased(digits.rest());
-        if (!isOneOf(half, "am", "pm") || hours < 1 || hours > 12)
-            return {};
-        hours = hours % 12 + (half == "pm" ? 12 : 0);
-    } else if (!digits.rest().empty()) {
-        return {};
-    }
-    if (hours > 23)
-        return {};
-    return hours * 3600.0 + *minute * 60.0 + seconds;
-}
-
-/// ISO 8601 with or without a zone, 'T' or a space between date and time.
-std::optional<Stamp> isoStamp(std::string_view text)
-{
-    std::string iso{text};
-    if (iso.size() > 10 && iso[10] == ' ')
-        iso[10] = 'T';
-    if (const auto date = dateFromIso(iso))
-        return Stamp{.seconds = unixSeconds(*date)};
-    Digits digits{iso};
-    const auto year = digits.number(4, 4);
-    if (!year || !digits.accept("-/"))
-        return {};
-    const auto month = digits.number(1, 2);
-    if (!month || !digits.accept("-/"))
-        return {};
-    const auto day = digits.number(1, 2);
-    if (!day || !digits.accept("T "))
-        return {};
-    const auto time = timeOfDay(digits);
-    if (!time)
-        return {};
-    return Stamp{.form = Stamp::Form::yearFirst,
-                 .first = static_cast<std::uint8_t>(*month),
-                 .second = static_cast<std::uint8_t>(*day),
-                 .year = static_cast<std::int16_t>(*year),
-                 .seconds = *time};
-}
-
-/// "31-12-2025 14:05", "12/31/2025 2:05 PM", and with dots, which nobody writes month first.
-std::optional<Stamp> reportStamp(std::string_view text)
-{
-    if (const auto stamp = isoStamp(text))
-        return stamp;
-    Digits digits{text};
-    const auto first = digits.number(1, 2);
-    const bool dots = digits.rest().starts_with('.');
-    if (!first || !digits.accept("-/."))
-        return {};
-    const auto second = digits.number(1, 2);
-    if (!second || !digits.accept(dots ? "." : "-/"))
-        return {};
-    const auto year = digits.number(4, 4);
-    if (!year || !digits.accept(" T"))
-        return {};
-    const auto time = timeOfDay(digits);
-    if (!time)
-        return {};
-    return Stamp{.form = dots ? Stamp::Form::dayFirst : Stamp::Form::unknownOrder,
-                 .first = static_cast<std::uint8_t>(*first),
-                 .second = static_cast<std::uint8_t>(*second),
-                 .year = static_cast<std::int16_t>(*year),
-                 .seconds = *time};
 }
 
 /// A field as a number, with a decimal comma where it cannot be anything else.
@@ -229,193 +86,6 @@ bool isPlainText(std::string_view text)
 
 /// The date to the millisecond, as saved history keeps it.
 Date toMilliseconds(double seconds) { return dateFromUnix(std::round(seconds * 1000) / 1000); }
-
-/// The moments at which clocks of a zone show a local time, in order: one, none when the clock skipped it, or
-/// two when it went through it twice.
-std::vector<double> momentsOf(double local, TimeZone zone)
-{
-    // Zones change their offset by less than a day, and not twice within two.
-    const double before = static_cast<double>(zone.offset(dateFromUnix(local - secondsOfDay)).count());
-    const double after = static_cast<double>(zone.offset(dateFromUnix(local + secondsOfDay)).count());
-    std::vector<double> moments;
-    for (const double offset : {std::max(before, after), std::min(before, after)}) {
-        const double moment = local - offset;
-        if (static_cast<double>(zone.offset(dateFromUnix(moment)).count()) == offset &&
-            (moments.empty() || moments.front() != moment))
-            moments.push_back(moment);
-    }
-    return moments;
-}
-
-/// Cuts the JSON form of an export into its entries, so that a large one need not be held whole.
-class JsonEntries {
-public:
-    /// Called with each object or array two levels below the root. False ends the reading.
-    using Sink = std::function<bool(std::size_t line, std::string_view entry)>;
-    explicit JsonEntries(Sink sink) : sink_{std::move(sink)} {}
-
-    /// False when it is too deep or too long to be an export, or the sink ended it.
-    bool take(char c)
-    {
-        if (c == '\n')
-            ++line_;
-        const bool inEntry = stack_.size() > 2;
-        if (!inString_ && !inEntry && (c == ' ' || c == '\n' || c == '\r' || c == '\t'))
-            return true;
-        if (inString_) {
-            keep(c, inEntry);
-            if (escaped_)
-                escaped_ = false;
-            else if (c == '\\')
-                escaped_ = true;
-            else if (c == '"')
-                inString_ = false;
-            return isShort();
-        }
-        inString_ = c == '"';
-        if ((c == '{' || c == '[') && stack_.size() == 2) {
-            skeleton_ += '0';
-            entry_.clear();
-            entryLine_ = line_;
-        }
-        if (c == '{' || c == '[')
-            stack_ += c;
-        keep(c, stack_.size() > 2);
-        if (c == '}' || c == ']') {
-            if (stack_.empty())
-                return false;
-            stack_.pop_back();
-            if (inEntry && stack_.size() == 2) {
-                ++entries_;
-                return sink_(entryLine_, entry_);
-            }
-        }
-        return isShort() && stack_.size() < 16;
-    }
-
-    /// The document with 0 in the place of each entry.
-    [[nodiscard]] const std::string& skeleton() const { return skeleton_; }
-    [[nodiscard]] std::size_t entries() const { return entries_; }
-
-private:
-    void keep(char c, bool inEntry) { (inEntry ? entry_ : skeleton_) += c; }
-    [[nodiscard]] bool isShort() const
-    {
-        return entry_.size() <= longestJsonEntry && skeleton_.size() <= longestJsonSkeleton;
-    }
-
-    Sink sink_;
-    std::string skeleton_;
-    std::string entry_;
-    std::string stack_;  ///< The brackets that are open.
-    bool inString_ = false;
-    bool escaped_ = false;
-    std::size_t line_ = 1;
-    std::size_t entryLine_ = 1;
-    std::size_t entries_ = 0;
-};
-
-/// The column names of a record in lower case.
-std::vector<std::string> namesOf(const std::vector<CsvField>& fields)
-{
-    std::vector<std::string> names;
-    for (const auto& field : fields)
-        names.push_back(lowerCased(field.text));
-    return names;
-}
-
-std::optional<std::size_t> columnNamed(const std::vector<std::string>& names, std::string_view name)
-{
-    const auto found = std::ranges::find(names, name);
-    if (found == names.end())
-        return {};
-    return static_cast<std::size_t>(found - names.begin());
-}
-
-std::optional<std::size_t> columnBeginning(const std::vector<std::string>& names, std::string_view begin)
-{
-    const auto found =
-        std::ranges::find_if(names, [begin](const std::string& name) { return name.starts_with(begin); });
-    if (found == names.end())
-        return {};
-    return static_cast<std::size_t>(found - names.begin());
-}
-
-/// Puts a column whose name holds its unit into its place; false when it names none.
-bool placeByUnit(Columns& columns, const std::vector<std::string>& names, std::size_t at)
-{
-    if (names[at].contains("mg/dl"))
-        columns.mgdL = at;
-    else if (names[at].contains("mmol/l"))
-        columns.mmolL = at;
-    return columns.mgdL || columns.mmolL;
-}
-
-std::optional<Columns> clarityColumns(const std::vector<std::string>& names)
-{
-    Columns columns{.format = HistoryFileFormat::clarityCsv, .count = names.size()};
-    columns.time = columnBeginning(names, "timestamp");
-    columns.kind = columnNamed(names, "event type");
-    const auto value = columnBeginning(names, "glucose value");
-    if (!columns.time || !columns.kind || !value || !placeByUnit(columns, names, *value))
-        return {};
-    return columns;
-}
-
-std::optional<Columns> libreViewColumns(const std::vector<std::string>& names)
-{
-    struct Words {
-        std::string_view time, kind, historic, scan;
-    };
-    constexpr std::array languages{
-        Words{"device timestamp", "record type", "historic glucose", "scan glucose"},
-        Words{"gerätezeitstempel", "aufzeichnungstyp", "glukosewert-verlauf", "glukose-scan"}};
-    for (const auto& words : languages) {
-        Columns columns{.format = HistoryFileFormat::libreViewCsv, .count = names.size()};
-        columns.time = columnNamed(names, words.time);
-        columns.kind = columnNamed(names, words.kind);
-        const auto historic = columnBeginning(names, words.historic);
-        columns.scan = columnBeginning(names, words.scan);
-        if (!columns.time || !columns.kind || !historic || !columns.scan)
-            continue;
-        const bool sameUnit = names[*historic].contains("mg/dl") == names[*columns.scan].contains("mg/dl");
-        if (sameUnit && placeByUnit(columns, names, *historic))
-            return columns;
-    }
-    return {};
-}
-
-std::optional<Columns> genericColumns(const std::vector<std::string>& names)
-{
-    Columns columns{.format = HistoryFileFormat::genericCsv, .count = names.size()};
-    std::string joined;
-    for (const auto& name : names)
-        joined += (joined.empty() ? "" : ",") + name;
-    if (joined == historyCsvHeader)
-        columns.format = HistoryFileFormat::tidewellCsv;
-    columns.time = columnNamed(names, "time");
-    columns.epoch = columnNamed(names, "epoch_s");
-    columns.mgdL = columnNamed(names, "glucose_mgdl");
-    columns.mmolL = columnNamed(names, "glucose_mmoll");
-    columns.trend = columnNamed(names, "trend");
-    columns.duration = columnNamed(names, "sample_duration_s");
-    columns.source = columnNamed(names, "source");
-    if ((!columns.time && !columns.epoch) || (!columns.mgdL && !columns.mmolL))
-        return {};
-    return columns;
-}
-
-/// A column that counts and stands twice.
-std::optional<std::string> ambiguity(const Columns& columns, const std::vector<std::string>& names)
-{
-    if (columns.time && columns.epoch)
-        return "The header names both time and epoch_s. Remove one of the two columns.";
-    for (const auto& at : {columns.time, columns.epoch, columns.mgdL, columns.mmolL, columns.trend,
-                           columns.duration, columns.source, columns.kind, columns.scan})
-        if (at && std::ranges::count(names, names[*at]) > 1)
-            return "The header names the column \"" + names[*at] + "\" twice.";
-    return {};
-}
 
 }  // namespace
 
@@ -462,7 +132,7 @@ struct HistoryImportReader::Impl {
     struct Row {
         double mgdL;
         double duration;
-        Stamp stamp;
+        ImportStamp stamp;
         std::uint32_t line;
         std::uint16_t trend;
         GlucoseProvider source;
@@ -580,7 +250,7 @@ struct HistoryImportReader::Impl {
         for (const char separator : {',', ';', '\t'}) {
             if (!splitCsvRecord(record, separator, fields))
                 continue;
-            const auto names = namesOf(fields);
+            const auto names = columnNames(fields);
             auto found = libreViewColumns(names);
             if (!found && preamble == 1)
                 found = clarityColumns(names);
@@ -660,14 +330,14 @@ struct HistoryImportReader::Impl {
         add(line, *stamp, *value, trend ? trend->text : "", duration, source);
     }
 
-    [[nodiscard]] std::optional<Stamp> stampOf() const
+    [[nodiscard]] std::optional<ImportStamp> stampOf() const
     {
         const CsvField* const given = field(columns->epoch ? columns->epoch : columns->time);
         if (!given)
             return {};
         if (columns->epoch) {
             const auto seconds = numberIn(*given, file.separator);
-            return seconds ? std::optional{Stamp{.seconds = *seconds}} : std::nullopt;
+            return seconds ? std::optional{ImportStamp{.seconds = *seconds}} : std::nullopt;
         }
         return columns->kind ? reportStamp(given->text) : isoStamp(given->text);
     }
@@ -724,8 +394,8 @@ struct HistoryImportReader::Impl {
         return number;
     }
 
-    void add(std::size_t line, const Stamp& stamp, double mgdL, const std::string& trend, double duration,
-             GlucoseProvider source)
+    void add(std::size_t line, const ImportStamp& stamp, double mgdL, const std::string& trend,
+             double duration, GlucoseProvider source)
     {
         const auto number = trendNumber(trend);
         if (!number)
@@ -736,7 +406,7 @@ struct HistoryImportReader::Impl {
             duration = longestDuration;
             ++file.shortened;
         }
-        if (stamp.form == Stamp::Form::unknownOrder) {
+        if (stamp.form == ImportStamp::Form::unknownOrder) {
             sawDayFirst = sawDayFirst || stamp.first > 12;
             sawMonthFirst = sawMonthFirst || stamp.second > 12;
             orderMatters = orderMatters || stamp.first != stamp.second;
@@ -813,10 +483,11 @@ struct HistoryImportReader::Impl {
     }
 
     /// Local seconds since 1970; empty for a day that is none.
-    [[nodiscard]] std::optional<double> localSeconds(const Stamp& stamp) const
+    [[nodiscard]] std::optional<double> localSeconds(const ImportStamp& stamp) const
     {
-        const bool monthFirst = stamp.form == Stamp::Form::yearFirst ||
-                                (stamp.form == Stamp::Form::unknownOrder && order == DateOrder::monthFirst);
+        const bool monthFirst =
+            stamp.form == ImportStamp::Form::yearFirst ||
+            (stamp.form == ImportStamp::Form::unknownOrder && order == DateOrder::monthFirst);
         const unsigned month = monthFirst ? stamp.first : stamp.second;
         const unsigned day = monthFirst ? stamp.second : stamp.first;
         const std::chrono::year_month_day date{std::chrono::year{stamp.year}, std::chrono::month{month},
@@ -829,8 +500,8 @@ struct HistoryImportReader::Impl {
 
     void resolveTimes()
     {
-        const bool local =
-            std::ranges::any_of(rows, [](const Row& row) { return row.stamp.form != Stamp::Form::absolute; });
+        const bool local = std::ranges::any_of(
+            rows, [](const Row& row) { return row.stamp.form != ImportStamp::Form::absolute; });
         if (!resolveOrder())
             return;
         if (local && !options.zone) {
@@ -842,7 +513,7 @@ struct HistoryImportReader::Impl {
         file.kept_.reserve(rows.size());
         for (const Row& row : rows) {
             double moment = row.stamp.seconds;
-            if (row.stamp.form != Stamp::Form::absolute) {
+            if (row.stamp.form != ImportStamp::Form::absolute) {
                 const auto found = momentOf(row, previous, ascending);
                 if (!found)
                     continue;
@@ -947,7 +618,7 @@ struct HistoryImportReader::Impl {
     bool isJson = false;
     bool sawRecord = false;
     std::size_t preamble = 0;
-    std::optional<Columns> columns;
+    std::optional<ImportColumns> columns;
     std::vector<CsvField> fields;
     bool sawDayFirst = false;
     bool sawMonthFirst = false;
