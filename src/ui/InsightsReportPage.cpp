@@ -34,14 +34,17 @@ constexpr double inch = unitsPerInch;
 constexpr double margin = 34 * pt;
 constexpr double sectionGap = 9 * pt;
 constexpr double columnGap = 16 * pt;
+constexpr double leftShare = 0.53;  ///< Of the bands and episodes; figures have the rest.
 constexpr double ruleWidth = 0.6 * pt;
+constexpr double bandPoints = 7;
 /// Of charts, by letters of 11 units at a scale of 1.
 constexpr double chartLetter = 11;
 
 constexpr std::size_t mostDays = 14;
-constexpr std::size_t daysToRow = 5;
 constexpr double leastProfile = 110 * pt;
 constexpr double mostProfile = 230 * pt;
+constexpr double leastDay = 45 * pt;  ///< Of a row of days ...
+constexpr double mostDay = 76 * pt;   ///< ... where there is room.
 
 QString fromText(std::string_view words)
 {
@@ -83,10 +86,10 @@ struct Letters {
 constexpr Letters titleLetters{.points = 17, .bold = true};
 constexpr Letters nameLetters{.points = 11, .bold = true};
 constexpr Letters headLetters{.points = 8.4};
+constexpr Letters periodLetters{.points = 8.4, .bold = true};
 constexpr Letters sectionLetters{.points = 9, .bold = true};
 constexpr Letters tableLetters{.points = 8};
 constexpr Letters strongTableLetters{.points = 8, .bold = true};
-constexpr Letters faintTableLetters{.points = 8, .faint = true};
 constexpr Letters smallLetters{.points = 6.8, .faint = true};
 constexpr Letters noteLetters{.points = 6.4};
 
@@ -96,16 +99,18 @@ QFont fontOf(const Letters& letters)
     font.setPixelSize(static_cast<int>(std::lround(letters.points * pt)));
     font.setBold(letters.bold);
     font.setHintingPreference(QFont::PreferNoHinting);
+    // Next to nothing, but with it there are no ligatures, which a search in the PDF would not find.
+    font.setLetterSpacing(QFont::AbsoluteSpacing, 0.05);
     return font;
 }
 
 double lineHeight(const Letters& letters) { return QFontMetricsF{fontOf(letters)}.height(); }
 
-/// What a row of figures says; one without a target has an empty one.
+/// What a row of figures says.
 struct Figure {
     QString name;
     QString value;
-    QString target;
+    QString remark;  ///< Its target, or what else is to be known.
 };
 
 /// Lays the page out, from above, and paints it where there is a painter.
@@ -139,9 +144,14 @@ public:
         const auto newest = newestDays();
         const double daysHeight = newest.empty() ? 0
                                                  : lineHeight(sectionLetters) + lineHeight(smallLetters) +
-                                                       rowsOf(newest) * dayRowHeight() + sectionGap;
+                                                       rowsOf(newest) * leastDay;
         const double available = notesTop - y_ - figuresHeight() - daysHeight - 3 * sectionGap;
-        addProfile(std::clamp(available, leastProfile, mostProfile));
+        const double profileHeight = hasProfile() ? std::clamp(available, leastProfile, mostProfile)
+                                                  : lineHeight(sectionLetters) + lineHeight(tableLetters);
+        if (!newest.empty())
+            dayRowHeight_ = std::clamp(leastDay + (available - profileHeight) / rowsOf(newest), leastDay,
+                                       hasProfile() ? mostDay : mostProfile);
+        addProfile(profileHeight);
         addFigures();
         addDays(newest);
         y_ = notesTop;
@@ -172,7 +182,12 @@ private:
         texts_.push_back({QRectF{area.topLeft() / pt, area.size() / pt}, text});
         if (!painter_)
             return;
-        painter_->setFont(fontOf(letters));
+        QFont font = fontOf(letters);
+        // Of a text that has one line to itself, the letters get smaller where a font is wide.
+        const double wanted = QFontMetricsF{font}.horizontalAdvance(text);
+        if (wanted > area.width() && area.height() < 1.5 * QFontMetricsF{font}.height())
+            font.setPixelSize(static_cast<int>(font.pixelSize() * area.width() / wanted));
+        painter_->setFont(font);
         painter_->setPen(letters.faint ? insightsFaintTextColor(GraphTheme::light)
                                        : insightsTextColor(GraphTheme::light));
         painter_->drawText(area, static_cast<int>(alignment) | Qt::TextWordWrap, text);
@@ -191,16 +206,14 @@ private:
     {
         if (!painter_)
             return;
-        painter_->setPen(QPen{insightsFaintTextColor(GraphTheme::light), ruleWidth});
+        painter_->setPen(QPen{QColor{176, 176, 180}, ruleWidth});
         painter_->drawLine(QPointF{left, y}, QPointF{left + width, y});
     }
 
     [[nodiscard]] InsightsChartStyle chartStyle(double letterPoints) const
     {
-        return {.theme = GraphTheme::light,
-                .unit = content_.unit,
-                .textScale = letterPoints * pt / chartLetter,
-                .axisTopMgdl = insightsAxisTop(summary().agp, newestDays())};
+        return {
+            .theme = GraphTheme::light, .unit = content_.unit, .textScale = letterPoints * pt / chartLetter};
     }
 
     // --- The head: what, whose, when, how much -------------------------------------------------------------
@@ -222,12 +235,12 @@ private:
             addText(left_, width_, nameLetters, Qt::AlignLeft,
                     QFontMetricsF{fontOf(nameLetters)}.elidedText(personName(content_.name, {}),
                                                                   Qt::ElideRight, width_));
-        addText(left_, width_, headLetters, Qt::AlignLeft, periodText());
+        addText(left_, width_, periodLetters, Qt::AlignLeft, periodText());
         if (summary().readingCount > 0)
             addText(left_, width_, headLetters, Qt::AlignLeft, coverageText());
         y_ += 3 * pt;
         rule(y_, left_, width_);
-        y_ += 3 * pt;
+        y_ += 5 * pt;
     }
 
     [[nodiscard]] QString periodText() const
@@ -257,7 +270,7 @@ private:
                                 fromText(insightsDurationText(coverage.totalDuration)),
                                 english.toString(static_cast<qulonglong>(summary().readingCount)));
         if (content_.collectionStartedAt)
-            text += tr(". Readings are saved since %1")
+            text += tr(". History since %1")
                         .arg(dateText(localDate(*content_.collectionStartedAt, content_.zone)));
         return text + u'.';
     }
@@ -290,7 +303,7 @@ private:
         }
         put({left_ + 2 * inset, y_ + inset, width_ - 3 * inset, height}, tableLetters,
             Qt::AlignLeft | Qt::AlignTop, text);
-        y_ += height + 2 * inset + 4 * pt;
+        y_ += height + 2 * inset + 6 * pt;
     }
 
     [[nodiscard]] QString unreadableText() const
@@ -305,6 +318,11 @@ private:
         return named.join(QStringLiteral(", "));
     }
 
+    [[nodiscard]] bool hasProfile() const
+    {
+        return summary().agp.contributingDayCount >= InsightsAGP::minimumDays;
+    }
+
     // --- The profile ---------------------------------------------------------------------------------------
 
     void addProfile(double height)
@@ -314,12 +332,16 @@ private:
                 days == 1 ? tr("Profile of a day, from 1 day with readings")
                           : tr("Profile of a day, from %1 days with readings").arg(days));
         const QRectF area{left_, y_, width_, height - lineHeight(sectionLetters)};
-        if (days < InsightsAGP::minimumDays)
-            put(area, tableLetters, Qt::AlignCenter,
+        if (!hasProfile())
+            put(area, tableLetters, Qt::AlignLeft | Qt::AlignTop,
                 tr("The profile needs readings of at least %1 different days.")
                     .arg(InsightsAGP::minimumDays));
-        else if (painter_)
-            paintInsightsProfile(*painter_, area, summary().agp, chartStyle(7.6));
+        if (painter_ && hasProfile()) {
+            auto style = chartStyle(7.6);
+            // Its own: one high value of a day is not to press it flat.
+            style.axisTopMgdl = insightsAxisTop(summary().agp, {});
+            paintInsightsProfile(*painter_, area, summary().agp, style);
+        }
         y_ = area.bottom() + sectionGap;
     }
 
@@ -329,11 +351,12 @@ private:
     [[nodiscard]] double rowHeight() const { return 1.22 * lineHeight(tableLetters); }
     [[nodiscard]] double bandsHeight() const
     {
-        return lineHeight(sectionLetters) + 2 * pt + insightsBandsHeight(chartStyle(7.4));
+        return lineHeight(sectionLetters) + 2 * pt + insightsBandsHeight(chartStyle(bandPoints));
     }
     [[nodiscard]] double episodesHeight() const
     {
-        return lineHeight(sectionLetters) + rowHeight() * (1 + allInsightsEpisodeKinds.size());
+        return lineHeight(sectionLetters) + rowHeight() * (1 + allInsightsEpisodeKinds.size()) +
+               (summary().coverage.isSufficient() ? 0 : 2 * pt + lineHeight(smallLetters));
     }
     [[nodiscard]] double figuresHeight() const
     {
@@ -345,32 +368,35 @@ private:
 
     void addFigures()
     {
-        const double leftWidth = (width_ - columnGap) * 0.5;
+        const double leftWidth = (width_ - columnGap) * leftShare;
         const double right = left_ + leftWidth + columnGap;
         const double rightWidth = width_ - leftWidth - columnGap;
         const double top = y_;
         addText(left_, leftWidth, sectionLetters, Qt::AlignLeft, tr("Time in ranges"));
         y_ += 2 * pt;
         if (painter_)
-            paintInsightsBands(*painter_, {left_, y_, leftWidth, 0}, summary().bands, chartStyle(7.4));
+            paintInsightsBands(*painter_, {left_, y_, leftWidth, 0}, summary().bands, chartStyle(bandPoints));
         y_ = top + bandsHeight() + sectionGap;
         addEpisodes(leftWidth);
 
         y_ = top;
-        const double valueAt = right + 0.42 * rightWidth;
-        const double targetAt = right + 0.76 * rightWidth;
+        const double valueAt = right + 0.37 * rightWidth;
+        const double targetAt = right + 0.67 * rightWidth;
         addText(right, rightWidth, sectionLetters, Qt::AlignLeft, tr("Figures and their targets"));
         const auto row = [&](const Figure& figure, bool head) {
             const auto cell = [&](double x, double end) { return QRectF{x, y_, end - x, rowHeight()}; };
             const auto flags = Qt::AlignLeft | Qt::AlignVCenter;
-            put(cell(right, valueAt), head ? smallLetters : tableLetters, flags, figure.name);
-            put(cell(valueAt, targetAt), head ? smallLetters : strongTableLetters, flags, figure.value);
-            put(cell(targetAt, right + rightWidth), head ? smallLetters : faintTableLetters, flags,
-                figure.target);
+            const Letters& named = head ? smallLetters : tableLetters;
+            put(cell(right, valueAt), named, flags, figure.name);
+            put(cell(valueAt, figure.remark.isEmpty() ? right + rightWidth : targetAt), strongTableLetters,
+                flags, figure.value);
+            // Without a value, why.
+            put(cell(figure.value.isEmpty() && !head ? valueAt : targetAt, right + rightWidth), smallLetters,
+                flags, figure.remark);
             y_ += rowHeight();
             rule(y_, right, rightWidth);
         };
-        row({.name = tr("weighted by observed time"), .target = tr("target")}, true);
+        row({.name = tr("by observed time"), .remark = tr("target")}, true);
         for (const Figure& figure : figures())
             row(figure, false);
         y_ += 2 * pt;
@@ -394,8 +420,8 @@ private:
             return mgdL ? value(*mgdL) + u' ' + unit() : tr("none");
         };
         return {{tr("Mean glucose"), glucose(of.meanMgdl), {}},
-                of.gmi.available ? Figure{tr("GMI"), percent(*of.gmi.available), {}}
-                                 : Figure{tr("GMI"), tr("none"), {}},
+                {tr("GMI"), of.gmi.available ? percent(*of.gmi.available) : QString{},
+                 fromText(gmiCaption(of.gmi))},
                 {tr("Standard deviation"), glucose(of.standardDeviationMgdl), {}},
                 {tr("Variation (CV)"),
                  content_.result.coefficientOfVariationPercent
@@ -453,6 +479,11 @@ private:
                  weeks > 0 ? fromText(fmt::format("{:.1f}", count / weeks)) : QString{}, most},
                 false);
         }
+        if (summary().coverage.isSufficient())
+            return;
+        y_ += 2 * pt;
+        addText(left_, width, smallLetters, Qt::AlignLeft,
+                tr("Gaps may hide further episodes, and longer ones."));
     }
 
     // --- The newest days -----------------------------------------------------------------------------------
@@ -462,12 +493,15 @@ private:
         const std::span<const InsightsDay> days{content_.days};
         return days.last(std::min(days.size(), mostDays));
     }
+    /// One or two days have room for axes.
+    [[nodiscard]] static std::size_t daysToRow(std::span<const InsightsDay> days)
+    {
+        return days.size() <= 2 ? 1 : 5;
+    }
     [[nodiscard]] static double rowsOf(std::span<const InsightsDay> days)
     {
-        return static_cast<double>((days.size() + daysToRow - 1) / daysToRow);
+        return static_cast<double>((days.size() + daysToRow(days) - 1) / daysToRow(days));
     }
-    [[nodiscard]] double dayRowHeight() const { return 46 * pt; }
-
     void addDays(std::span<const InsightsDay> days)
     {
         if (days.empty())
@@ -476,25 +510,32 @@ private:
                 days.size() == content_.days.size()
                     ? tr("Days")
                     : tr("The newest %1 of %2 days").arg(days.size()).arg(content_.days.size()));
+        auto style = chartStyle(smallLetters.points);
+        style.axisTopMgdl = insightsAxisTop({}, days);
         addText(left_, width_, smallLetters, Qt::AlignLeft,
                 tr("From midnight to midnight; the shading is the range from %1 to %2 %3, the upper edge is "
                    "%4. The share is the time in range.")
-                    .arg(value(lowBelow), value(highAbove), unit(), value(chartStyle(1).axisTopMgdl)));
-        const double cellWidth = width_ / daysToRow;
+                    .arg(value(lowBelow), value(highAbove), unit(), value(style.axisTopMgdl)));
+        const std::size_t columns = daysToRow(days);
+        const double cellWidth = width_ / static_cast<double>(columns);
         const double gap = 2 * pt;
         for (std::size_t i = 0; i < days.size(); ++i) {
             const QRectF cell =
-                QRectF{left_ + static_cast<double>(i % daysToRow) * cellWidth,
-                       y_ + static_cast<double>(i / daysToRow) * dayRowHeight(), cellWidth, dayRowHeight()}
+                QRectF{left_ + static_cast<double>(i % columns) * cellWidth,
+                       y_ + static_cast<double>(i / columns) * dayRowHeight_, cellWidth, dayRowHeight_}
                     .adjusted(gap, gap, -gap, -gap);
-            if (painter_)
-                paintInsightsSmallDay(*painter_, cell, days[i], chartStyle(smallLetters.points));
+            const QRectF above{cell.left(), cell.top(), cell.width() - gap, lineHeight(smallLetters)};
+            if (painter_ && columns > 1)
+                paintInsightsSmallDay(*painter_, cell, days[i], style);
+            else if (painter_)
+                paintInsightsDay(*painter_, cell, days[i], style);
+            if (columns == 1)
+                put(above, smallLetters, Qt::AlignHCenter | Qt::AlignVCenter, insightsDateText(days[i].date));
             if (!days[i].points.empty())
-                put({cell.left(), cell.top(), cell.width() - gap, lineHeight(smallLetters)}, smallLetters,
-                    Qt::AlignRight | Qt::AlignVCenter,
+                put(above, smallLetters, Qt::AlignRight | Qt::AlignVCenter,
                     fromText(fmt::format("{:.0f}%", days[i].inRangeFraction * 100)));
         }
-        y_ += rowsOf(days) * dayRowHeight() + sectionGap;
+        y_ += rowsOf(days) * dayRowHeight_ + sectionGap;
     }
 
     // --- How it was calculated -----------------------------------------------------------------------------
@@ -541,6 +582,7 @@ private:
     QSizeF size_;
     double left_;
     double width_;
+    double dayRowHeight_ = leastDay;
     double y_;  ///< How far down the page is filled.
     std::vector<InsightsReportText> texts_;
 };
