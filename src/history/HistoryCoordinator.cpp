@@ -311,6 +311,26 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         }
     }
 
+    static asio::awaitable<std::expected<GlucoseHistorySnapshot, GlucoseHistoryError>> snapshot(Self self,
+                                                                                                Date begin,
+                                                                                                Date end)
+    {
+        auto job = [store = self->store, begin, end] { return store->snapshot(begin, end); };
+        co_return co_await runOnWorker(self->strand, std::move(job));
+    }
+
+    static asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked(Self self)
+    {
+        auto job = [store = self->store, now = self->parts.clock.now()] {
+            return store->setInsightsUnlocked(now);
+        };
+        const auto unlocked = co_await runOnWorker(self->strand, std::move(job));
+        if (!unlocked)
+            co_return std::unexpected(unlocked.error());
+        self->publish(*unlocked);
+        co_return std::expected<void, GlucoseHistoryError>{};
+    }
+
     static asio::awaitable<std::vector<GlucoseReading>> restore(Self self, Mark given)
     {
         using namespace asio::experimental::awaitable_operators;
@@ -388,6 +408,17 @@ void HistoryCoordinator::save(Mark mark, std::vector<GlucoseReading> readings, D
 asio::awaitable<std::vector<GlucoseReading>> HistoryCoordinator::restore(Mark mark)
 {
     return Impl::restore(impl_, mark);
+}
+
+asio::awaitable<std::expected<GlucoseHistorySnapshot, GlucoseHistoryError>> HistoryCoordinator::snapshot(
+    Date begin, Date end)
+{
+    return Impl::snapshot(impl_, begin, end);
+}
+
+asio::awaitable<std::expected<void, GlucoseHistoryError>> HistoryCoordinator::setInsightsUnlocked()
+{
+    return Impl::setInsightsUnlocked(impl_);
 }
 
 void HistoryCoordinator::historyDidChange()

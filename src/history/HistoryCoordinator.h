@@ -1,5 +1,6 @@
 #pragma once
 
+#include <expected>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -50,6 +51,14 @@ public:
     /// The saved readings of the last 24 hours, by time. Nothing when there are none, when they cannot be
     /// read, or when that takes longer than three seconds. Awaited on `engine`.
     [[nodiscard]] asio::awaitable<std::vector<GlucoseReading>> restore(Mark mark);
+
+    /// What is saved from `begin` up to before `end`, of the account of status(). Resumes on the executor on
+    /// which it is awaited; a caller that is cancelled leaves at once. accountRequired while nobody's history
+    /// is followed.
+    [[nodiscard]] asio::awaitable<std::expected<GlucoseHistorySnapshot, GlucoseHistoryError>> snapshot(
+        Date begin, Date end);
+    /// Notes that the report of that account has opened; it then stays open. Awaited like snapshot().
+    [[nodiscard]] asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked();
 
     /// Another process changed saved history, or how it is saved.
     void historyDidChange();
