@@ -67,6 +67,9 @@ struct InsightsReadinessPresentation {
 [[nodiscard]] InsightsReadinessPresentation insightsReadiness(const InsightsCollectionStatusState& state);
 
 inline constexpr std::string_view insightsProgressTitle = "History collection progress";
+/// Where saving is off and the report has not opened: how to begin.
+inline constexpr std::string_view insightsSavingAdvice =
+    "To save readings on this computer: tidewell history enable";
 /// Under a report whose history no longer grows.
 inline constexpr std::string_view insightsSavingOffText =
     "Saving is off, so new readings aren’t being added.";

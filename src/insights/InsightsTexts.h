@@ -10,6 +10,8 @@
 
 namespace tidewell {
 
+inline constexpr std::string_view insightsLoadingText = "Loading history…";
+inline constexpr std::string_view insightsCalculatingText = "Calculating insights…";
 inline constexpr std::string_view insightsUnavailableTitle = "History unavailable";
 inline constexpr std::string_view insightsUnavailableText =
     "Your saved history could not be read. You can try again or manage it in Insights settings.";

@@ -331,7 +331,7 @@ std::string insightsCollectionLines(const InsightsCollectionStatusState& state)
     if (!readiness.progress.empty())
         text += fmt::format("\n{}\n{}\n", insightsProgressTitle, readiness.progress);
     if (!state.isSaving)
-        text += "\nTo save readings on this computer: tidewell history enable\n";
+        text += fmt::format("\n{}\n", insightsSavingAdvice);
     return text;
 }
 

@@ -1,0 +1,383 @@
+#include "ui/InsightsWindow.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QGroupBox>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QShortcut>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+#include "insights/InsightsTexts.h"
+#include "ui/InsightsDayDialog.h"
+#include "ui/InsightsPanel.h"
+
+namespace tidewell {
+namespace {
+
+constexpr std::array offeredDays{7, 14, 30, 90};
+/// What a person picks from and to: more than is ever kept.
+constexpr int mostDays = 366;
+constexpr int messageWidth = 520;
+
+QString text(std::string_view words)
+{
+    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
+}
+
+QDate dateOf(std::chrono::sys_days date)
+{
+    return QDate{1970, 1, 1}.addDays(date.time_since_epoch().count());
+}
+
+std::chrono::sys_days daysOf(QDate date)
+{
+    return std::chrono::sys_days{std::chrono::days{QDate{1970, 1, 1}.daysTo(date)}};
+}
+
+QLabel* wrappedLabel(QWidget* parent)
+{
+    auto* label = new QLabel{parent};
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label->setFocusPolicy(Qt::NoFocus);
+    return label;
+}
+
+QFont titleFont(const QFont& base)
+{
+    QFont font = base;
+    font.setBold(true);
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * 1.4);
+    else
+        font.setPixelSize(font.pixelSize() * 7 / 5);
+    return font;
+}
+
+}  // namespace
+
+struct InsightsWindow::Impl {
+    Handlers handlers;
+    InsightsViewState state{};
+    bool filling = false;  ///< The picker shows what a state says, nobody picks.
+
+    QComboBox* period = nullptr;
+    QDateEdit* from = nullptr;
+    QDateEdit* to = nullptr;
+    QLabel* dash = nullptr;
+    QLabel* busy = nullptr;
+    QPushButton* save = nullptr;
+
+    QStackedWidget* pages = nullptr;
+    QWidget* messagePage = nullptr;
+    QLabel* title = nullptr;
+    QLabel* message = nullptr;
+    QGroupBox* progressBox = nullptr;
+    QProgressBar* collected = nullptr;
+    QProgressBar* coverage = nullptr;
+    QLabel* progressText = nullptr;
+    QLabel* advice = nullptr;
+    QPushButton* retry = nullptr;
+    QScrollArea* scroll = nullptr;
+    InsightsPanel* panel = nullptr;
+    InsightsDayDialog* day = nullptr;
+
+    QWidget* makeHeader(InsightsWindow* window);
+    void makeMessagePage(InsightsWindow* window);
+
+    [[nodiscard]] bool picksDates() const { return period->currentIndex() == int{offeredDays.size()}; }
+
+    void periodEdited()
+    {
+        const bool dates = picksDates();
+        for (QWidget* widget : std::initializer_list<QWidget*>{from, dash, to})
+            widget->setVisible(dates);
+        if (filling || !handlers.periodPicked)
+            return;
+        InsightsPeriod picked{.days = {}};
+        if (!dates) {
+            picked.days = offeredDays.at(static_cast<std::size_t>(std::max(period->currentIndex(), 0)));
+        } else {
+            // The other end gives way, so that a period always has a length.
+            const bool movedFrom = daysOf(from->date()) != state.period.from || state.period.days;
+            if (from->date() > to->date()) {
+                filling = true;
+                movedFrom ? to->setDate(from->date()) : from->setDate(to->date());
+                filling = false;
+            }
+            picked.from = daysOf(from->date());
+            picked.to = daysOf(to->date());
+        }
+        if (picked != state.period)
+            handlers.periodPicked(picked);
+    }
+
+    void showPeriod(const InsightsPeriod& shown)
+    {
+        filling = true;
+        const auto* const offered = std::ranges::find(offeredDays, shown.days.value_or(0));
+        period->setCurrentIndex(static_cast<int>(offered - offeredDays.begin()));
+        if (!shown.days) {
+            from->setDate(dateOf(shown.from));
+            to->setDate(dateOf(shown.to));
+        }
+        periodEdited();
+        filling = false;
+    }
+
+    void showMessage(const QString& heading, const QString& words, const QString& hint)
+    {
+        title->setText(heading);
+        title->setVisible(!heading.isEmpty());
+        message->setText(words);
+        message->setVisible(!words.isEmpty());
+        advice->setText(hint);
+        advice->setVisible(!hint.isEmpty());
+        progressBox->hide();
+        retry->hide();
+        pages->setCurrentWidget(messagePage);
+    }
+
+    void showProgress()
+    {
+        const bool there = state.progress && !state.readiness.progress.empty();
+        progressBox->setVisible(there);
+        if (!there)
+            return;
+        const double days = state.progress->collected / initialCollection;
+        collected->setValue(static_cast<int>(std::floor(days * 100)));
+        coverage->setValue(static_cast<int>(std::floor(state.progress->coverage * 100)));
+        progressText->setText(text(state.readiness.progress));
+    }
+};
+
+QWidget* InsightsWindow::Impl::makeHeader(InsightsWindow* window)
+{
+    auto* header = new QWidget{window};
+    auto* label = new QLabel{tr("&Period:"), header};
+    period = new QComboBox{header};
+    period->setObjectName(QStringLiteral("insightsPeriod"));
+    period->setAccessibleName(tr("Period"));
+    for (const int days : offeredDays)
+        period->addItem(tr("Last %1 days").arg(days));
+    period->addItem(tr("From – to…"));
+    label->setBuddy(period);
+    const auto makeDate = [&](const char* name, const QString& spoken) {
+        auto* edit = new QDateEdit{header};
+        edit->setObjectName(QString::fromLatin1(name));
+        edit->setAccessibleName(spoken);
+        edit->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
+        edit->setCalendarPopup(true);
+        edit->setKeyboardTracking(false);
+        edit->hide();
+        return edit;
+    };
+    from = makeDate("insightsFrom", tr("First day of the period"));
+    to = makeDate("insightsTo", tr("Last day of the period"));
+    dash = new QLabel{QStringLiteral("–"), header};
+    dash->hide();
+    busy = new QLabel{header};
+    busy->setObjectName(QStringLiteral("insightsBusy"));
+    save = new QPushButton{tr("&Save report…"), header};
+    save->setObjectName(QStringLiteral("insightsSaveReport"));
+    auto* layout = new QHBoxLayout{header};
+    for (QWidget* widget : std::initializer_list<QWidget*>{label, period, from, dash, to})
+        layout->addWidget(widget);
+    layout->addStretch();
+    layout->addWidget(busy);
+    layout->addWidget(save);
+    return header;
+}
+
+void InsightsWindow::Impl::makeMessagePage(InsightsWindow* window)
+{
+    messagePage = new QWidget{window};
+    auto* column = new QWidget{messagePage};
+    column->setMaximumWidth(messageWidth * std::max(1, window->fontMetrics().height() / 16));
+    title = wrappedLabel(column);
+    title->setObjectName(QStringLiteral("insightsStatusTitle"));
+    title->setFont(titleFont(window->font()));
+    message = wrappedLabel(column);
+    message->setObjectName(QStringLiteral("insightsStatusText"));
+    progressBox = new QGroupBox{text(insightsProgressTitle), column};
+    const auto makeBar = [&](const QString& spoken, const QString& format) {
+        auto* bar = new QProgressBar{progressBox};
+        bar->setRange(0, 100);
+        bar->setAccessibleName(spoken);
+        bar->setFormat(format);
+        return bar;
+    };
+    collected = makeBar(tr("Initial 3-day collection"), tr("Collection: %p%"));
+    coverage = makeBar(tr("Coverage of the latest 3 days"), tr("Coverage: %p%"));
+    progressText = wrappedLabel(progressBox);
+    auto* box = new QVBoxLayout{progressBox};
+    for (QWidget* widget : std::initializer_list<QWidget*>{collected, coverage, progressText})
+        box->addWidget(widget);
+    advice = wrappedLabel(column);
+    advice->setObjectName(QStringLiteral("insightsAdvice"));
+    retry = new QPushButton{tr("&Try again"), column};
+    retry->setObjectName(QStringLiteral("insightsRetry"));
+    auto* layout = new QVBoxLayout{column};
+    for (QWidget* widget : std::initializer_list<QWidget*>{title, message, progressBox, advice})
+        layout->addWidget(widget);
+    layout->addWidget(retry, 0, Qt::AlignLeft);
+    auto* across = new QHBoxLayout{messagePage};
+    across->addStretch(1);
+    across->addWidget(column, 8);
+    across->addStretch(1);
+    across->setAlignment(column, Qt::AlignVCenter);
+}
+
+InsightsWindow::InsightsWindow(Handlers handlers) : impl_{std::make_unique<Impl>()}
+{
+    Impl& my = *impl_;
+    my.handlers = std::move(handlers);
+    setObjectName(QStringLiteral("insightsWindow"));
+    setWindowTitle(tr("Insights"));
+    auto* header = my.makeHeader(this);
+    my.makeMessagePage(this);
+    my.panel = new InsightsPanel{{.openDay =
+                                      [this](std::size_t day) {
+                                          if (!impl_->day)
+                                              impl_->day = new InsightsDayDialog{this};
+                                          impl_->day->present(impl_->state.report, day);
+                                      },
+                                  .completionSeen =
+                                      [this] {
+                                          if (impl_->handlers.completionSeen)
+                                              impl_->handlers.completionSeen();
+                                      },
+                                  .walkReached =
+                                      [this](QWidget& widget, QRect area) {
+                                          const QPoint middle = widget.mapTo(impl_->panel, area.center());
+                                          impl_->scroll->ensureVisible(middle.x(), middle.y(), area.width(),
+                                                                       area.height());
+                                      }}};
+    my.scroll = new QScrollArea{this};
+    my.scroll->setFrameShape(QFrame::NoFrame);
+    my.scroll->setWidgetResizable(true);
+    my.scroll->setWidget(my.panel);
+    my.scroll->setAccessibleName(tr("Report"));
+    my.pages = new QStackedWidget{this};
+    my.pages->addWidget(my.messagePage);
+    my.pages->addWidget(my.scroll);
+    auto* layout = new QVBoxLayout{this};
+    layout->setContentsMargins(4, 0, 4, 4);
+    layout->addWidget(header);
+    layout->addWidget(my.pages, 1);
+
+    my.save->setVisible(static_cast<bool>(my.handlers.saveReport));
+    connect(my.save, &QPushButton::clicked, this, [this] { impl_->handlers.saveReport(); });
+    const auto refresh = [this] {
+        if (impl_->handlers.refresh)
+            impl_->handlers.refresh();
+    };
+    connect(my.retry, &QPushButton::clicked, this, refresh);
+    connect(new QShortcut{QKeySequence{Qt::Key_F5}, this}, &QShortcut::activated, this, refresh);
+    connect(new QShortcut{QKeySequence::Close, this}, &QShortcut::activated, this, &QWidget::close);
+    connect(my.period, &QComboBox::activated, this, [this] { impl_->periodEdited(); });
+    for (QDateEdit* edit : {my.from, my.to})
+        connect(edit, &QDateEdit::dateChanged, this, [this] { impl_->periodEdited(); });
+    const QSize wanted = QSize{70, 52} * fontMetrics().height();
+    const QSize room = screen() ? screen()->availableSize() * 9 / 10 : wanted;
+    resize(wanted.boundedTo(room));
+    present({});
+}
+
+InsightsWindow::~InsightsWindow() = default;
+
+void InsightsWindow::setToday(std::chrono::sys_days today)
+{
+    impl_->filling = true;
+    for (QDateEdit* edit : {impl_->from, impl_->to}) {
+        const bool unset = edit->maximumDate() > dateOf(today).addDays(mostDays);
+        edit->setDateRange(dateOf(today).addDays(-mostDays), dateOf(today));
+        if (unset)
+            edit->setDate(edit == impl_->from ? dateOf(today).addDays(1 - offeredDays[1]) : dateOf(today));
+    }
+    impl_->filling = false;
+}
+
+void InsightsWindow::present(const InsightsViewState& state)
+{
+    Impl& my = *impl_;
+    using Phase = InsightsViewState::Phase;
+    my.state = state;
+    my.showPeriod(state.period);
+    const bool waiting = state.phase == Phase::loading || state.phase == Phase::calculating;
+    my.busy->setText(state.isBusy && !waiting ? text(insightsCalculatingText) : QString{});
+    const bool hasReport = state.phase == Phase::report && state.report;
+    const bool hasReadings = hasReport && state.report->result.summary.readingCount > 0;
+    my.save->setEnabled(hasReadings);
+    switch (state.phase) {
+    case Phase::loading: my.showMessage(text(insightsLoadingText), {}, {}); break;
+    case Phase::calculating: my.showMessage(text(insightsCalculatingText), {}, {}); break;
+    case Phase::collecting:
+        my.showMessage(text(state.readiness.title), text(state.readiness.text), text(state.advice));
+        my.showProgress();
+        break;
+    case Phase::unavailable:
+        my.showMessage(text(insightsUnavailableTitle), text(insightsUnavailableText), text(state.advice));
+        my.retry->show();
+        break;
+    case Phase::report:
+        if (!hasReadings) {
+            my.showMessage(text(insightsEmptyTitle), tr("Pick another period."),
+                           state.isSaving ? QString{} : text(insightsSavingOffText));
+        } else {
+            my.panel->present(state);
+            my.pages->setCurrentWidget(my.scroll);
+        }
+        break;
+    }
+}
+
+void InsightsWindow::open()
+{
+    if (!isVisible()) {
+        show();
+        impl_->period->setFocus();
+    }
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    raise();
+    activateWindow();
+}
+
+void InsightsWindow::closeEvent(QCloseEvent* event)
+{
+    if (impl_->day)
+        impl_->day->close();
+    QWidget::closeEvent(event);
+    if (event->isAccepted() && impl_->handlers.closed)
+        impl_->handlers.closed();
+}
+
+void InsightsWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void InsightsWindow::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::FontChange && impl_ && impl_->title)
+        impl_->title->setFont(titleFont(font()));
+    QWidget::changeEvent(event);
+}
+
+}  // namespace tidewell
