@@ -72,6 +72,8 @@ inline constexpr std::string_view onboardingCompletedKey = "TidewellOnboardingCo
 inline constexpr std::string_view accountConfirmedAtKey = "TidewellAccountConfirmedAt";
 /// That the person has been told once that nothing shows the status item.
 inline constexpr std::string_view statusAreaHintShownKey = "TidewellStatusAreaHintShown";
+/// When the report opened of which the person has seen that it did; the moment tells accounts apart.
+inline constexpr std::string_view insightsUnlockSeenKey = "TidewellInsightsUnlockSeen";
 inline constexpr std::string_view alertsSnoozedUntilKey = "TidewellAlertsSnoozedUntil";
 
 }  // namespace tidewell

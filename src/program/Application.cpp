@@ -12,6 +12,7 @@
 #include "platform/linux/UnixSignals.h"
 #include "program/Commands.h"
 #include "program/Core.h"
+#include "program/InsightsController.h"
 #include "program/Process.h"
 #include "program/SignInController.h"
 #include "support/Log.h"
@@ -58,11 +59,13 @@ UserNotification statusAreaHint()
                                 statusAreaAdvice(desktop))};
 }
 
+constexpr MenuPlaces menuPlaces{.insights = true};
+
 /// The status item and the windows, over the core. Main thread.
 class Face {
 public:
     Face(Core& core, const ApplicationOptions& options)
-        : core_{core}, signIn_{core}, item_{itemOptions(core, options)}
+        : core_{core}, signIn_{core}, insights_{core}, item_{itemOptions(core, options)}
     {
         item_.onAbsent([this] { core_.notifyOnce(statusAreaHintShownKey, statusAreaHint()); });
         item_.onCommand([this](MenuCommand command) { carryOut(command); });
@@ -100,7 +103,7 @@ private:
     void present()
     {
         item_.present(statusItemContent(core_.viewModel().state(), settings(), core_.clock().now(),
-                                        TimeZone::current()));
+                                        TimeZone::current(), menuPlaces));
         item_.graphDidChange();
     }
 
@@ -162,8 +165,8 @@ private:
             break;
         case MenuCommand::none:
         case MenuCommand::installUpdate:
-        case MenuCommand::showInsights:
         case MenuCommand::showSettings: break;
+        case MenuCommand::showInsights: insights_.show(); break;
         case MenuCommand::showGraph: item_.showMenu(QCursor::pos()); break;
         case MenuCommand::refresh:
             asio::co_spawn(core_.main(), core_.coordinator().refreshNow(), asio::detached);
@@ -179,6 +182,7 @@ private:
 
     Core& core_;
     SignInController signIn_;
+    InsightsController insights_;
     StatusItem item_;
     /// Of the graph's window, until the settings have them.
     PickedHours pickedHours_ = std::make_shared<std::optional<std::int64_t>>();

@@ -44,12 +44,16 @@ public:
 
     [[nodiscard]] asio::any_io_executor main() { return mainLoop_.executor(); }
     [[nodiscard]] asio::any_io_executor engine() { return engine_.executor(); }
+    [[nodiscard]] asio::any_io_executor workers() { return engine_.workers(); }
     [[nodiscard]] Clock& clock() { return clock_; }
     [[nodiscard]] StatusBarViewModel& viewModel() { return *viewModel_; }
     [[nodiscard]] StatusBarPollingCoordinator& coordinator() { return *coordinator_; }
     [[nodiscard]] ConfigurationManager& configuration() { return *configuration_; }
+    [[nodiscard]] HistoryCoordinator& history() { return *history_; }
     [[nodiscard]] UserDefaults& defaults() { return *defaults_; }
     [[nodiscard]] AppDelegate& delegate() { return *delegate_; }
+    /// Whether the readings are the built-in demonstration's.
+    [[nodiscard]] bool isDemonstration() const { return environment_.demo != nullptr; }
     [[nodiscard]] const Folders& folders() const { return environment_.folders; }
 
     /// For the clients of accounts that are checked before they are stored.
