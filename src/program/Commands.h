@@ -14,6 +14,7 @@ namespace tidewell {
 
 enum class StatusIconShape;
 enum class PanelScheme;
+enum class InsightsReportPaper;
 
 /// The desktop application: the status item and its windows, until Quit. Needs a display.
 struct ApplicationOptions {
@@ -125,6 +126,12 @@ struct InsightsOptions {
     std::optional<std::filesystem::path> csv{};    ///< A file that `history import` could read.
     std::optional<DateOrder> dateOrder{};          ///< Of that file.
     bool json = false;
+    std::optional<std::filesystem::path> pdf{};  ///< One page, instead of lines on standard output ...
+    std::optional<std::filesystem::path> png{};  ///< ... and the same as a picture; of both, as the next four:
+    std::optional<InsightsReportPaper> paper{};  ///< Else the locale's.
+    std::optional<std::string> name{};           ///< On the page.
+    bool withReadings = false;                   ///< As CSV beside it.
+    bool force = false;                          ///< Replaces files that exist.
 };
 [[nodiscard]] ExitCode runInsights(const InsightsOptions& options);
 

@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include <QBuffer>
-#include <QGuiApplication>
+#include <QCoreApplication>
 #include <csignal>
 #include <cstdlib>
 
@@ -11,30 +11,22 @@
 #include "program/Commands.h"
 #include "program/Core.h"
 #include "program/FirstState.h"
+#include "program/PictureApplication.h"
 #include "program/Process.h"
 #include "program/TerminalGraph.h"
 #include "support/AtomicFile.h"
-#include "support/Log.h"
 #include "ui/GlucoseGraphRenderer.h"
 
 namespace tidewell {
 
 namespace {
 
-const Log graphLog{"GraphCommand"};
-
-/// Pictures need fonts, which the toolkit has with a display only, or with the one that needs none.
 std::unique_ptr<QCoreApplication> makeApplication(bool forPictures)
 {
+    if (forPictures)
+        return makePictureApplication();
     auto& [count, values] = processArguments();
-    if (!forPictures)
-        return std::make_unique<QCoreApplication>(count, values);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    // What the toolkit misses of a desktop is nothing that a picture needs.
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
-        graphLog.debug(text.toStdString());
-    });
-    return std::make_unique<QGuiApplication>(count, values);
+    return std::make_unique<QCoreApplication>(count, values);
 }
 
 bool isSet(const char* variable)

@@ -6,6 +6,8 @@
 #include "program/Commands.h"
 #include "program/HistorySession.h"
 #include "program/InsightsReport.h"
+#include "program/InsightsReportFiles.h"
+#include "program/PictureApplication.h"
 #include "program/ReadingsFile.h"
 
 namespace tidewell {
@@ -113,12 +115,111 @@ std::expected<DateInterval, CommandError> periodOfFile(const InsightsOptions& op
     return checkedPeriod(period);
 }
 
+bool isIn(const DateInterval& period, Date date) { return date >= period.start && date < period.end; }
+
+bool wantsPage(const InsightsOptions& options) { return options.pdf || options.png; }
+
+/// The files to write, the page first.
+std::vector<std::filesystem::path> filesOf(const InsightsOptions& options)
+{
+    std::vector<std::filesystem::path> files;
+    for (const auto& page : {options.pdf, options.png})
+        if (page)
+            files.push_back(*page);
+    if (options.withReadings && !files.empty())
+        files.push_back(readingsBeside(files.front()));
+    return files;
+}
+
+/// Before anything is read: whether what is asked for can be written.
+std::expected<void, CommandError> checkFiles(const InsightsOptions& options)
+{
+    if (!wantsPage(options) && (options.paper || options.name || options.withReadings || options.force))
+        return std::unexpected(
+            CommandError{ExitCode::usage, "--paper, --name, --with-csv and --force go with --pdf or --png."});
+    const auto files = filesOf(options);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        std::error_code ignored;
+        if (std::find(files.begin(), files.end(), files[i]) !=
+                files.begin() + static_cast<std::ptrdiff_t>(i) ||
+            (options.csv && std::filesystem::equivalent(*options.csv, files[i], ignored)))
+            return std::unexpected(CommandError{
+                ExitCode::usage, fmt::format("\"{}\" cannot be two things at once.", files[i].string())});
+        if (const auto exists = existsAlready(files[i], options.force))
+            return std::unexpected(CommandError{ExitCode::failure, *exists + "; --force replaces it."});
+    }
+    return {};
+}
+
+/// What a page has that lines and document have not.
+struct PageParts {
+    std::vector<InsightsReading> readings{};
+    std::vector<StoredReading> attached{};
+    std::optional<Date> collectionStartedAt{};
+    Date madeAt{};
+};
+
+ExitCode writePage(const InsightsOptions& options, const InsightsReport& content, PageParts parts,
+                   GlucoseUnits unit)
+{
+    const auto& summary = content.result.summary;
+    if (summary.readingCount == 0)
+        return report({ExitCode::failure, fmt::format("{}. Nothing was written.", insightsEmptyTitle)});
+    const InsightsReportContent page{
+        .result = content.result,
+        .days = insightsDays(std::move(parts.readings), summary.interval, content.zone),
+        .quality = content.quality,
+        .collectionStartedAt = parts.collectionStartedAt,
+        .unreadableDays = content.unreadableDays,
+        .zone = content.zone,
+        .unit = unit,
+        .name = options.name.value_or(""),
+        .madeAt = parts.madeAt,
+        .version = TIDEWELL_VERSION};
+    const auto paper = options.paper.value_or(usualPaper());
+    std::vector<InsightsReportFile> files;
+    const auto add = [&](const std::optional<std::filesystem::path>& path, InsightsReportFormat format) {
+        if (path)
+            files.push_back({*path, insightsReport(page, paper, format).toStdString(), options.force});
+    };
+    add(options.pdf, InsightsReportFormat::pdf);
+    add(options.png, InsightsReportFormat::png);
+    if (options.withReadings)
+        files.push_back({readingsBeside(files.front().path),
+                         exportHistory(parts.attached, HistoryExportFormat::csv), options.force});
+    if (const auto problem = writeReportFiles(files))
+        return report({ExitCode::failure, *problem});
+    // Of a document nothing else may stand on standard output.
+    std::FILE* const stream = options.json ? stderr : stdout;
+    for (std::size_t i = 0; i < files.size(); ++i)
+        fmt::print(stream, "{} in \"{}\".\n",
+                   options.withReadings && i + 1 == files.size() ? "The readings of the period are"
+                                                                 : "The report is",
+                   files[i].path.string());
+    fmt::print(stream, "{} not encrypted: whoever can open {} can read {}.\n",
+               files.size() == 1 ? "This file is" : "These files are", files.size() == 1 ? "it" : "them",
+               files.size() == 1 ? "it" : "them");
+    return ExitCode::good;
+}
+
+/// In the form that was asked for.
+ExitCode present(const InsightsOptions& options, const InsightsReport& content, PageParts parts,
+                 GlucoseUnits unit)
+{
+    if (options.json)
+        fmt::print("{}", insightsDocument(content));
+    else if (!wantsPage(options))
+        fmt::print("{}", insightsLines(content, unit));
+    return wantsPage(options) ? writePage(options, content, std::move(parts), unit) : ExitCode::good;
+}
+
 ExitCode reportOnFile(const InsightsOptions& options, const Request& request)
 {
     asio::io_context context;
+    const Date now = SystemClock{context}.now();
     const auto zone = options.timeZone ? std::optional{request.zone} : std::nullopt;
-    const auto file = readReadingsFile(
-        *options.csv, {.now = SystemClock{context}.now(), .zone = zone, .dateOrder = options.dateOrder});
+    const auto file =
+        readReadingsFile(*options.csv, {.now = now, .zone = zone, .dateOrder = options.dateOrder});
     if (!file)
         return report(file.error());
     if (!file->first())
@@ -130,20 +231,26 @@ ExitCode reportOnFile(const InsightsOptions& options, const Request& request)
                                    .collectionStartedAt = request.collectionStart.value_or(*file->first()),
                                    .zone = request.zone};
     input.readings.reserve(file->count());
+    PageParts parts{.collectionStartedAt = input.collectionStartedAt, .madeAt = now};
     constexpr std::size_t batch = 10'000;
     for (std::size_t from = 0; from < file->count(); from += batch)
-        for (const auto& reading : file->readings(from, batch))
+        for (const auto& reading : file->readings(from, batch)) {
             input.readings.push_back(insightsReading(reading, {}));
-    const auto collectionStartedAt = input.collectionStartedAt;
+            if (options.withReadings && isIn(*period, reading.date))
+                parts.attached.push_back({reading, now});
+        }
+    if (wantsPage(options))
+        parts.readings = input.readings;
     InsightsReport content{.result = calculateInsights(std::move(input)), .zone = request.zone};
-    content.quality = insightsReportQuality(content.result.summary, collectionStartedAt);
-    fmt::print("{}", options.json ? insightsDocument(content) : insightsLines(content, chosenUnit()));
+    content.quality = insightsReportQuality(content.result.summary, parts.collectionStartedAt);
+    const ExitCode code = present(options, content, std::move(parts),
+                                  options.json && !wantsPage(options) ? GlucoseUnits::mgdL : chosenUnit());
     if (file->refused > 0)
         fmt::print(stderr,
                    "tidewell: {} could not be read and {} left out; \"tidewell history import --dry-run\" "
                    "says why.\n",
                    counted(file->refused, "row"), file->refused == 1 ? "is" : "are");
-    return ExitCode::good;
+    return code;
 }
 
 std::vector<InsightsReading> insightsReadings(const std::vector<StoredReading>& saved)
@@ -212,7 +319,12 @@ ExitCode reportOnHistory(const InsightsOptions& options, const Request& request)
     const auto collection = collectionOf(**session, now);
     if (!collection)
         return report(unavailable(collection.error()));
-    if (!options.json && !isOpen(*collection)) {
+    if (!isOpen(*collection) && wantsPage(options)) {
+        const auto readiness = insightsReadiness(*collection);
+        return report(
+            {ExitCode::failure, fmt::format("Nothing was written. {}: {}", readiness.title, readiness.text)});
+    }
+    if (!isOpen(*collection) && !options.json) {
         fmt::print("{}", insightsCollectionLines(*collection));
         return ExitCode::good;
     }
@@ -220,10 +332,11 @@ ExitCode reportOnHistory(const InsightsOptions& options, const Request& request)
     const auto& configuration = (*session)->status().configuration;
     input.collectionStartedAt =
         request.collectionStart ? request.collectionStart : configuration.collectionStartedAt;
+    PageParts parts{.collectionStartedAt = input.collectionStartedAt, .madeAt = now};
     std::vector<std::string> unreadableDays;
     // An account that never saved anything has no key to read with.
     if (configuration.hasPreviouslyEnabled) {
-        const auto saved = (*session)->store().snapshot(period->start - longestSample, period->end);
+        auto saved = (*session)->store().snapshot(period->start - longestSample, period->end);
         if (!saved)
             return report(unavailable(saved.error()));
         input.readings = insightsReadings(saved->readings);
@@ -231,20 +344,24 @@ ExitCode reportOnHistory(const InsightsOptions& options, const Request& request)
             unreadableDays.push_back(dayList({unreadable}));
         if (saved->readings.empty() && !unreadableDays.empty())
             return report(unavailable(GlucoseHistoryError::unreadableHistory));
+        if (wantsPage(options))
+            parts.readings = input.readings;
+        std::erase_if(saved->readings,
+                      [&](const StoredReading& one) { return !isIn(*period, one.reading.date); });
+        if (options.withReadings)
+            parts.attached = std::move(saved->readings);
     }
-    const auto collectionStartedAt = input.collectionStartedAt;
     InsightsReport content{.result = calculateInsights(std::move(input)),
                            .collection = *collection,
                            .unreadableDays = std::move(unreadableDays),
                            .zone = request.zone};
-    content.quality = insightsReportQuality(content.result.summary, collectionStartedAt);
-    fmt::print("{}", options.json ? insightsDocument(content)
-                                  : insightsLines(content, unitOf((*session)->settings())));
-    if (!content.unreadableDays.empty())
+    content.quality = insightsReportQuality(content.result.summary, parts.collectionStartedAt);
+    const ExitCode code = present(options, content, std::move(parts), unitOf((*session)->settings()));
+    if (code == ExitCode::good && !content.unreadableDays.empty())
         return report(commandError(GlucoseHistoryError::unreadableHistory,
                                    fmt::format("Readings are missing from this report, of these days: {}.",
                                                fmt::join(content.unreadableDays, ", "))));
-    return ExitCode::good;
+    return code;
 }
 
 }  // namespace
@@ -255,6 +372,9 @@ ExitCode runInsights(const InsightsOptions& options)
         return report({ExitCode::usage, "--days does not go with --from and --to."});
     if (options.dateOrder && !options.csv)
         return report({ExitCode::usage, "--date-order goes with --csv."});
+    if (const auto good = checkFiles(options); !good)
+        return report(good.error());
+    const auto application = wantsPage(options) ? makePictureApplication() : nullptr;
     const auto request = requestOf(options);
     if (!request)
         return report(request.error());

@@ -6,6 +6,7 @@
 #include "program/Commands.h"
 #include "program/Process.h"
 #include "support/Log.h"
+#include "ui/InsightsReportPage.h"
 #include "ui/StatusIconPainter.h"
 
 namespace tidewell {
@@ -206,6 +207,18 @@ ExitCode run(int count, char** values)
     insightsCommand
         ->add_flag("--json", insights.json, "Print everything as a JSON object, in mg/dL and seconds")
         ->disable_flag_override();
+    insightsCommand->add_option("--pdf", insights.pdf,
+                                "Write one page to take along into this file, which is not encrypted");
+    insightsCommand->add_option("--png", insights.png, "Write that page as a picture");
+    insightsCommand->add_option("--paper", insights.paper, "Of the page: a4 or letter; else the locale's")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, InsightsReportPaper>{
+            {"a4", InsightsReportPaper::a4}, {"letter", InsightsReportPaper::letter}}));
+    insightsCommand->add_option("--name", insights.name, "A name on the page; else there is none");
+    insightsCommand
+        ->add_flag("--with-csv", insights.withReadings,
+                   "Attach the readings of the period: a CSV file beside the page")
+        ->disable_flag_override();
+    insightsCommand->add_flag("--force", insights.force, "Replace files that exist")->disable_flag_override();
     app.require_subcommand(0, 1);
 
     try {

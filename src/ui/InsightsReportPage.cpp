@@ -281,6 +281,8 @@ private:
         const auto add = [&text](const QString& sentence) {
             text += (text.isEmpty() ? QString{} : QStringLiteral("\n")) + sentence;
         };
+        if (content_.isDemonstration)
+            add(tr("Demonstration: these readings are not those of the person who made this page."));
         if (content_.quality)
             add(fromText(content_.quality->message));
         if (!content_.unreadableDays.empty())

@@ -30,7 +30,8 @@ struct InsightsReportContent {
     GlucoseUnits unit = GlucoseUnits::mgdL;
     std::string name{};  ///< Only what a person asked for; shown as one line.
     Date madeAt{};
-    std::string version{};  ///< Of the program.
+    std::string version{};         ///< Of the program.
+    bool isDemonstration = false;  ///< The readings are nobody's own, and the page says so.
 };
 
 /// One page to take along: figures with their targets, bands, profile, episodes, the newest days, and how all
