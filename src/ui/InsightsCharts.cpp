@@ -62,8 +62,8 @@ const Palette& palette(GraphTheme theme)
                               .grid{255, 255, 255, 28},
                               .target{70, 190, 120, 40},
                               .targetEdge{90, 200, 130, 150},
-                              .middle90{98, 176, 255, 52},
-                              .middle50{98, 176, 255, 96},
+                              .middle90{140, 196, 255, 84},
+                              .middle50{0, 84, 166, 190},
                               .line{170, 214, 255},
                               .mark{242, 242, 245},
                               .column{98, 176, 255},
@@ -647,7 +647,9 @@ void paintInsightsSmallDay(QPainter& painter, const QRectF& area, const Insights
     painter.drawText(QRectF{area.left() + 2 * line, area.top(), area.width() - 4 * line, head},
                      Qt::AlignLeft | Qt::AlignVCenter,
                      metrics.elidedText(insightsDateText(day.date), Qt::ElideRight, area.width() - 4 * line));
-    painter.fillRect(plot.area, colors.grid);
+    QColor ground = colors.grid;
+    ground.setAlpha(ground.alpha() / 2);
+    painter.fillRect(plot.area, ground);
     paintTarget(painter, plot, colors, 0.7 * line);
     painter.save();
     painter.setClipRect(plot.area, Qt::IntersectClip);

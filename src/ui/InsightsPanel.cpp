@@ -601,7 +601,7 @@ InsightsPanel::InsightsPanel(Handlers handlers, QWidget* parent)
     connect(my.table, &QTableView::activated, this,
             [this](const QModelIndex& index) { impl_->openEpisode(index.row()); });
     layout->addWidget(my.table);
-    layout->addStretch();
+    layout->addStretch(1);
     my.arrangeCards(width());
 }
 
@@ -617,8 +617,10 @@ void InsightsPanel::present(const InsightsViewState& state)
         return;
     const InsightsReportContent& report = *my.report;
     const auto moment = [&](Date date) {
-        return insightsDateText(LocalClock{report.zone}.at(date).date) + u' ' +
-               text(localTimeOfDay(date, report.zone));
+        const auto shown = LocalClock{report.zone}.at(date).date;
+        const int year = static_cast<int>(std::chrono::year_month_day{shown}.year());
+        return formatted("{} {} {}", insightsDateText(shown).toStdString(), year,
+                         localTimeOfDay(date, report.zone));
     };
     const DateInterval& interval = report.result.summary.interval;
     my.periodText->setText(
@@ -639,11 +641,12 @@ void InsightsPanel::present(const InsightsViewState& state)
     my.episodesText->setText(episodesSummary(report));
     my.episodes->setReport(my.report);
     my.table->setVisible(my.episodes->rowCount() > 0);
+    my.table->verticalHeader()->setDefaultSectionSize(my.table->fontMetrics().height() * 3 / 2);
     my.table->resizeColumnsToContents();
     const int rows = std::clamp(my.episodes->rowCount(), 1, tableRows);
     my.table->setFixedHeight(my.table->horizontalHeader()->sizeHint().height() +
-                             rows * my.table->rowHeight(0) + 2 * my.table->frameWidth() +
-                             my.table->fontMetrics().height());
+                             rows * my.table->verticalHeader()->defaultSectionSize() +
+                             2 * my.table->frameWidth());
 }
 
 void InsightsPanel::resizeEvent(QResizeEvent* event)
