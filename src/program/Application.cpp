@@ -13,6 +13,7 @@
 #include "program/Commands.h"
 #include "program/Core.h"
 #include "program/InsightsController.h"
+#include "program/InsightsReportController.h"
 #include "program/Process.h"
 #include "program/SignInController.h"
 #include "support/Log.h"
@@ -65,10 +66,11 @@ constexpr MenuPlaces menuPlaces{.insights = true};
 class Face {
 public:
     Face(Core& core, const ApplicationOptions& options)
-        : core_{core}, signIn_{core}, insights_{core}, item_{itemOptions(core, options)}
+        : core_{core}, signIn_{core}, insights_{core}, report_{core}, item_{itemOptions(core, options)}
     {
         item_.onAbsent([this] { core_.notifyOnce(statusAreaHintShownKey, statusAreaHint()); });
         item_.onCommand([this](MenuCommand command) { carryOut(command); });
+        insights_.onSaveReport([this](const InsightsShown& shown) { report_.show(shown); });
         item_.setGraphSource([this] { return graph(); });
         observer_ = core_.viewModel().observe([this](const StatusBarState&) { present(); });
         settings_ = core_.configuration().observe([this](ConfigurationChange) { present(); });
@@ -183,6 +185,7 @@ private:
     Core& core_;
     SignInController signIn_;
     InsightsController insights_;
+    InsightsReportController report_;
     StatusItem item_;
     /// Of the graph's window, until the settings have them.
     PickedHours pickedHours_ = std::make_shared<std::optional<std::int64_t>>();
