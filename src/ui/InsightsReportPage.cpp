@@ -531,11 +531,11 @@ private:
                 paintInsightsSmallDay(*painter_, cell, days[i], style);
             else if (painter_)
                 paintInsightsDay(*painter_, cell, days[i], style);
-            if (columns == 1)
-                put(above, smallLetters, Qt::AlignHCenter | Qt::AlignVCenter, insightsDateText(days[i].date));
-            if (!days[i].points.empty())
-                put(above, smallLetters, Qt::AlignRight | Qt::AlignVCenter,
-                    fromText(fmt::format("{:.0f}%", days[i].inRangeFraction * 100)));
+            const QString share = days[i].points.empty()
+                                      ? QString{}
+                                      : fromText(fmt::format("{:.0f}%", days[i].inRangeFraction * 100));
+            put(above, smallLetters, Qt::AlignRight | Qt::AlignVCenter,
+                columns == 1 ? insightsDateText(days[i].date) + QStringLiteral("   ") + share : share);
         }
         y_ += rowsOf(days) * dayRowHeight_ + sectionGap;
     }

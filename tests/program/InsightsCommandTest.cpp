@@ -1,10 +1,13 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <boost/json/array.hpp>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 
 #include "program/ExitCode.h"
 #include "program/InsightsReport.h"
@@ -120,6 +123,70 @@ TEST_F(InsightsCommandTest, saysWhatIsWrongWithWhatItIsGiven)
         EXPECT_TRUE(ended.output.starts_with("tidewell: ")) << ended.output;
         EXPECT_NE(ended.output.find(text), std::string::npos) << ended.output;
     }
+}
+
+TEST_F(InsightsCommandTest, writesThePageAndTheReadingsForTheirOwnerAlone)
+{
+    const auto page = folder / "page.pdf";
+    const std::string options = fmt::format("--pdf '{}' --png '{}' --with-csv --from 2024-03-11 --name Ada",
+                                            page.string(), (folder / "page.png").string());
+    const auto ended = run(options + " --time-zone America/New_York", file);
+    EXPECT_EQ(ended.code, 0);
+    EXPECT_NE(ended.output.find("not encrypted"), std::string::npos) << ended.output;
+    const auto contents = [&](const char* name) {
+        std::ifstream stream{folder / name};
+        return std::string{std::istreambuf_iterator<char>{stream}, {}};
+    };
+    EXPECT_TRUE(contents("page.pdf").starts_with("%PDF-"));
+    EXPECT_TRUE(contents("page.png").starts_with("\x89PNG"));
+    // The last of the three days, without the 15 minutes of the night before.
+    const std::string readings = contents("page.csv");
+    EXPECT_EQ(std::ranges::count(readings, '\n'), 1 + 288);
+    EXPECT_NE(readings.find("\n2024-03-11T04:00:00Z,100,"), std::string::npos);
+    for (const char* name : {"page.pdf", "page.png", "page.csv"})
+        EXPECT_EQ(std::filesystem::status(folder / name).permissions(),
+                  std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+
+    // One file that exists keeps all from being written, unless --force says so.
+    std::ofstream{folder / "page.csv"} << "mine";
+    std::filesystem::remove(page);
+    EXPECT_EQ(run(options, file).code, 1);
+    EXPECT_FALSE(std::filesystem::exists(page));
+    EXPECT_EQ(contents("page.csv"), "mine");
+    const auto forced = run(options + " --json --force", file);
+    EXPECT_EQ(forced.code, 0);
+    EXPECT_TRUE(forced.output.starts_with("{\n")) << forced.output;
+    EXPECT_TRUE(std::filesystem::exists(page));
+    EXPECT_NE(contents("page.csv"), "mine");
+}
+
+TEST_F(InsightsCommandTest, refusesFilesThatItCannotOrMustNotWrite)
+{
+    struct Case {
+        std::string options;
+        ExitCode code;
+        std::string_view text;
+    };
+    const std::vector<Case> cases{
+        {"--pdf {}/readings.pdf --with-csv --force", ExitCode::usage, "two things at once"},
+        {"--png {}/readings.csv --force", ExitCode::usage, "two things at once"},
+        {"--pdf {}/a --png {}/a", ExitCode::usage, "two things at once"},
+        {"--pdf {}/readings.csv/a.pdf", ExitCode::failure, "cannot be written"},
+        {"--pdf {}/none/a.pdf", ExitCode::failure, "cannot be written"},
+        {"--pdf {} --force", ExitCode::failure, "cannot be written"},
+        {"--pdf {}/a.pdf --from 2030-01-01 --to 2030-01-02", ExitCode::failure, "Nothing was written"},
+        {"--pdf {}/a.pdf --paper a3", ExitCode::usage, "--paper"},
+        {"--force", ExitCode::usage, "go with --pdf or --png"},
+    };
+    for (auto [options, code, text] : cases) {
+        for (std::size_t at = 0; (at = options.find("{}")) != std::string::npos;)
+            options.replace(at, 2, folder.string());
+        const auto ended = run(options, file);
+        EXPECT_EQ(ended.code, static_cast<int>(code)) << options << ended.output;
+        EXPECT_NE(ended.output.find(text), std::string::npos) << options << ended.output;
+    }
+    const auto only = std::filesystem::directory_iterator{folder};
+    EXPECT_EQ(std::distance(begin(only), end(only)), 1);
 }
 
 TEST(InsightsReport, speaksToAPersonInTheirUnit)
