@@ -1,3 +1,5 @@
+#include "ui/InsightsReportPage.h"
+
 #include <gtest/gtest.h>
 
 #include <QImage>
@@ -8,7 +10,6 @@
 
 #include "insights/InsightsTexts.h"
 #include "ui/InsightsCharts.h"
-#include "ui/InsightsReportPage.h"
 
 namespace tidewell {
 namespace {
