@@ -178,7 +178,9 @@ void InsightsChartView::keyPressEvent(QKeyEvent* event)
 
 void InsightsChartView::focusOutEvent(QFocusEvent* event)
 {
-    walked_.reset();
+    // A day that was opened comes back to where it was opened.
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
+        walked_.reset();
     speak();
     update();
     QWidget::focusOutEvent(event);

@@ -168,23 +168,23 @@ void paintAxes(QPainter& painter, const Plot& plot, const InsightsChartStyle& st
     painter.setPen(colors.faintText);
     painter.drawText(QPointF{plot.area.left(), plot.area.top() - 0.4 * metrics.height()},
                      text(rawValue(style.unit)));
-    double lowest = plot.area.bottom() + metrics.height();  // Of the labels so far.
-    const auto label = [&](double edge) {
-        const double y = plot.y(edge);
-        if (lowest - y < 0.9 * metrics.height())
-            return;
-        lowest = y;
-        painter.setPen(colors.faintText);
-        painter.drawText(
-            QRectF{plot.area.left() - 1000, y - metrics.height(), 1000 - gap, 2 * metrics.height()},
-            Qt::AlignRight | Qt::AlignVCenter, value(edge, style));
-    };
     for (const double edge : bandEdges) {
         painter.setPen(QPen{colors.grid, line});
         painter.drawLine(QPointF{plot.area.left(), plot.y(edge)}, QPointF{plot.area.right(), plot.y(edge)});
-        label(edge);
     }
-    label(plot.top);
+    // The target range first: where there is no room, the others go without a label.
+    std::vector<double> labelled;
+    painter.setPen(colors.faintText);
+    for (const double edge : {lowBelow, highAbove, plot.top, veryHighAbove, veryLowBelow}) {
+        const double y = plot.y(edge);
+        if (std::ranges::any_of(labelled,
+                                [&](double other) { return std::abs(other - y) < 0.9 * metrics.height(); }))
+            continue;
+        labelled.push_back(y);
+        painter.drawText(
+            QRectF{plot.area.left() - 1000, y - metrics.height(), 1000 - gap, 2 * metrics.height()},
+            Qt::AlignRight | Qt::AlignVCenter, value(edge, style));
+    }
 
     const double perHour = plot.area.width() / 24;
     const double needed = 1.6 * metrics.horizontalAdvance(QStringLiteral("00:00"));

@@ -23,6 +23,7 @@ QString text(std::string_view words)
 
 /// Readings of five minutes in an hour.
 constexpr std::size_t readingsPerPage = 12;
+constexpr int leastHeight = 240;
 
 InsightsChart dayChart(const std::shared_ptr<const InsightsReportContent>& report, std::size_t index)
 {
@@ -42,7 +43,7 @@ InsightsChart dayChart(const std::shared_ptr<const InsightsReportContent>& repor
                text(formatGlucose(point.mgdL, report->unit)) + u' ' + text(spokenName(report->unit)) +
                QStringLiteral(", ") + text(bandTitle(insightsBand(point.mgdL)));
     };
-    chart.height = [](double, const InsightsChartStyle& style) { return 240 * style.textScale; };
+    chart.height = [](double, const InsightsChartStyle& style) { return leastHeight * style.textScale; };
     return chart;
 }
 
@@ -88,6 +89,7 @@ InsightsDayDialog::InsightsDayDialog(QWidget* parent) : QDialog{parent}, impl_{s
     layout->addWidget(my.figures);
     layout->addWidget(my.chart, 1);
     layout->addLayout(buttons);
+    resize(QSize{54, 28} * fontMetrics().height());
     connect(my.earlier, &QPushButton::clicked, this, [this] { showDay(impl_->day - 1); });
     connect(my.later, &QPushButton::clicked, this, [this] { showDay(impl_->day + 1); });
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
@@ -115,8 +117,12 @@ void InsightsDayDialog::showDay(std::size_t day)
     const QString title = QLocale::c().toString(date, QStringLiteral("dddd, d MMMM yyyy"));
     my.title->setText(title);
     setWindowTitle(title);
-    QString figures = spokenInsightsDay(shown, report.unit).section(QStringLiteral(": "), 1);
-    figures.front() = figures.front().toUpper();
+    QString figures = tr("No readings");
+    if (shown.meanMgdl)
+        figures = tr("Mean %1 %2, %3% in range, %4 readings")
+                      .arg(text(formatGlucose(*shown.meanMgdl, report.unit)), text(rawValue(report.unit)),
+                           QString::number(100 * shown.inRangeFraction, 'f', 1))
+                      .arg(shown.points.size());
     const auto& days = report.result.summary.coverage.days;
     const auto coverage = std::ranges::find(days, shown.date, &InsightsDayCoverage::date);
     if (coverage != days.end() && coverage->totalDuration > Seconds{0})
