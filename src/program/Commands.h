@@ -127,7 +127,8 @@ struct InsightsOptions {
     std::optional<DateOrder> dateOrder{};          ///< Of that file.
     bool json = false;
     std::optional<std::filesystem::path> pdf{};  ///< One page, instead of lines on standard output ...
-    std::optional<std::filesystem::path> png{};  ///< ... and the same as a picture; of both, as the next four:
+    std::optional<std::filesystem::path>
+        png{};  ///< ... and the same as a picture; of both, as the next four:
     std::optional<InsightsReportPaper> paper{};  ///< Else the locale's.
     std::optional<std::string> name{};           ///< On the page.
     bool withReadings = false;                   ///< As CSV beside it.
