@@ -17,6 +17,7 @@
 #include "program/Process.h"
 #include "program/SignInController.h"
 #include "support/Log.h"
+#include "ui/SpokenStatusItem.h"
 #include "ui/SpokenWidget.h"
 
 namespace tidewell {
@@ -104,9 +105,11 @@ public:
 private:
     void present()
     {
-        item_.present(statusItemContent(core_.viewModel().state(), settings(), core_.clock().now(),
-                                        TimeZone::current(), menuPlaces));
+        const StatusItemContent content = statusItemContent(
+            core_.viewModel().state(), settings(), core_.clock().now(), TimeZone::current(), menuPlaces);
+        item_.present(content);
         item_.graphDidChange();
+        spokenItem_.present(content);
     }
 
     /// The stored ones, with the graph's window as it was picked last.
@@ -187,6 +190,7 @@ private:
     InsightsController insights_;
     InsightsReportController report_;
     StatusItem item_;
+    SpokenStatusItem spokenItem_{[this] { item_.showMenu(QCursor::pos()); }};
     /// Of the graph's window, until the settings have them.
     PickedHours pickedHours_ = std::make_shared<std::optional<std::int64_t>>();
     std::shared_ptr<void> observer_;

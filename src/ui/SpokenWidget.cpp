@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include "ui/SpokenStatusItem.h"
+
 namespace tidewell {
 namespace {
 
@@ -49,21 +51,75 @@ private:
     SpokenWidget& spoken_;  ///< The widget itself; this goes with it.
 };
 
+SpokenStatusItem*& announcedItem()
+{
+    static SpokenStatusItem* item = nullptr;
+    return item;
+}
+
+class ItemInterface final : public QAccessibleObject, public QAccessibleActionInterface {
+public:
+    explicit ItemInterface(SpokenStatusItem* item) : QAccessibleObject{item} {}
+
+    QAccessible::Role role() const override { return QAccessible::Button; }
+    QAccessible::State state() const override { return {}; }
+    QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(qApp); }
+    int childCount() const override { return 0; }
+    QAccessibleInterface* child(int) const override { return nullptr; }
+    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+
+    QString text(QAccessible::Text what) const override
+    {
+        switch (what) {
+        case QAccessible::Name: return item().name();
+        case QAccessible::Description: return item().description();
+        default: return {};
+        }
+    }
+
+    void* interface_cast(QAccessible::InterfaceType type) override
+    {
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                                    : nullptr;
+    }
+    QStringList actionNames() const override { return {pressAction()}; }
+    void doAction(const QString& name) override
+    {
+        if (name == pressAction())
+            item().press();
+    }
+    QStringList keyBindingsForAction(const QString&) const override { return {}; }
+
+private:
+    [[nodiscard]] SpokenStatusItem& item() const { return *qobject_cast<SpokenStatusItem*>(object()); }
+};
+
+/// The application with what the toolkit does not count among its windows: the status item first, an open
+/// popup last.
 class ApplicationInterface final : public QAccessibleApplication {
 public:
-    int childCount() const override { return QAccessibleApplication::childCount() + (popup() ? 1 : 0); }
+    int childCount() const override
+    {
+        return first() + QAccessibleApplication::childCount() + (popup() ? 1 : 0);
+    }
 
     QAccessibleInterface* child(int index) const override
     {
-        QAccessibleInterface* const shown = popup();
-        return shown && index == QAccessibleApplication::childCount() ? shown
-                                                                      : QAccessibleApplication::child(index);
+        if (first() > 0 && index == 0)
+            return item();
+        const int window = index - first();
+        return popup() && window == QAccessibleApplication::childCount()
+                   ? popup()
+                   : QAccessibleApplication::child(window);
     }
 
     int indexOfChild(const QAccessibleInterface* child) const override
     {
-        return child && child == popup() ? QAccessibleApplication::childCount()
-                                         : QAccessibleApplication::indexOfChild(child);
+        if (child && child == item())
+            return 0;
+        const int window = child && child == popup() ? QAccessibleApplication::childCount()
+                                                     : QAccessibleApplication::indexOfChild(child);
+        return window < 0 ? window : window + first();
     }
 
 private:
@@ -72,12 +128,19 @@ private:
         QWidget* const popup = announcedPopup();
         return popup && popup->isVisible() ? QAccessible::queryAccessibleInterface(popup) : nullptr;
     }
+    static QAccessibleInterface* item()
+    {
+        return announcedItem() ? QAccessible::queryAccessibleInterface(announcedItem()) : nullptr;
+    }
+    static int first() { return announcedItem() ? 1 : 0; }
 };
 
 QAccessibleInterface* makeInterface(const QString&, QObject* object)
 {
     if (object == qApp)
         return new ApplicationInterface;
+    if (auto* const item = qobject_cast<SpokenStatusItem*>(object))
+        return new ItemInterface{item};
     auto* const widget = qobject_cast<QWidget*>(object);
     auto* const spoken = dynamic_cast<SpokenWidget*>(object);
     return widget && spoken ? new WidgetInterface{widget, *spoken} : nullptr;
@@ -88,6 +151,8 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object)
 void installSpokenWidgets() { QAccessible::installFactory(makeInterface); }
 
 void announcePopup(QWidget& popup) { announcedPopup() = &popup; }
+
+void announceStatusItem(SpokenStatusItem* item) { announcedItem() = item; }
 
 void setSpokenName(QWidget& widget, const QString& name)
 {

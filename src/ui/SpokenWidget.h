@@ -6,6 +6,8 @@ class QWidget;
 
 namespace tidewell {
 
+class SpokenStatusItem;
+
 /// What assistive technology is told of a widget that draws itself, beside the name and description that
 /// every widget has. A widget inherits it next to its Qt class.
 class SpokenWidget {
@@ -18,13 +20,16 @@ public:
     virtual void press() {}
 };
 
-/// Lets assistive technology see each SpokenWidget, and the popup of announcePopup(). Once, right after the
+/// Lets assistive technology see each SpokenWidget, and what is announced below. Once, right after the
 /// QApplication was made; main thread.
 void installSpokenWidgets();
 
 /// From now on, until it is hidden, this popup window is a child of the application as other windows are; the
 /// toolkit leaves popups out of the tree that screen readers walk.
 void announcePopup(QWidget& popup);
+
+/// The status item is a child of the application from now on; none with null.
+void announceStatusItem(SpokenStatusItem* item);
 
 /// Sets the name and tells of it, when it is another one.
 void setSpokenName(QWidget& widget, const QString& name);

@@ -1,7 +1,7 @@
 #include "platform/linux/StatusItem.h"
 
-#include <QApplication>
 #include <QBuffer>
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QCursor>
 #include <QDBusConnection>
@@ -346,7 +346,6 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         if (hasContent)
             update();
         legacyTray->show();
-        describeLegacyTray();
     }
 
     void present(const StatusItemContent& next)
@@ -527,20 +526,6 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         if (!content.tooltipText.empty())
             text += u'\n' + QString::fromStdString(content.tooltipText);
         legacyTray->setToolTip(text);
-        describeLegacyTray();
-    }
-
-    /// For screen readers. The toolkit makes the tray's window itself, and only once there is a tray.
-    void describeLegacyTray()
-    {
-        for (QWidget* const widget : QApplication::topLevelWidgets()) {
-            if (!widget->inherits("QSystemTrayIconSys"))
-                continue;
-            widget->setObjectName(QStringLiteral("statusBarButton"));
-            widget->setAccessibleName(QString::fromStdString(content.accessibilityLabel));
-            widget->setAccessibleDescription(
-                QString::fromStdString(content.accessibilityValue + " " + content.accessibilityHelp));
-        }
     }
 };
 
