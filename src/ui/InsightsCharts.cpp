@@ -333,14 +333,18 @@ void paintLegend(QPainter& painter, const Plot& plot, const InsightsChartStyle& 
     }
 }
 
-/// A day's curve in the colours of its bands. Of readings that lie closer than half a unit, the first,
-/// lowest, highest and last are drawn: it looks the same, and a sensor may give one a minute.
+/// A day's curve in the colours of its bands. Of readings that lie closer than a unit, the lowest and the
+/// highest are drawn: it looks the same, and a sensor may give one a minute.
 void paintCurve(QPainter& painter, const Plot& plot, const InsightsDay& day, const InsightsChartStyle& style,
                 double width)
 {
     const Palette& colors = palette(style.theme);
-    const double resolution = 0.5 * style.textScale;
-    std::vector<const InsightsDay::Point*> shown;
+    struct Shown {
+        QPointF at;
+        std::size_t band;
+        bool joinsPrevious;
+    };
+    std::vector<Shown> shown;
     const auto& points = day.points;
     for (std::size_t i = 0; i < points.size();) {
         std::size_t low = i;
@@ -348,33 +352,35 @@ void paintCurve(QPainter& painter, const Plot& plot, const InsightsDay& day, con
         std::size_t end = i + 1;
         const double x = plot.xOfSecond(points[i].secondOfDay);
         while (end < points.size() && points[end].joinsPrevious &&
-               plot.xOfSecond(points[end].secondOfDay) - x < resolution) {
+               plot.xOfSecond(points[end].secondOfDay) - x < style.textScale) {
             low = points[end].mgdL < points[low].mgdL ? end : low;
             high = points[end].mgdL > points[high].mgdL ? end : high;
             ++end;
         }
-        std::array chosen{i, std::min(low, high), std::max(low, high), end - 1};
-        for (std::size_t k = 0; k < chosen.size(); ++k)
-            if (k == 0 || chosen[k] != chosen[k - 1])
-                shown.push_back(&points[chosen[k]]);
+        const auto show = [&](std::size_t index, bool joins) {
+            const InsightsDay::Point& point = points[index];
+            shown.push_back({{plot.xOfSecond(point.secondOfDay), plot.y(point.mgdL)},
+                             static_cast<std::size_t>(insightsBand(point.mgdL)),
+                             joins});
+        };
+        show(std::min(low, high), i > 0 && points[i].joinsPrevious);
+        if (low != high)
+            show(std::max(low, high), true);
         i = end;
     }
     std::array<QList<QLineF>, allInsightsBands.size()> lines;
     std::array<QList<QPointF>, allInsightsBands.size()> dots;
-    const auto at = [&](const InsightsDay::Point& point) {
-        return QPointF{plot.xOfSecond(point.secondOfDay), plot.y(point.mgdL)};
-    };
     for (std::size_t i = 0; i < shown.size(); ++i) {
-        const auto band = static_cast<std::size_t>(insightsBand(shown[i]->mgdL));
-        if (shown[i]->joinsPrevious && i > 0)
-            lines[band].append({at(*shown[i - 1]), at(*shown[i])});
-        else if (i + 1 == shown.size() || !shown[i + 1]->joinsPrevious)
-            dots[band].append(at(*shown[i]));
+        const auto& [at, band, joins] = shown[i];
+        if (joins)
+            lines[band].append({shown[i - 1].at, at});
+        else if (i + 1 == shown.size() || !shown[i + 1].joinsPrevious)
+            dots[band].append(at);
     }
     for (std::size_t band = 0; band < lines.size(); ++band) {
         const bool inRange = band == static_cast<std::size_t>(InsightsBand::inRange);
         const QColor& color = inRange ? colors.line : colors.bands[band];
-        painter.setPen(QPen{color, width, Qt::SolidLine, Qt::RoundCap});
+        painter.setPen(QPen{color, width, Qt::SolidLine, Qt::FlatCap});
         painter.drawLines(lines[band]);
         painter.setPen(QPen{color, 2 * width, Qt::SolidLine, Qt::RoundCap});
         painter.drawPoints(dots[band].data(), static_cast<int>(dots[band].size()));
@@ -653,7 +659,7 @@ void paintInsightsSmallDay(QPainter& painter, const QRectF& area, const Insights
     paintTarget(painter, plot, colors, 0.7 * line);
     painter.save();
     painter.setClipRect(plot.area, Qt::IntersectClip);
-    paintCurve(painter, plot, day, style, 1.2 * line);
+    paintCurve(painter, plot, day, style, line);
     painter.restore();
     if (day.points.empty()) {
         painter.setPen(colors.faintText);

@@ -120,23 +120,26 @@ private:
 };
 
 /// A frame with a text that has to be noticed, and perhaps a button.
-class Notice final : public QFrame {
+class Notice final : public QFrame, public SpokenWidget {
 public:
-    Notice(const QString& name, QWidget* parent) : QFrame{parent}
+    enum class Weight { information, doubt };
+    Notice(const QString& name, Weight weight, QWidget* parent) : QFrame{parent}, weight_{weight}
     {
         setObjectName(name);
         setFrameShape(QFrame::StyledPanel);
         text_ = wrappedLabel(this);
         layout_ = new QHBoxLayout{this};
+        layout_->setContentsMargins(layout_->contentsMargins() + QMargins{stripWidth, 0, 0, 0});
         layout_->addWidget(text_, 1);
         hide();
     }
     void present(const QString& words)
     {
         text_->setText(words);
-        setAccessibleName(words);
+        setSpokenName(*this, words);
         setVisible(!words.isEmpty());
     }
+    [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Note; }
     QPushButton* addButton(const QString& title)
     {
         auto* button = new QPushButton{title, this};
@@ -144,7 +147,20 @@ public:
         return button;
     }
 
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        QFrame::paintEvent(event);
+        QPainter painter{this};
+        painter.fillRect(QRect{frameWidth(), frameWidth(), stripWidth, height() - 2 * frameWidth()},
+                         weight_ == Weight::doubt
+                             ? insightsBandColor(InsightsBand::high, insightsChartStyle(*this, {}, {}).theme)
+                             : palette().color(QPalette::Highlight));
+    }
+
 private:
+    static constexpr int stripWidth = 4;
+    Weight weight_;
     QLabel* text_ = nullptr;
     QHBoxLayout* layout_ = nullptr;
 };
@@ -521,8 +537,8 @@ InsightsPanel::InsightsPanel(Handlers handlers, QWidget* parent)
     Impl& my = *impl_;
     my.handlers = std::move(handlers);
     auto* layout = new QVBoxLayout{this};
-    const auto addNotice = [&](const char* name) {
-        auto* notice = new Notice{QString::fromLatin1(name), this};
+    const auto addNotice = [&](const char* name, Notice::Weight weight = Notice::Weight::information) {
+        auto* notice = new Notice{QString::fromLatin1(name), weight, this};
         layout->addWidget(notice);
         return notice;
     };
@@ -534,9 +550,9 @@ InsightsPanel::InsightsPanel(Handlers handlers, QWidget* parent)
         if (impl_->handlers.completionSeen)
             impl_->handlers.completionSeen();
     });
-    my.quality = addNotice("insightsQualityNotice");
+    my.quality = addNotice("insightsQualityNotice", Notice::Weight::doubt);
     my.savingOff = addNotice("insightsSavingOffNotice");
-    my.incomplete = addNotice("insightsIncompleteNotice");
+    my.incomplete = addNotice("insightsIncompleteNotice", Notice::Weight::doubt);
     my.periodText = wrappedLabel(this);
     layout->addWidget(my.periodText);
 

@@ -51,8 +51,8 @@ QLabel* wrappedLabel(QWidget* parent)
     auto* label = new QLabel{parent};
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
+    // Reached by Tab, so that a screen reader reads it and the keyboard can copy from it.
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    label->setFocusPolicy(Qt::NoFocus);
     return label;
 }
 
@@ -78,6 +78,7 @@ struct InsightsWindow::Impl {
     QDateEdit* from = nullptr;
     QDateEdit* to = nullptr;
     QLabel* dash = nullptr;
+    QWidget* header = nullptr;
     QLabel* busy = nullptr;
     QPushButton* save = nullptr;
 
@@ -95,7 +96,7 @@ struct InsightsWindow::Impl {
     InsightsPanel* panel = nullptr;
     InsightsDayDialog* day = nullptr;
 
-    QWidget* makeHeader(InsightsWindow* window);
+    void makeHeader(InsightsWindow* window);
     void makeMessagePage(InsightsWindow* window);
 
     [[nodiscard]] bool picksDates() const { return period->currentIndex() == int{offeredDays.size()}; }
@@ -164,9 +165,9 @@ struct InsightsWindow::Impl {
     }
 };
 
-QWidget* InsightsWindow::Impl::makeHeader(InsightsWindow* window)
+void InsightsWindow::Impl::makeHeader(InsightsWindow* window)
 {
-    auto* header = new QWidget{window};
+    header = new QWidget{window};
     auto* label = new QLabel{tr("&Period:"), header};
     period = new QComboBox{header};
     period->setObjectName(QStringLiteral("insightsPeriod"));
@@ -199,7 +200,6 @@ QWidget* InsightsWindow::Impl::makeHeader(InsightsWindow* window)
     layout->addStretch();
     layout->addWidget(busy);
     layout->addWidget(save);
-    return header;
 }
 
 void InsightsWindow::Impl::makeMessagePage(InsightsWindow* window)
@@ -247,7 +247,7 @@ InsightsWindow::InsightsWindow(Handlers handlers) : impl_{std::make_unique<Impl>
     my.handlers = std::move(handlers);
     setObjectName(QStringLiteral("insightsWindow"));
     setWindowTitle(tr("Insights"));
-    auto* header = my.makeHeader(this);
+    my.makeHeader(this);
     my.makeMessagePage(this);
     my.panel = new InsightsPanel{{.openDay =
                                       [this](std::size_t day) {
@@ -276,7 +276,7 @@ InsightsWindow::InsightsWindow(Handlers handlers) : impl_{std::make_unique<Impl>
     my.pages->addWidget(my.scroll);
     auto* layout = new QVBoxLayout{this};
     layout->setContentsMargins(4, 0, 4, 4);
-    layout->addWidget(header);
+    layout->addWidget(my.header);
     layout->addWidget(my.pages, 1);
 
     my.save->setVisible(static_cast<bool>(my.handlers.saveReport));
@@ -322,6 +322,11 @@ void InsightsWindow::present(const InsightsViewState& state)
     const bool hasReport = state.phase == Phase::report && state.report;
     const bool hasReadings = hasReport && state.report->result.summary.readingCount > 0;
     my.save->setEnabled(hasReadings);
+    // Before the report opens there is nothing to pick a period for.
+    const bool collecting = state.phase == Phase::collecting;
+    if (collecting && my.header->isAncestorOf(focusWidget() ? focusWidget() : my.header))
+        my.title->setFocus();
+    my.header->setVisible(!collecting);
     switch (state.phase) {
     case Phase::loading: my.showMessage(text(insightsLoadingText), {}, {}); break;
     case Phase::calculating: my.showMessage(text(insightsCalculatingText), {}, {}); break;
