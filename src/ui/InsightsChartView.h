@@ -41,6 +41,7 @@ struct InsightsChart {
 /// the chart's summary. Keys that it does not use go on to the parent. Colours and letters follow palette and
 /// font. Main thread.
 class InsightsChartView final : public QWidget, public SpokenWidget {
+    Q_OBJECT
 public:
     explicit InsightsChartView(const QString& name, QWidget* parent = nullptr);
 
