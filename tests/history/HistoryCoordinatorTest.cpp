@@ -256,4 +256,39 @@ TEST_F(HistoryCoordinatorTest, oldReadingsGoOnceADayAndABrokenOffDeletionIsEnded
     EXPECT_TRUE(world.keychain.items.empty());
 }
 
+TEST_F(HistoryCoordinatorTest, handsOutWhatIsSavedWithoutWaitingAndTellsThatTheReportOpened)
+{
+    using Snapshot = std::expected<GlucoseHistorySnapshot, GlucoseHistoryError>;
+    const auto ask = [this] {
+        return std::make_unique<Running<Snapshot>>(
+            io.get_executor(), coordinator->snapshot(storyNow - oneHour, storyNow + oneHour));
+    };
+    auto nobody = ask();
+    settle();
+    EXPECT_EQ(nobody->result().error(), GlucoseHistoryError::accountRequired);
+
+    enable("ada");
+    follow("ada");
+    save({readingAt(storyNow)});
+    auto asked = ask();
+    clock.runReady();
+    EXPECT_FALSE(asked->ended()) << "the worker has not had its turn";
+    settle();
+    EXPECT_EQ(valuesOf(asked->result()->readings), onDisk("ada"));
+
+    int told = 0;
+    const auto observing = coordinator->observe([&](const GlucoseHistoryStatus&) { ++told; });
+    const Running<std::expected<void, GlucoseHistoryError>> opening{io.get_executor(),
+                                                                    coordinator->setInsightsUnlocked()};
+    settle();
+    EXPECT_TRUE(opening.result());
+    EXPECT_EQ(coordinator->status().configuration.insightsUnlockedAt, clock.now());
+    EXPECT_EQ(told, 1);
+
+    auto left = ask();
+    coordinator.reset();
+    settle();
+    EXPECT_TRUE(left->ended()) << "who asked may outlive who answers";
+}
+
 }  // namespace tidewell
