@@ -56,7 +56,12 @@ InsightsController::InsightsController(Core& core) : core_{core}
     QObject::connect(&renewal_, &QTimer::timeout, [this] { reload(); });
 }
 
-InsightsController::~InsightsController() { load_.cancel(); }
+InsightsController::~InsightsController()
+{
+    ++*generation_;
+    load_.cancel();
+    delete window_;
+}
 
 void InsightsController::show()
 {
