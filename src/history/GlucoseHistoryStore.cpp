@@ -11,6 +11,7 @@
 
 #include "history/GlucoseHistoryAccount.h"
 #include "history/HistoryMerge.h"
+#include "history/HistoryRetention.h"
 #include "history/LegacyHistory.h"
 #include "history/LocalGlucoseHistoryFileAccess.h"
 
@@ -28,7 +29,6 @@ constexpr std::string_view manifestName = "manifest.json";
 constexpr std::string_view lockName = ".lock";
 constexpr std::string_view accountsName = "accounts";
 constexpr std::string_view historySuffix = ".history";
-constexpr Seconds oneDay{86400};
 /// What day indices are computed of: 1970 to the year 9999, whatever a caller asks for.
 constexpr Date firstDate{};
 constexpr Date lastDate = dateFromUnix(253'402'300'799);
@@ -38,11 +38,6 @@ enum class Area { manifest, configuration, deletion, saving, manifestWrite, migr
 constexpr std::size_t areaCount = 8;
 
 bool isRetention(std::int64_t days) { return days == 30 || days == 90; }
-
-Date oldestKept(const GlucoseHistoryConfiguration& configuration, Date now)
-{
-    return now - oneDay * static_cast<double>(configuration.retentionDays);
-}
 
 std::int64_t dayOf(Date date) { return historyDayIndex(std::clamp(date, firstDate, lastDate)); }
 
@@ -54,6 +49,21 @@ void keepFirst(Result<void>& kept, const Result<void>& other)
 }
 
 using Batch = std::map<std::int64_t, std::vector<StoredReading>>;  ///< By day.
+
+std::optional<std::int64_t> newestDay(const Batch& batch)
+{
+    return batch.empty() ? std::nullopt : std::optional{batch.rbegin()->first};
+}
+
+/// Removes the readings dated before `oldest`; how many.
+std::size_t dropBefore(Batch& batch, Date oldest)
+{
+    std::size_t dropped = 0;
+    for (auto& [day, readings] : batch)
+        dropped += dropReadingsBefore(readings, oldest);
+    std::erase_if(batch, [](const auto& day) { return day.second.empty(); });
+    return dropped;
+}
 
 /// A lock across processes; let go when it goes.
 class HistoryLock {
@@ -352,6 +362,17 @@ struct GlucoseHistoryStore::Impl {
         return result;
     }
 
+    /// What the attached scope keeps from; `newestToCome` is the newest day that is about to be saved.
+    Result<Date> oldestKept(const GlucoseHistoryConfiguration& configuration, Date now,
+                            std::optional<std::int64_t> newestToCome = std::nullopt)
+    {
+        const auto days = account(*attached).days();
+        if (!days)
+            return Failure{days.error()};
+        const auto newestSaved = days->empty() ? std::nullopt : std::optional{days->back()};
+        return oldestKeptReading(configuration.retentionDays, now, std::max(newestSaved, newestToCome));
+    }
+
     /// Removes whole days beyond the retention.
     Result<void> removeOldDays(const GlucoseHistoryConfiguration& configuration, Date now)
     {
@@ -360,8 +381,11 @@ struct GlucoseHistoryStore::Impl {
         if (!days)
             return Failure{days.error()};
         Result<void> result;
-        const std::int64_t firstKept = dayOf(oldestKept(configuration, now));
-        if (days->empty() || days->front() >= firstKept)
+        if (days->empty())
+            return {};
+        const std::int64_t firstKept =
+            dayOf(oldestKeptReading(configuration.retentionDays, now, days->back()));
+        if (days->front() >= firstKept)
             return {};
         for (const std::int64_t day : *days) {
             if (day < firstKept)
@@ -373,11 +397,9 @@ struct GlucoseHistoryStore::Impl {
     }
 
     /// The readings of the day that the retention ends in. A damaged one goes when all of it is too old.
-    Result<void> trimBoundaryDay(const SecretText& key, const GlucoseHistoryConfiguration& configuration,
-                                 Date now)
+    Result<void> trimBoundaryDay(const SecretText& key, Date oldest)
     {
         GlucoseHistoryAccount& own = account(*attached);
-        const Date oldest = oldestKept(configuration, now);
         auto day = own.readDay(key, dayOf(oldest));
         if (!day && day.error() != unreadableHistory)
             return Failure{day.error()};
@@ -388,24 +410,27 @@ struct GlucoseHistoryStore::Impl {
         return own.writeDay(key, dayOf(oldest), **day);
     }
 
-    Result<bool> hasBoundaryDay(const GlucoseHistoryConfiguration& configuration, Date now)
+    /// The oldest time that is kept, when a day is saved that it may be in the midst of.
+    Result<std::optional<Date>> boundary(const GlucoseHistoryConfiguration& configuration, Date now)
     {
+        const auto oldest = oldestKept(configuration, now);
+        if (!oldest)
+            return Failure{oldest.error()};
         const auto days = account(*attached).days();
         if (!days)
             return Failure{days.error()};
-        return std::ranges::binary_search(*days, dayOf(oldestKept(configuration, now)));
+        return std::ranges::binary_search(*days, dayOf(*oldest)) ? std::optional{*oldest} : std::nullopt;
     }
 
     Result<void> trimAll(const Result<SecretText>& key, const GlucoseHistoryConfiguration& configuration,
                          Date now)
     {
         Result<void> result = removeOldDays(configuration, now);
-        const auto boundary = hasBoundaryDay(configuration, now);
-        if (!boundary)
-            keepFirst(result, Failure{boundary.error()});
-        else if (*boundary)
-            keepFirst(result,
-                      key ? trimBoundaryDay(*key, configuration, now) : Result<void>{Failure{key.error()}});
+        const auto oldest = boundary(configuration, now);
+        if (!oldest)
+            keepFirst(result, Failure{oldest.error()});
+        else if (*oldest)
+            keepFirst(result, key ? trimBoundaryDay(*key, **oldest) : Result<void>{Failure{key.error()}});
         // What an earlier try removed may still come back with a power cut.
         if (parts.files.syncFolder(folderOf(*attached)))
             keepFirst(result, Failure{storageFailure});
@@ -699,10 +724,10 @@ struct GlucoseHistoryStore::Impl {
     {
         if (configuration.pendingDeletion)
             return {};
-        const auto boundary = hasBoundaryDay(configuration, now);
-        if (!boundary)
-            return Failure{boundary.error()};
-        return trimAll(*boundary ? account(*attached).loadKey(false) : Result<SecretText>{}, configuration,
+        const auto oldest = boundary(configuration, now);
+        if (!oldest)
+            return Failure{oldest.error()};
+        return trimAll(*oldest ? account(*attached).loadKey(false) : Result<SecretText>{}, configuration,
                        now);
     }
 
@@ -759,14 +784,16 @@ struct GlucoseHistoryStore::Impl {
         if (!collects(*configuration) || !isCurrent(token))
             return 0;
 
-        const Date oldest = std::max(oldestKept(**configuration, fetchedAt),
-                                     (*configuration)->collectionCutoff.value_or(firstDate));
         Batch batch;
         for (const GlucoseReading& reading : readings) {
-            const auto stored = storableReading(reading);
-            if (stored && stored->date >= oldest)
+            if (const auto stored = storableReading(reading))
                 batch[historyDayIndex(stored->date)].push_back({*stored, fetchedAt});
         }
+        const auto kept = oldestKept(**configuration, fetchedAt, newestDay(batch));
+        if (!kept)
+            return Failure{kept.error()};
+        std::ignore =
+            dropBefore(batch, std::max(*kept, (*configuration)->collectionCutoff.value_or(firstDate)));
         const auto key = settledKey(*prepared, *configuration);
         if (!key)
             return Failure{key.error()};
@@ -906,14 +933,16 @@ struct GlucoseHistoryStore::Impl {
         HistoryImportResult imported;
         Batch batch;
         for (const GlucoseReading& reading : readings) {
-            const auto stored = storableReading(reading);
-            if (!stored)
-                ++imported.refused;
-            else if (stored->date < oldestKept(configuration, now))
-                ++imported.beyondRetention;
-            else
+            if (const auto stored = storableReading(reading))
                 batch[historyDayIndex(stored->date)].push_back({*stored, now});
+            else
+                ++imported.refused;
         }
+        // What is imported is no sign of how late it is: an old file would be kept only until the next save.
+        const auto kept = oldestKept(configuration, now);
+        if (!kept)
+            return Failure{kept.error()};
+        imported.beyondRetention = dropBefore(batch, *kept);
         if (batch.empty())
             return imported;
         std::optional<Date> oldest;

@@ -38,6 +38,8 @@ struct HistoryImportResult {
 /// line may share a history. What returned success survives a power cut. No failure destroys: what was saved
 /// stays byte for byte, except what retention or a deletion asked for removes.
 ///
+/// Retention counts as oldestKeptReading() does, for every operation: a clock that runs ahead removes nothing.
+///
 /// After an error, the same operation may be called again, and does what is missing. While the manifest does
 /// not decode, every operation but deleteAll() is invalidConfiguration and touches nothing.
 class GlucoseHistoryStore {

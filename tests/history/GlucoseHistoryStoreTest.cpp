@@ -167,7 +167,8 @@ TEST_F(GlucoseHistoryStoreTest, aDamagedDayStaysAndTheOthersGoOn)
     ASSERT_TRUE(imported);
     EXPECT_EQ(imported->unreadableDays, all->unreadableDays);
     EXPECT_EQ(imported->alreadyThere, 1U);
-    EXPECT_TRUE(store.trim(storyNow + 88 * dayLength + oneHour)) << "the day that the retention ends in";
+    EXPECT_TRUE(store.import({readingAt(storyNow + 92 * dayLength)}, storyNow, false));
+    EXPECT_TRUE(store.trim(storyNow + 89 * dayLength + oneHour)) << "the day that the retention ends in";
     EXPECT_EQ(world.files.files().at(damagedDay), damage);
     EXPECT_TRUE(store.trim(storyNow + 91 * dayLength));
     EXPECT_FALSE(world.files.files().contains(damagedDay)) << "its name tells that it is too old";
@@ -294,6 +295,30 @@ TEST_F(GlucoseHistoryStoreTest, whatNoFileCanHoldDoesNotSpoilTheDay)
     const auto imported = store.import(readings, storyNow, true);
     ASSERT_TRUE(imported);
     EXPECT_EQ(imported->refused, 4U);
+}
+
+TEST_F(GlucoseHistoryStoreTest, aClockThatRunsAheadRemovesNothingAndSavingGoesOn)
+{
+    const Date ahead = storyNow + 366 * dayLength;
+    const auto files = world.files.files();
+    EXPECT_EQ(store.save(*store.collectionToken(), {readingAt(storyNow)}, ahead).value_or(9), 0U);
+    EXPECT_TRUE(store.trim(ahead));
+    EXPECT_TRUE(store.setRetention(90, ahead));
+    EXPECT_TRUE(store.enable(90, 1, ahead));
+    GlucoseHistoryStore next{world.parts()};
+    EXPECT_TRUE(next.recover(ahead));
+    EXPECT_TRUE(next.attach(anna));
+    EXPECT_TRUE(next.trim(ahead));
+    EXPECT_EQ(world.files.files(), files);
+    // What the service gives is dated really.
+    EXPECT_EQ(next.save(*next.collectionToken(), {readingAt(storyNow + oneHour)}, ahead).value_or(9), 1U);
+    const auto imported = next.import({readingAt(storyNow - dayLength + oneHour)}, ahead, false);
+    EXPECT_TRUE(imported && imported->added == 1);
+    EXPECT_EQ(count(next), 5U);
+    // Days go as newer ones come, and from the clock's time on when that is earlier.
+    EXPECT_EQ(next.save(*next.collectionToken(), {readingAt(storyNow + 91 * dayLength)}, ahead).value_or(9),
+              1U);
+    EXPECT_EQ(count(next), 1U);
 }
 
 TEST_F(GlucoseHistoryStoreTest, refusesWhatNeedsAnAccountOrAnotherRetention)

@@ -136,9 +136,10 @@ private:
         const auto saved = store_->save(*token, readings, now_);
         ASSERT_TRUE(saved);
         bool any = false;
+        const Date begin = oldest(*scope, readings);
         for (const GlucoseReading& reading : readings) {
             const GlucoseReading stored = *storable(reading);
-            if (stored.date < *scope->configuration.collectionCutoff || stored.date < oldest(*scope))
+            if (stored.date < *scope->configuration.collectionCutoff || stored.date < begin)
                 continue;
             any = true;
             auto& kept = scope->readings[second(stored)];
@@ -147,9 +148,8 @@ private:
         }
         if (any && !scope->configuration.collectionStartedAt)
             scope->configuration.collectionStartedAt = now_;
-        std::erase_if(scope->readings, [&](const auto& one) {
-            return one.first / 86400 < static_cast<std::int64_t>(unixSeconds(oldest(*scope))) / 86400;
-        });
+        const auto firstDay = static_cast<std::int64_t>(unixSeconds(oldest(*scope))) / 86400;
+        std::erase_if(scope->readings, [&](const auto& one) { return one.first / 86400 < firstDay; });
     }
 
     /// By a token of earlier: nothing happens unless it is the one in force.
@@ -174,9 +174,10 @@ private:
             return;
         ModelScope after = *scope;
         HistoryImportResult expected;
+        const Date begin = oldest(*scope);
         for (const GlucoseReading& reading : readings) {
             const GlucoseReading stored = *storable(reading);
-            if (stored.date < oldest(*scope)) {
+            if (stored.date < begin) {
                 ++expected.beyondRetention;
                 continue;
             }
@@ -251,14 +252,20 @@ private:
     {
         return static_cast<std::int64_t>(unixSeconds(reading.date));
     }
-    Date oldest(const ModelScope& scope) const
+    /// Back from now, or from the end of the newest day that is saved, or in `coming`.
+    Date oldest(const ModelScope& scope, const std::vector<GlucoseReading>& coming = {}) const
     {
-        return now_ - dayLength * static_cast<double>(scope.configuration.retentionDays);
+        std::int64_t newest = scope.readings.empty() ? 0 : scope.readings.rbegin()->first;
+        for (const GlucoseReading& reading : coming)
+            newest = std::max(newest, second(*storable(reading)));
+        const Date end = dateFromUnix(static_cast<double>(newest / 86400 + 1) * 86400);
+        return (newest ? std::min(now_, end) : now_) -
+               dayLength * static_cast<double>(scope.configuration.retentionDays);
     }
     void dropOld(ModelScope& scope) const
     {
-        std::erase_if(scope.readings,
-                      [&](const auto& one) { return one.second.reading.date < oldest(scope); });
+        const Date begin = oldest(scope);
+        std::erase_if(scope.readings, [&](const auto& one) { return one.second.reading.date < begin; });
     }
 
     SeededRandom choices_;

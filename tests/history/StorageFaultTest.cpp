@@ -72,6 +72,16 @@ void fillTwo(HistoryWorld& world)
     world.files.put(world.root / "accounts" / anna.text() / stray, "half a day");
 }
 
+/// What a change of the retention leaves when it ends before it has removed anything.
+void shortenRetention(HistoryWorld& world, const HistoryScopeID& scope)
+{
+    const auto path = world.root / "accounts" / scope.text() / "configuration.json";
+    auto configuration = decodeHistoryConfiguration(world.files.files().at(path.string()));
+    ASSERT_TRUE(configuration);
+    configuration->retentionDays = 30;
+    world.files.put(path, encode(*configuration));
+}
+
 void fillLegacy(HistoryWorld& world)
 {
     const std::string keyBytes(32, 'k');
@@ -233,14 +243,17 @@ std::vector<Scenario> scenarios()
                  removeBefore(state.scopes[anna].values, storyNow - 30 * dayLength);
                  state.scopes[anna].configuration.retentionDays = 30;
              }});
-    all.push_back(
-        {.name = "daily trim",
-         .prepare = fillTwo,
-         .operate = [](GlucoseHistoryStore& store) { return store.trim(storyNow + 60 * dayLength); },
-         .change =
-             [](HistoryState& state) {
-                 removeBefore(state.scopes[anna].values, storyNow - 30 * dayLength);
-             }});
+    all.push_back({.name = "daily trim",
+                   .prepare =
+                       [](HistoryWorld& world) {
+                           fillTwo(world);
+                           shortenRetention(world, anna);  // As if killed before anything was removed.
+                       },
+                   .operate = [](GlucoseHistoryStore& store) { return store.trim(storyNow); },
+                   .change =
+                       [](HistoryState& state) {
+                           removeBefore(state.scopes[anna].values, storyNow - 30 * dayLength);
+                       }});
     all.push_back({.name = "load",
                    .prepare = fillTwo,
                    .operate =
