@@ -88,18 +88,20 @@ struct AccountSetOptions {
 /// desktop and the service itself.
 [[nodiscard]] ExitCode runDoctor(bool asJson);
 
-/// What is saved of the account, how, and what is wrong with it.
+/// What is saved of the account, how, and what is wrong with it; and of how many others there is something.
 [[nodiscard]] ExitCode runHistoryStatus(bool asJson);
-/// Shows what saving means, asks unless it is accepted beforehand, and begins to save.
+/// Shows what saving means, asks unless it is accepted beforehand, and begins to save. A shorter retention
+/// asks as runHistoryRetention() does.
 struct HistoryEnableOptions {
     std::optional<std::int64_t> retentionDays{};  ///< Else as it was, or 90.
     bool accept = false;
+    bool yes = false;  ///< Deletes older readings without being asked.
 };
 [[nodiscard]] ExitCode runHistoryEnable(const HistoryEnableOptions& options);
 [[nodiscard]] ExitCode runHistoryDisable();
 /// Asks, unless `yes`, when readings would be deleted by it.
 [[nodiscard]] ExitCode runHistoryRetention(std::int64_t days, bool yes);
-/// Of the account, or of all; asks unless `yes`.
+/// Of the account, or of all, for which nobody need be signed in; asks unless `yes`.
 [[nodiscard]] ExitCode runHistoryDelete(bool all, bool yes);
 struct HistoryExportOptions {
     std::filesystem::path file{};

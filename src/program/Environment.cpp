@@ -23,20 +23,25 @@ void makeFolder(const std::filesystem::path& folder)
         removeStrayTemporaries(folder);
 }
 
-std::expected<std::shared_ptr<KeychainItemStoring>, CommandError> chosenKeychain(const Folders& folders)
+/// Why there is none; else it is in `environment`, whose folders are known.
+std::optional<CommandError> chooseKeychain(Environment& environment)
 {
     const char* chosen = std::getenv("TIDEWELL_KEYCHAIN");
     const std::string_view name = chosen ? chosen : "secret-service";
     if (name.empty() || name == "secret-service")
-        return std::make_shared<KeychainItemStore>();
-    if (name == "file") {
-        const auto file = folders.state / "keychain.json";
+        environment.keychain = std::make_shared<KeychainItemStore>();
+    else if (name == "file") {
+        const auto file = environment.folders.state / "keychain.json";
         environmentLog.warning("Passwords are kept in the owner-only file " + file.string() +
                                ", because TIDEWELL_KEYCHAIN=file asks for it.");
-        return std::make_shared<FileKeychainItemStore>(file);
+        environment.keychain = std::make_shared<FileKeychainItemStore>(file);
+        environment.keychainFile = file;
+    } else {
+        return CommandError{
+            ExitCode::usage,
+            "TIDEWELL_KEYCHAIN must be \"secret-service\" or \"file\"; it is something else."};
     }
-    return std::unexpected(CommandError{
-        ExitCode::usage, "TIDEWELL_KEYCHAIN must be \"secret-service\" or \"file\"; it is something else."});
+    return std::nullopt;
 }
 
 }  // namespace
@@ -113,10 +118,8 @@ std::expected<Environment, CommandError> standardEnvironment()
     makeFolder(folders->configuration);
     makeFolder(folders->state);
 
-    auto keychain = chosenKeychain(*folders);
-    if (!keychain)
-        return std::unexpected(keychain.error());
-    environment.keychain = std::move(*keychain);
+    if (auto problem = chooseKeychain(environment))
+        return std::unexpected(*std::move(problem));
 
     const char* named = std::getenv("TIDEWELL_ENDPOINTS");
     auto endpoints = ServiceEndpoints::load(

@@ -36,6 +36,7 @@ struct Environment {
     std::unique_ptr<DemoService> demo{};           ///< Of a demonstration.
     Folders folders{};
     std::shared_ptr<KeychainItemStoring> keychain{};
+    std::filesystem::path keychainFile{};  ///< Where a file stands in for the keyring; else empty.
     ServiceEndpoints endpoints{};
 
     [[nodiscard]] std::filesystem::path document() const

@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "program/Commands.h"
 #include "program/HistorySession.h"
 #include "support/Json.h"
@@ -15,14 +17,12 @@ constexpr std::string_view disclosure =
     "  What       Each glucose reading that Tidewell fetches from now on for this account and person: "
     "value,\n"
     "             trend and time. Nothing from before.\n"
-    "  Where      On this computer only, encrypted. The key is in your keyring. Nothing is ever uploaded.\n"
+    "  Where      On this computer only, encrypted. Nothing is ever uploaded.\n"
+    "  Key        {}\n"
     "  How long   {} days; older readings are removed. \"tidewell history retention\" with 30 or 90 changes "
     "that.\n"
     "  To stop    \"tidewell history disable\"; what is saved stays.\n"
     "  To delete  \"tidewell history delete\"; it removes the readings, and their key last.\n";
-
-/// Far beyond any retention, in both directions.
-constexpr Seconds fourMonths{120.0 * 86400};
 
 std::string dateText(const std::optional<Date>& date) { return date ? isoText(*date) : "not yet"; }
 
@@ -47,32 +47,53 @@ std::string_view nameOf(GlucoseHistoryError error)
     std::unreachable();
 }
 
+/// What is wrong: its name, and how the command ends.
+struct HistoryFault {
+    std::string_view name;
+    CommandError error;
+};
+
+HistoryFault faultOf(GlucoseHistoryError error) { return {nameOf(error), commandError(error)}; }
+
 struct HistoryFindings {
-    GlucoseHistoryStatus status{};
+    GlucoseHistoryConfiguration configuration{};
+    bool hasAccount = true;
+    std::size_t otherHistories = 0;
     std::optional<GlucoseHistorySnapshot> snapshot{};
-    std::optional<GlucoseHistoryError> problem{};
+    std::optional<HistoryFault> problem{};
 };
 
 /// Looks at everything that is saved. An account that never saved anything needs no key.
 HistoryFindings findingsOf(HistorySession& session)
 {
-    HistoryFindings findings{.status = session.status(), .problem = session.status().problem};
-    if (!findings.status.configuration.hasPreviouslyEnabled)
+    HistoryFindings findings{.configuration = session.status().configuration,
+                             .otherHistories = session.otherHistories()};
+    if (const auto& missing = session.missingAccount()) {
+        findings.hasAccount = false;
+        findings.problem = HistoryFault{missing->code == ExitCode::signInNeeded
+                                            ? nameOf(GlucoseHistoryError::accountRequired)
+                                            : "accountUnreadable",
+                                        *missing};
         return findings;
-    auto snapshot = session.store().snapshot(session.now() - fourMonths, session.now() + fourMonths);
+    }
+    if (const auto problem = session.status().problem)
+        findings.problem = faultOf(*problem);
+    if (!findings.configuration.hasPreviouslyEnabled)
+        return findings;
+    auto snapshot = session.store().snapshot(historyBegin, historyEnd);
     if (snapshot) {
         if (!snapshot->unreadableDays.empty() && !findings.problem)
-            findings.problem = GlucoseHistoryError::unreadableHistory;
+            findings.problem = faultOf(GlucoseHistoryError::unreadableHistory);
         findings.snapshot = std::move(*snapshot);
     } else if (!findings.problem) {
-        findings.problem = snapshot.error();
+        findings.problem = faultOf(snapshot.error());
     }
     return findings;
 }
 
 json::object jsonOf(const HistoryFindings& findings, const std::filesystem::path& root)
 {
-    const auto& configuration = findings.status.configuration;
+    const auto& configuration = findings.configuration;
     json::object object{{"isEnabled", configuration.isEnabled},
                         {"retentionDays", configuration.retentionDays},
                         {"consentVersion", configuration.consentVersion},
@@ -94,21 +115,35 @@ json::object jsonOf(const HistoryFindings& findings, const std::filesystem::path
             unreadable.emplace_back(dayList({day}));
     }
     object["readingCount"] = findings.snapshot ? json::value(findings.snapshot->readings.size())
-                             : findings.status.configuration.hasPreviouslyEnabled ? json::value(nullptr)
-                                                                                  : json::value(0);
+                             : configuration.hasPreviouslyEnabled || !findings.hasAccount
+                                 ? json::value(nullptr)
+                                 : json::value(0);
     object["firstReadingAt"] = jsonDate(first);
     object["lastReadingAt"] = jsonDate(last);
     object["unreadableDays"] = std::move(unreadable);
+    object["otherHistories"] = findings.otherHistories;
     object["folder"] = root.string();
-    object["problem"] = findings.problem ? json::value(json::object{{"case", nameOf(*findings.problem)},
-                                                                    {"text", description(*findings.problem)}})
-                                         : json::value(nullptr);
+    object["problem"] = findings.problem
+                            ? json::value(json::object{{"case", findings.problem->name},
+                                                       {"text", findings.problem->error.message}})
+                            : json::value(nullptr);
     return object;
 }
 
-void printFindings(const HistoryFindings& findings, const std::filesystem::path& root)
+void printOthers(const HistoryFindings& findings, const std::filesystem::path& root)
 {
-    const auto& configuration = findings.status.configuration;
+    if (findings.otherHistories == 0)
+        return;
+    fmt::print("Other accounts or persons with saved readings: {}, in {}\n", findings.otherHistories,
+               root.string());
+    fmt::print("To delete the readings of all of them: tidewell history delete --all\n");
+}
+
+void printFindings(const HistoryFindings& findings, const HistorySession& session)
+{
+    const auto& configuration = findings.configuration;
+    if (!findings.hasAccount)
+        return;
     fmt::print("Saving: {}\n", configuration.isEnabled              ? "on"
                                : configuration.hasPreviouslyEnabled ? "off"
                                                                     : "off, and never was on");
@@ -128,22 +163,74 @@ void printFindings(const HistoryFindings& findings, const std::filesystem::path&
         if (!findings.snapshot->unreadableDays.empty())
             fmt::print("Unreadable days: {}\n", dayList(findings.snapshot->unreadableDays));
     }
-    fmt::print("Where: {}, encrypted; the key is in the keyring\n", root.string());
+    fmt::print("Where: {}, encrypted; the key is {}\n", session.root().string(), session.keyPlace());
+}
+
+/// Where the key is, and what that is worth.
+std::string keySentence(const HistorySession& session)
+{
+    return fmt::format("{}.{}", session.keyPlace(),
+                       session.hasKeyring() ? "" : " Whoever can read your files can read the readings too.");
+}
+
+/// Where a retention of `days` begins, counted as the store does: from the newest day that is saved, or from
+/// now when that is earlier.
+Date oldestKept(const GlucoseHistorySnapshot& saved, std::int64_t days, Date now)
+{
+    std::int64_t newest = 0;
+    if (!saved.readings.empty())
+        newest = historyDayIndex(saved.readings.back().reading.date);
+    if (!saved.unreadableDays.empty())
+        newest = std::max(newest, saved.unreadableDays.back());
+    const Date end = dateFromUnix(static_cast<double>(newest + 1) * 86400);
+    return std::min(now, end) - Seconds{static_cast<double>(days) * 86400};
+}
+
+/// Asks, unless `yes`, before a retention of `days` deletes readings that would be kept now. Why that is not
+/// to be done; else empty.
+std::optional<CommandError> refusedShortening(HistorySession& session, std::int64_t days, bool yes)
+{
+    const auto& present = session.status().configuration;
+    if (yes || !present.hasPreviouslyEnabled || days >= present.retentionDays)
+        return std::nullopt;
+    const auto saved = session.store().snapshot(historyBegin, historyEnd);
+    std::string what = "Readings";
+    if (saved) {
+        const Date oldest = oldestKept(*saved, days, session.now());
+        const auto older = std::ranges::count_if(
+            saved->readings, [oldest](const StoredReading& each) { return each.reading.date < oldest; });
+        const bool damaged = std::ranges::any_of(
+            saved->unreadableDays, [day = historyDayIndex(oldest)](std::int64_t each) { return each < day; });
+        if (older == 0 && !damaged)
+            return std::nullopt;
+        what = counted(static_cast<std::size_t>(older), "reading");
+        if (damaged)
+            what += ", and days that cannot be read,";
+    }
+    const auto answer =
+        askedForYes(fmt::format("{} older than {} days will be deleted. Go on?", what, days), "--yes");
+    if (!answer)
+        return answer.error();
+    if (!*answer)
+        return CommandError{ExitCode::failure, "Nothing was changed."};
+    return std::nullopt;
 }
 
 }  // namespace
 
 ExitCode runHistoryStatus(bool asJson)
 {
-    const auto session = HistorySession::make();
+    const auto session = HistorySession::makeForEveryAccount();
     if (!session)
         return report(session.error());
     const auto findings = findingsOf(**session);
     if (asJson)
         fmt::print("{}", prettyJson(jsonOf(findings, (*session)->root())));
-    else
-        printFindings(findings, (*session)->root());
-    return findings.problem ? report(commandError(*findings.problem)) : ExitCode::good;
+    if (!asJson) {
+        printFindings(findings, **session);
+        printOthers(findings, (*session)->root());
+    }
+    return findings.problem ? report(findings.problem->error) : ExitCode::good;
 }
 
 ExitCode runHistoryEnable(const HistoryEnableOptions& options)
@@ -156,7 +243,7 @@ ExitCode runHistoryEnable(const HistoryEnableOptions& options)
     const std::int64_t retention = options.retentionDays.value_or(present.retentionDays);
     const bool accepted = present.isEnabled && present.consentVersion >= currentConsentVersion;
     if (!accepted) {
-        fmt::print(fmt::runtime(disclosure), retention);
+        fmt::print(fmt::runtime(disclosure), keySentence(**session), retention);
         if (!options.accept) {
             const auto yes = askedForYes("Save readings on this computer?", "--accept");
             if (!yes)
@@ -165,6 +252,8 @@ ExitCode runHistoryEnable(const HistoryEnableOptions& options)
                 return report({ExitCode::failure, "Nothing was changed."});
         }
     }
+    if (const auto refused = refusedShortening(**session, retention, options.yes))
+        return report(*refused);
     const auto enabled = store.enable(retention, currentConsentVersion, (*session)->now());
     if (!enabled)
         return report(commandError(enabled.error()));
@@ -196,23 +285,9 @@ ExitCode runHistoryRetention(std::int64_t days, bool yes)
     const auto session = HistorySession::make();
     if (!session)
         return report(session.error());
-    const auto& present = (*session)->status().configuration;
-    const Date now = (*session)->now();
-    if (days < present.retentionDays && !yes) {
-        const Date begin = now - Seconds{static_cast<double>(days) * 86400};
-        const auto older = (*session)->store().snapshot(now - fourMonths, begin);
-        const bool none = older && older->readings.empty() && older->unreadableDays.empty();
-        if (!none) {
-            const std::string what = older ? counted(older->readings.size(), "reading") : "Readings";
-            const auto answer = askedForYes(
-                fmt::format("{} older than {} days will be deleted. Go on?", what, days), "--yes");
-            if (!answer)
-                return report(answer.error());
-            if (!*answer)
-                return report({ExitCode::failure, "Nothing was changed."});
-        }
-    }
-    const auto set = (*session)->store().setRetention(days, now);
+    if (const auto refused = refusedShortening(**session, days, yes))
+        return report(*refused);
+    const auto set = (*session)->store().setRetention(days, (*session)->now());
     if (!set)
         return report(commandError(set.error()));
     (*session)->announceChange();
@@ -222,7 +297,7 @@ ExitCode runHistoryRetention(std::int64_t days, bool yes)
 
 ExitCode runHistoryDelete(bool all, bool yes)
 {
-    const auto session = HistorySession::make();
+    const auto session = all ? HistorySession::makeForEveryAccount() : HistorySession::make();
     if (!session)
         return report(session.error());
     if (!yes) {

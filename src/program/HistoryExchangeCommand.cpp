@@ -17,7 +17,6 @@ namespace {
 
 /// How many readings the store is given at once: a few weeks at one a minute.
 constexpr std::size_t importBatch = 50'000;
-constexpr Seconds fourMonths{120.0 * 86400};
 
 constexpr std::string_view needsEnabled =
     "History was never saved for this account. Enable it first: tidewell history enable";
@@ -135,8 +134,8 @@ ExitCode runHistoryExport(const HistoryExportOptions& options)
              fmt::format("\"{}\" exists. Nothing was written; --force replaces it.", options.file.string())});
     const Date now = (*session)->now();
     const Date begin =
-        options.days ? now - Seconds{static_cast<double>(*options.days) * 86400} : now - fourMonths;
-    const auto snapshot = (*session)->store().snapshot(begin, now + fourMonths);
+        options.days ? now - Seconds{static_cast<double>(*options.days) * 86400} : historyBegin;
+    const auto snapshot = (*session)->store().snapshot(begin, historyEnd);
     if (!snapshot)
         return report(commandError(snapshot.error(), "Nothing was written."));
     const auto& readings = snapshot->readings;

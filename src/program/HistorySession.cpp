@@ -30,6 +30,21 @@ ExitCode codeOf(GlucoseHistoryError error)
     std::unreachable();
 }
 
+/// The store mends what it deletes, and never what it would have to guess.
+constexpr std::string_view wayOutOfDamage =
+    "\"tidewell history delete\" deletes what is saved and begins anew; where that fails too, \"tidewell "
+    "history delete --all\" does so for every account.";
+
+bool hasDayFiles(const std::filesystem::path& folder)
+{
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry{folder, error}, end; !error && entry != end;
+         entry.increment(error))
+        if (historyDayOfFileName(entry->path().filename().string()))
+            return true;
+    return false;
+}
+
 /// The first letter of what was typed, in lower case; 'n' when nothing was.
 char typedLetter()
 {
@@ -45,30 +60,48 @@ char typedLetter()
 
 std::expected<std::unique_ptr<HistorySession>, CommandError> HistorySession::make()
 {
+    auto session = makeForEveryAccount();
+    if (session && (*session)->missingAccount())
+        return std::unexpected(*(*session)->missingAccount());
+    return session;
+}
+
+std::expected<std::unique_ptr<HistorySession>, CommandError> HistorySession::makeForEveryAccount()
+{
     auto session = CommandSession::make();
     if (!session)
         return std::unexpected(session.error());
+    std::unique_ptr<HistorySession> made{new HistorySession(std::move(*session))};
+    made->attachAccount();
+    return made;
+}
+
+void HistorySession::attachAccount()
+{
     // The account says which history it is; its password is not needed.
-    const auto loaded = (*session)->run((*session)->configuration().load());
-    if (!loaded && loaded.error().error.kind == ConfigurationError::Kind::invalidConfiguration)
-        return std::unexpected(CommandError{ExitCode::failure, loaded.error().message});
-    const auto& account = (*session)->configuration().account();
-    const auto scope = account ? HistoryScopeID::of(*account) : std::nullopt;
-    if (account && !scope)
-        return std::unexpected(CommandError{
+    const auto loaded = session_->run(session_->configuration().load());
+    if (!loaded && loaded.error().error.kind == ConfigurationError::Kind::invalidConfiguration) {
+        missingAccount_ = {ExitCode::failure, loaded.error().message};
+        return;
+    }
+    const auto& account = session_->configuration().account();
+    if (!account) {
+        missingAccount_ = commandError(GlucoseHistoryError::accountRequired);
+        return;
+    }
+    const auto scope = HistoryScopeID::of(*account);
+    if (!scope) {
+        missingAccount_ = {
             ExitCode::signInNeeded,
             "History is saved for one person, and nobody is selected. Select one with \"tidewell account "
-            "set --patient ID\"; \"tidewell account connections\" lists the ids."});
-    if (!scope)
-        return std::unexpected(commandError(GlucoseHistoryError::accountRequired));
-    const auto provider = account->provider;
-    std::unique_ptr<HistorySession> made{new HistorySession(std::move(*session))};
-    made->provider_ = provider;
-    const auto attached = made->store_->attach(scope);
-    made->status_ = attached ? *attached : made->store_->status();
+            "set --patient ID\"; \"tidewell account connections\" lists the ids."};
+        return;
+    }
+    provider_ = account->provider;
+    const auto attached = store_->attach(scope);
+    status_ = attached ? *attached : store_->status();
     if (!attached)
-        made->status_.problem = attached.error();
-    return made;
+        status_.problem = attached.error();
 }
 
 HistorySession::HistorySession(std::unique_ptr<CommandSession> session)
@@ -78,11 +111,31 @@ HistorySession::HistorySession(std::unique_ptr<CommandSession> session)
 {
 }
 
+std::string HistorySession::keyPlace() const
+{
+    return hasKeyring() ? "in your keyring" : "in the file " + session_->environment().keychainFile.string();
+}
+
+std::size_t HistorySession::otherHistories() const
+{
+    std::size_t others = hasDayFiles(root_) && !status_.scope ? 1 : 0;  // Of an older version, and nobody's.
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry{root_ / "accounts", error}, end; !error && entry != end;
+         entry.increment(error)) {
+        const auto scope = HistoryScopeID::parse(entry->path().filename().string());
+        if (scope && scope != status_.scope && hasDayFiles(entry->path()))
+            ++others;
+    }
+    return others;
+}
+
 CommandError commandError(GlucoseHistoryError error, std::string_view then)
 {
     std::string message{description(error)};
     if (!then.empty())
         message.append(" ").append(then);
+    if (error == GlucoseHistoryError::invalidConfiguration)
+        message.append(" ").append(wayOutOfDamage);
     return {codeOf(error), std::move(message)};
 }
 

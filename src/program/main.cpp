@@ -152,6 +152,8 @@ ExitCode run(int count, char** values)
         ->check(retentions);
     historyEnable->add_flag("--accept", enable.accept, "Accept what it shows without being asked")
         ->disable_flag_override();
+    historyEnable->add_flag("--yes", enable.yes, "Delete older readings without being asked")
+        ->disable_flag_override();
     auto* historyDisable = history->add_subcommand("disable", "Save no more; what is saved stays");
     std::int64_t retentionDays = 90;
     bool yes = false;

@@ -721,6 +721,9 @@ TEST_F(CommandLineTest, savesHistoryAfterAYesAndGivesItBackAndForgetsIt)
     const auto asked = run({"history", "enable"});
     EXPECT_EQ(asked.code, 2);
     EXPECT_NE(asked.output.find("Nothing is ever uploaded."), std::string::npos);
+    EXPECT_NE(asked.output.find("in the file " + (home / ".local/state/tidewell/keychain.json").string()),
+              std::string::npos)
+        << asked.output;
     EXPECT_FALSE(std::filesystem::exists(home / ".local/share/Tidewell"));
     EXPECT_EQ(run({"history", "enable", "--accept", "--retention", "90"}).code, 0);
 
@@ -762,9 +765,14 @@ TEST_F(CommandLineTest, savesHistoryAfterAYesAndGivesItBackAndForgetsIt)
     }
 
     EXPECT_EQ(run({"history", "disable"}).code, 0);
-    EXPECT_EQ(run({"history", "retention", "30"}).code, 2) << "readings would be deleted unasked";
-    EXPECT_EQ(count(), 1200);
-    EXPECT_EQ(run({"history", "retention", "30", "--yes"}).code, 0);
+    for (const std::vector<std::string>& shorter : {std::vector<std::string>{"history", "retention", "30"},
+                                                    {"history", "enable", "--accept", "--retention", "30"}}) {
+        const auto unasked = run(shorter);
+        EXPECT_EQ(unasked.code, 2);
+        EXPECT_NE(unasked.errors.find("--yes says yes"), std::string::npos) << unasked.errors;
+        EXPECT_EQ(count(), 1200) << "readings were deleted unasked";
+    }
+    EXPECT_EQ(run({"history", "enable", "--accept", "--retention", "30", "--yes"}).code, 0);
     EXPECT_NEAR(count(), 720, 1);
     EXPECT_EQ(run({"history", "delete"}).code, 2);
 
@@ -779,10 +787,66 @@ TEST_F(CommandLineTest, savesHistoryAfterAYesAndGivesItBackAndForgetsIt)
     std::filesystem::rename(home / "aside", keychain);
     EXPECT_NEAR(count(), 720, 1);
 
-    EXPECT_EQ(run({"history", "delete", "--all", "--yes"}).code, 0);
+    EXPECT_EQ(run({"history", "delete", "--yes"}).code, 0);
     EXPECT_EQ(count(), 0);
     EXPECT_EQ(run({"history", "export", out.string()}).code, 1);
     EXPECT_EQ(contents(keychain).find("encryption-key"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, whoIsSignedOutOrHasDamagedFilesCanStillSeeAndDeleteWhatIsSaved)
+{
+    ASSERT_NO_FATAL_FAILURE(startService());
+    ASSERT_EQ(signIn(service->account().password).code, 0);
+    EXPECT_EQ(run({"history", "enable", "--accept"}).code, 0);
+    std::ofstream{home / "readings.csv"} << "epoch_s,glucose_mgdl\n"
+                                         << static_cast<std::int64_t>(unixSeconds(clock.now())) - 60
+                                         << ",100\n";
+    EXPECT_EQ(run({"history", "import", (home / "readings.csv").string()}).code, 0);
+    const auto root = home / ".local/share/Tidewell/SavedHistory";
+    const auto dayFiles = [&root] {
+        const std::filesystem::recursive_directory_iterator files{root};
+        return std::ranges::count_if(
+            files, [](const auto& entry) { return entry.path().extension() == ".history"; });
+    };
+    ASSERT_EQ(dayFiles(), 1);
+    EXPECT_EQ(run({"account", "clear"}).code, 0);
+
+    const auto expectOthers = [this](int code, std::string_view problem) {
+        const auto status = run({"history", "status"});
+        EXPECT_EQ(status.code, code);
+        EXPECT_NE(status.output.find("Other accounts or persons with saved readings: 1, in "),
+                  std::string::npos)
+            << status.output << status.errors;
+        const auto object = parseJson(run({"history", "status", "--json"}).output);
+        ASSERT_TRUE(object);
+        EXPECT_EQ(object->at("otherHistories"), 1);
+        EXPECT_TRUE(object->at("readingCount").is_null());
+        EXPECT_EQ(object->at("problem").at("case").as_string(), problem);
+    };
+    expectOthers(5, "accountRequired");
+    const auto document = home / ".config/tidewell/configuration.json";
+    std::ofstream{document} << "{";
+    expectOthers(1, "accountUnreadable");
+    EXPECT_EQ(run({"history", "delete", "--yes"}).code, 1) << "which one is not known";
+    EXPECT_EQ(dayFiles(), 1);
+
+    // A damaged list of accounts is no obstacle either, and the way out is named.
+    std::ofstream{root / "manifest.json"} << "[";
+    std::filesystem::remove(document);
+    ASSERT_EQ(signIn(service->account().password).code, 0);
+    const auto damaged = run({"history", "status"});
+    EXPECT_EQ(damaged.code, 1);
+    EXPECT_NE(damaged.errors.find("tidewell history delete --all"), std::string::npos) << damaged.errors;
+    EXPECT_EQ(contents(root / "manifest.json"), "[");
+    EXPECT_EQ(run({"account", "clear"}).code, 0);
+    EXPECT_EQ(run({"history", "delete", "--all"}).code, 2) << "unasked";
+    EXPECT_EQ(run({"history", "delete", "--all", "--yes"}).code, 0);
+    EXPECT_EQ(dayFiles(), 0);
+    EXPECT_EQ(contents(home / ".local/state/tidewell/keychain.json").find("encryption-key"),
+              std::string::npos);
+    const auto after = run({"history", "status"});
+    EXPECT_EQ(after.code, 5);
+    EXPECT_EQ(after.output, "");
 }
 
 TEST_F(CommandLineTest, withoutAKeyringNothingIsStoredAndTheCodeIsSix)
