@@ -2,6 +2,7 @@
 
 #include <future>
 
+#include "program/DemoHistory.h"
 #include "program/HistoryStorage.h"
 #include "support/Log.h"
 #include "support/Workers.h"
@@ -99,7 +100,7 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
     history_ = std::make_unique<HistoryCoordinator>(
         HistoryCoordinator::Parts{.engine = engine(),
                                   .main = main(),
-                                  .workers = engine_.workers(),
+                                  .workers = engine_.patientWorker(),
                                   .clock = clock_,
                                   .store = makeHistoryStore(environment_)});
     coordinator_ = std::make_unique<StatusBarPollingCoordinator>(StatusBarPollingCoordinator::Parts{
@@ -335,11 +336,23 @@ asio::awaitable<void> Core::prepareDemo()
     if (!demo.patientName.empty())
         account.patientName = demo.patientName;
     (void)co_await configuration_->load();
-    if (const auto saved = co_await configuration_->saveAccount(std::move(account)); !saved)
+    if (const auto saved = co_await configuration_->saveAccount(account); !saved)
         coreLog.error("The demonstration's account was not stored: " + saved.error().message);
     defaults_->set(onboardingCompletedKey, true);
-    if (delegate_)  // Else the end came first.
-        delegate_->applicationDidFinishLaunching();
+    if (!delegate_)  // The end came first.
+        co_return;
+    delegate_->applicationDidFinishLaunching();
+    if (!alertProbe_)
+        co_return;  // A terminal has no window for it.
+    auto save = [store = makeHistoryStore(environment_), account, now = clock_.now()] {
+        return saveDemoHistory(*store, account, now);
+    };
+    const auto saved = co_await runOnWorker(engine_.workers(), std::move(save));
+    if (!saved)
+        coreLog.error("The demonstration's history was not saved: " +
+                      std::string{description(saved.error())});
+    if (history_)
+        history_->historyDidChange();
 }
 
 asio::awaitable<void> Core::launched()

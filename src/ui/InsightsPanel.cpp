@@ -460,10 +460,10 @@ struct InsightsPanel::Impl {
 
 void InsightsPanel::Impl::presentNotices(const InsightsViewState& state)
 {
-    demonstration->present(state.isDemonstration
-                               ? tr("Demonstration: these readings are somebody else's, recorded earlier. "
-                                    "Nothing of them is kept.")
-                               : QString{});
+    demonstration->present(
+        state.isDemonstration
+            ? tr("Demonstration: a week of somebody else's readings, repeated. Nothing of it is kept.")
+            : QString{});
     completion->present(state.showsCompletion && !state.readiness.title.empty()
                             ? text(state.readiness.title) + QStringLiteral(". ") + text(state.readiness.text)
                             : QString{});
