@@ -42,17 +42,17 @@ void keepForever(std::shared_ptr<void> thing)
     kept.push_back(std::move(thing));
 }
 
-std::unique_ptr<asio::thread_pool> makePool()
+std::unique_ptr<asio::thread_pool> makePool(std::size_t threads)
 {
     const SignalsBlocked blocked;
-    return std::make_unique<asio::thread_pool>(2);
+    return std::make_unique<asio::thread_pool>(threads);
 }
 
 }  // namespace
 
 Engine::Engine()
     // Without the hint that one thread runs it, so that work runs in the order of posting (see MainLoop).
-    : context_{std::make_unique<asio::io_context>()}, work_{context_->get_executor()}, pool_{makePool()}
+    : context_{std::make_unique<asio::io_context>()}, work_{context_->get_executor()}, pool_{makePool(2)}
 {
 }
 
@@ -71,6 +71,16 @@ void Engine::start()
     }};
 }
 
+asio::any_io_executor Engine::patientWorker()
+{
+    if (!patientPool_) {
+        patientPool_ = makePool(1);
+        if (stopped_)
+            patientPool_->stop();
+    }
+    return patientPool_->get_executor();
+}
+
 bool Engine::stop(std::chrono::milliseconds grace)
 {
     if (stopped_)
@@ -78,14 +88,19 @@ bool Engine::stop(std::chrono::milliseconds grace)
     work_.reset();
     context_->stop();
     pool_->stop();
+    if (patientPool_)
+        patientPool_->stop();
     // Neither a thread nor a pool can be joined for a limited time, so that a third thread does it.
     std::promise<void> ended;
     const std::future<void> end = ended.get_future();
     const SignalsBlocked blocked;
-    std::thread joiner{[engine = std::move(thread_), pool = pool_.get(), ended = std::move(ended)]() mutable {
+    std::thread joiner{[engine = std::move(thread_), pool = pool_.get(), patient = patientPool_.get(),
+                        ended = std::move(ended)]() mutable {
         if (engine.joinable())
             engine.join();
         pool->join();
+        if (patient)
+            patient->join();
         ended.set_value();
     }};
     stopped_ = end.wait_for(grace) == std::future_status::ready;
@@ -94,6 +109,7 @@ bool Engine::stop(std::chrono::milliseconds grace)
     } else {
         joiner.detach();
         keepForever(std::move(pool_));
+        keepForever(std::move(patientPool_));
     }
     return *stopped_;
 }

@@ -11,7 +11,8 @@
 
 namespace tidewell {
 
-/// The engine thread (one io_context, one thread) and the pool of two worker threads.
+/// The engine thread (one io_context, one thread), the pool of two worker threads, and a third one for work
+/// that waits for people.
 ///
 /// Made, stopped and destroyed on the main thread. Signals that ask a program to end never arrive on these
 /// threads. Work that still waits when stop() is called is dropped undone.
@@ -26,6 +27,9 @@ public:
     [[nodiscard]] asio::io_context& context() { return *context_; }
     [[nodiscard]] asio::any_io_executor executor() { return context_->get_executor(); }
     [[nodiscard]] asio::any_io_executor workers() { return pool_->get_executor(); }
+    /// One thread, begun with the first call, for what may wait for a person to answer a dialog: it never
+    /// takes a thread of workers() away from the network.
+    [[nodiscard]] asio::any_io_executor patientWorker();
 
     /// Begins to run; before that, work can be posted but waits.
     void start();
@@ -40,6 +44,7 @@ private:
     std::unique_ptr<asio::io_context> context_;
     asio::executor_work_guard<asio::io_context::executor_type> work_;
     std::unique_ptr<asio::thread_pool> pool_;
+    std::unique_ptr<asio::thread_pool> patientPool_;  ///< Once somebody asked for it.
     std::thread thread_;
     std::optional<bool> stopped_;  ///< What stop() returned.
 };

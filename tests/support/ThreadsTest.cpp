@@ -216,7 +216,14 @@ TEST(Engine, runsWorkPostedBeforeTheStartAndStopsInTheMiddleOfMore)
     EXPECT_TRUE(engine.stop(10s));
 }
 
-TEST(Engine, aWorkerThatHangsDoesNotHoldUpTheEnd)
+struct Hanging {
+    asio::any_io_executor (Engine::*executor)();
+    int pieces;  ///< As many as leave another worker free.
+};
+
+class HangingWorker : public testing::TestWithParam<Hanging> {};
+
+TEST_P(HangingWorker, holdsUpNeitherTheEndNorOtherWork)
 {
     const auto release = std::make_shared<std::latch>(1);
     const auto begun = std::make_shared<std::latch>(1);
@@ -231,13 +238,22 @@ TEST(Engine, aWorkerThatHangsDoesNotHoldUpTheEnd)
             };
             co_await runOnWorker(workers, work);
         };
-        const Task<void> task = startTask(engine.executor(), hanging(engine.workers(), begun, release));
+        const auto worker = (engine.*GetParam().executor)();
+        const Task<void> task = startTask(engine.executor(), hanging(worker, begun, release));
         begun->wait();
+        for (int more = 1; more < GetParam().pieces; ++more)
+            asio::post(worker, [release] { release->wait(); });
+        const auto other = std::make_shared<std::promise<void>>();
+        asio::post(engine.workers(), [other] { other->set_value(); });
+        EXPECT_EQ(other->get_future().wait_for(10s), std::future_status::ready);
         EXPECT_FALSE(engine.stop(1ms));
         EXPECT_FALSE(engine.stop(10s));
     }
     release->count_down();
 }
+
+INSTANTIATE_TEST_SUITE_P(Engine, HangingWorker,
+                         testing::Values(Hanging{&Engine::workers, 1}, Hanging{&Engine::patientWorker, 9}));
 
 TEST(Engine, endsWithoutEverHavingStarted)
 {
