@@ -110,7 +110,7 @@ struct GlucoseHistorySnapshot {
     std::vector<std::int64_t> unreadableDays{};  ///< Days of the period whose files are damaged; ascending.
 };
 
-/// The right to save into a scope; outdated by a deletion and by another account.
+/// The right to save into a scope; outdated by a deletion, by another account, and when saving begins again.
 struct GlucoseHistoryCollectionToken {
     HistoryScopeID accountScope;
     std::uint64_t epoch = 0;

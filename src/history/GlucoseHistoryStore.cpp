@@ -48,6 +48,21 @@ void keepFirst(Result<void>& kept, const Result<void>& other)
         kept = other;
 }
 
+/// Times of collection that are still to come were taken from a clock that ran ahead. Whether there were any.
+bool endFuture(GlucoseHistoryConfiguration& configuration, Date now)
+{
+    bool changed = false;
+    for (std::optional<Date>* const date :
+         {&configuration.collectionCutoff, &configuration.collectionIntervalStart,
+          &configuration.collectionStartedAt}) {
+        if (*date > now) {
+            *date = now;
+            changed = true;
+        }
+    }
+    return changed;
+}
+
 using Batch = std::map<std::int64_t, std::vector<StoredReading>>;  ///< By day.
 
 std::optional<std::int64_t> newestDay(const Batch& batch)
@@ -181,10 +196,13 @@ struct GlucoseHistoryStore::Impl {
     {
         GlucoseHistoryStatus status{.scope = attached,
                                     .configuration = known.value_or(GlucoseHistoryConfiguration{})};
-        const auto first =
-            std::ranges::find_if(problems, [](const auto& problem) { return problem.has_value(); });
-        if (first != problems.end())
-            status.problem = *first;
+        // Of another process, or of a start that could not end it: it is under way until it is done.
+        const bool isBeingDeleted = known && known->pendingDeletion;
+        for (std::size_t area = 0; area < areaCount && !status.problem; ++area) {
+            status.problem = problems[area];
+            if (isBeingDeleted && area == static_cast<std::size_t>(Area::deletion))
+                status.problem = deletionIncomplete;
+        }
         return status;
     }
     template <class T>
@@ -271,7 +289,7 @@ struct GlucoseHistoryStore::Impl {
     }
 
     /// What the attached scope's configuration is from now on. Outdates tokens when another process has
-    /// deleted meanwhile.
+    /// deleted meanwhile, and when saving begins again: a fetch of before must not save anything then.
     void adopt(const OptionalConfiguration& read)
     {
         const GlucoseHistoryConfiguration fresh = read.value_or(GlucoseHistoryConfiguration{});
@@ -279,7 +297,8 @@ struct GlucoseHistoryStore::Impl {
             const bool restarted =
                 known->collectionStartedAt &&
                 (!fresh.collectionStartedAt || *fresh.collectionStartedAt > *known->collectionStartedAt);
-            if (restarted || (fresh.pendingDeletion && !known->pendingDeletion))
+            if (restarted || fresh.collectionCutoff > known->collectionCutoff ||
+                (fresh.pendingDeletion && !known->pendingDeletion))
                 ++epoch;
         }
         known = fresh;
@@ -601,8 +620,8 @@ struct GlucoseHistoryStore::Impl {
             ++epoch;
             forget({Area::saving, Area::trimming, Area::reading});
             attached = std::move(scope);
+            known.reset();
         }
-        known.reset();
         Result<void> result = recordAttachment();
         if (attached) {
             if (const auto configuration = currentConfiguration(); !configuration)
@@ -670,6 +689,7 @@ struct GlucoseHistoryStore::Impl {
             next.collectionCutoff = now;
             next.collectionIntervalStart = now;
         }
+        std::ignore = endFuture(next, now);
         next.retentionDays = retentionDays;
         next.consentVersion = consentVersion;
         if (const auto written = commit(next); !written)
@@ -778,32 +798,36 @@ struct GlucoseHistoryStore::Impl {
         const auto turn = begin();
         if (!turn)
             return Failure{turn.error()};
-        const auto configuration = currentConfiguration();
-        if (!configuration)
-            return Failure{configuration.error()};
-        if (!collects(*configuration) || !isCurrent(token))
+        const auto read = currentConfiguration();
+        if (!read)
+            return Failure{read.error()};
+        if (!collects(*read) || !isCurrent(token))
             return 0;
+        const auto key = settledKey(*prepared, *read);
+        if (!key)
+            return Failure{key.error()};
+        GlucoseHistoryConfiguration configuration = **read;
+        if (endFuture(configuration, fetchedAt)) {
+            if (const auto written = commit(configuration); !written)
+                return Failure{written.error()};
+        }
 
         Batch batch;
         for (const GlucoseReading& reading : readings) {
             if (const auto stored = storableReading(reading))
                 batch[historyDayIndex(stored->date)].push_back({*stored, fetchedAt});
         }
-        const auto kept = oldestKept(**configuration, fetchedAt, newestDay(batch));
+        const auto kept = oldestKept(configuration, fetchedAt, newestDay(batch));
         if (!kept)
             return Failure{kept.error()};
-        std::ignore =
-            dropBefore(batch, std::max(*kept, (*configuration)->collectionCutoff.value_or(firstDate)));
-        const auto key = settledKey(*prepared, *configuration);
-        if (!key)
-            return Failure{key.error()};
+        std::ignore = dropBefore(batch, std::max(*kept, configuration.collectionCutoff.value_or(firstDate)));
         std::size_t changed = 0;
         Result<void> result =
             mergeDays(*key, batch, HistoryMergeRule::laterFetchWins, false,
                       [&](std::int64_t, const auto& count) { changed += count ? count->changed : 0; });
         if (result && !batch.empty())
-            result = recordCollection(**configuration, fetchedAt);
-        keepFirst(result, removeOldDays(**configuration, fetchedAt));
+            result = recordCollection(configuration, fetchedAt);
+        keepFirst(result, removeOldDays(configuration, fetchedAt));
         if (!result)
             return Failure{result.error()};
         return changed;

@@ -18,6 +18,7 @@ struct GlucoseHistoryStatus {
     std::optional<HistoryScopeID> scope{};  ///< Empty: nobody is signed in.
     GlucoseHistoryConfiguration configuration{};
     /// What keeps readings from being saved, kept, read or deleted as asked; gone once the same has worked.
+    /// deletionIncomplete as long as the configuration is one whose readings are to be deleted.
     std::optional<GlucoseHistoryError> problem{};
     bool operator==(const GlucoseHistoryStatus&) const = default;
 };
@@ -38,7 +39,8 @@ struct HistoryImportResult {
 /// line may share a history. What returned success survives a power cut. No failure destroys: what was saved
 /// stays byte for byte, except what retention or a deletion asked for removes.
 ///
-/// Retention counts as oldestKeptReading() does, for every operation: a clock that runs ahead removes nothing.
+/// Retention counts as oldestKeptReading() does, for every operation: a clock that runs ahead removes
+/// nothing.
 ///
 /// After an error, the same operation may be called again, and does what is missing. While the manifest does
 /// not decode, every operation but deleteAll() is invalidConfiguration and touches nothing.
@@ -74,7 +76,7 @@ public:
 
     /// Saving begins, or begins again: readings dated before `now` are not saved by it. Makes the key, so
     /// that a secret store that refuses is noticed at once. While it is on already, only retention and
-    /// consent change.
+    /// consent change, and times of collection that are still to come become `now`.
     [[nodiscard]] std::expected<GlucoseHistoryStatus, GlucoseHistoryError> enable(std::int64_t retentionDays,
                                                                                   std::int64_t consentVersion,
                                                                                   Date now);
@@ -88,6 +90,7 @@ public:
     /// Merges readings into their days. The same source and second is one reading, and the later fetch wins;
     /// nothing is written when nothing differs. Ones before the cutoff or the retention are left out. With a
     /// token that is outdated, or saving off, nothing happens and that is good. How many were new or changed.
+    /// A cutoff after `fetchedAt` was set by a clock that ran ahead, and becomes `fetchedAt`.
     ///
     /// A damaged day keeps its file and fails the call after the other days have been saved. Also removes the
     /// days that are beyond the retention as a whole.

@@ -276,6 +276,7 @@ TEST_F(GlucoseHistoryStoreTest, aKeyThatChangesWhileTheLockIsAwaitedSealsNothing
         EXPECT_TRUE(store.deleteAttached(storyNow));
         EXPECT_TRUE(store.enable(90, 1, storyNow + Seconds{1}));
     };
+    EXPECT_EQ(save(slow, storyNow + oneHour).value_or(9), 0U) << "asked for before the deletion";
     EXPECT_EQ(save(slow, storyNow + oneHour).value_or(9), 1U);
     EXPECT_EQ(count(store), 1U);
 }
@@ -319,6 +320,40 @@ TEST_F(GlucoseHistoryStoreTest, aClockThatRunsAheadRemovesNothingAndSavingGoesOn
     EXPECT_EQ(next.save(*next.collectionToken(), {readingAt(storyNow + 91 * dayLength)}, ahead).value_or(9),
               1U);
     EXPECT_EQ(count(next), 1U);
+}
+
+TEST_F(GlucoseHistoryStoreTest, aClockThatRanAheadWhenSavingBeganStopsNothing)
+{
+    const Date ahead = storyNow + 366 * dayLength;
+    const auto begin = [&](bool deletes) {
+        EXPECT_TRUE(deletes ? store.deleteAttached(ahead) : store.pause());
+        EXPECT_TRUE(store.enable(90, 1, ahead));
+        EXPECT_TRUE(store.save(*store.collectionToken(), {readingAt(storyNow)}, ahead));
+    };
+    for (const bool deletes : {true, false}) {
+        begin(deletes);
+        EXPECT_EQ(save(store, storyNow + oneHour, deletes ? 101 : 102).value_or(9), 1U);
+        const auto configuration = store.status().configuration;
+        EXPECT_LE(configuration.collectionCutoff, storyNow + oneHour);
+        EXPECT_LE(configuration.collectionIntervalStart, storyNow + oneHour);
+        EXPECT_LE(configuration.collectionStartedAt, storyNow + oneHour);
+    }
+    begin(false);
+    EXPECT_TRUE(store.enable(90, 1, storyNow));
+    EXPECT_EQ(store.status().configuration.collectionCutoff, storyNow);
+    EXPECT_EQ(store.status().configuration.collectionIntervalStart, storyNow);
+}
+
+TEST_F(GlucoseHistoryStoreTest, aFetchOfBeforeAPauseSavesNothingAndMovesNoCutoff)
+{
+    const auto late = *store.collectionToken();
+    GlucoseHistoryStore other{world.parts()};
+    EXPECT_TRUE(other.attach(anna));
+    EXPECT_TRUE(other.pause());
+    EXPECT_TRUE(other.enable(90, 1, storyNow + 5 * oneHour));
+    EXPECT_EQ(store.save(late, {readingAt(storyNow + oneHour)}, storyNow + oneHour).value_or(9), 0U);
+    EXPECT_EQ(store.status().configuration.collectionCutoff, storyNow + 5 * oneHour);
+    EXPECT_EQ(count(store), 3U);
 }
 
 TEST_F(GlucoseHistoryStoreTest, refusesWhatNeedsAnAccountOrAnotherRetention)
