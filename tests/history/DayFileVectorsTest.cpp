@@ -1,5 +1,7 @@
 // The published day files, made by another program: the good ones open, the others are left alone.
 
+#include <cstdlib>
+
 #include "history/HistoryFormatTesting.h"
 #include "support/Json.h"
 #include "support/TimeText.h"
@@ -88,6 +90,11 @@ TEST(DayFileVectors, openWhereTheyAreGoodAndStayWhereTheyAreNot)
     }
     EXPECT_EQ(good, 15U);
     EXPECT_GT(refused, 50U);
+}
+
+TEST(DayFileVectors, areReadAndRefusedByTheReaderInAnotherLanguageTheSameWay)
+{
+    EXPECT_EQ(std::system("python3 -B " TIDEWELL_HISTORY_TESTS "/check_reader.py"), 0);
 }
 
 }  // namespace

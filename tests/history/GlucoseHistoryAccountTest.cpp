@@ -235,7 +235,7 @@ TEST_F(GlucoseHistoryAccountTest, aProgramInAnotherLanguageReadsTheSame)
             std::string fetched;
             appendStoredDate(date, stored.reading.date);
             appendStoredDate(fetched, stored.fetchedAt);
-            expected += fmt::format("{}\t{}\tFortyFiveDown\t300\tlibreLinkUp\t{}\n", date,
+            expected += fmt::format("[\"{}\", {}, \"FortyFiveDown\", 300, \"libreLinkUp\", \"{}\"]\n", date,
                                     stored.reading.mgdL, fetched);
         }
         ASSERT_TRUE(account.writeDay(key, index, written));
@@ -244,7 +244,7 @@ TEST_F(GlucoseHistoryAccountTest, aProgramInAnotherLanguageReadsTheSame)
     fs::copy(file(testDay), file(1));
     const std::string damaged = independentReader(folderOfScope(mine), key);
     EXPECT_TRUE(damaged.contains("1.history: unreadable (InvalidTag)")) << damaged;
-    EXPECT_TRUE(damaged.contains(expected.substr(expected.rfind("\n2026"))) && damaged.ends_with("exit 1"))
+    EXPECT_TRUE(damaged.contains(expected.substr(expected.rfind("\n[\"2026"))) && damaged.ends_with("exit 1"))
         << damaged;
 }
 
