@@ -70,6 +70,13 @@ std::optional<GlucoseHistoryError> errorOf(const std::expected<T, GlucoseHistory
     return result ? std::nullopt : std::optional{result.error()};
 }
 
+/// Whether an error may be gone at the next poll: damage is not, and need not be looked at again and again.
+bool mayMend(GlucoseHistoryError error)
+{
+    return error != GlucoseHistoryError::invalidConfiguration &&
+           error != GlucoseHistoryError::unreadableHistory;
+}
+
 /// The readings of one fetch, of which each saves its own time.
 using Fetches = std::map<Date, std::vector<GlucoseReading>>;
 
@@ -109,6 +116,7 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
     Mark followed = 0;
     std::optional<HistoryScopeID> scope{};
     bool needsRecovery = true;
+    bool recoveryFailed = false;  ///< Tried again at the next poll, not at once.
     bool needsAttachment = false;
     bool needsReload = false;
     bool needsTrim = false;
@@ -154,7 +162,7 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
             return;
         // Another process may have switched saving on or off, and what failed is tried again.
         needsReload = needsReload || !token;
-        needsRecovery = needsRecovery || lastProblem == GlucoseHistoryError::deletionIncomplete;
+        triesRecoveryAgain();
         for (auto& reading : readings) {
             const ReadingKey key = keyOf(reading);
             const auto known = saved.find(key);
@@ -163,6 +171,12 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         }
         bound(unsaved);
         wake();
+    }
+
+    void triesRecoveryAgain()
+    {
+        needsRecovery = needsRecovery || std::exchange(recoveryFailed, false) ||
+                        lastProblem == GlucoseHistoryError::deletionIncomplete;
     }
 
     void wake()
@@ -206,17 +220,20 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         const bool recovers = std::exchange(self->needsRecovery, false);
         const bool attaches = std::exchange(self->needsAttachment, false);
         self->needsReload = false;
-        auto call = [recovers, attaches, scope = self->scope,
+        const auto fails = std::make_shared<bool>(false);  // Of the worker until its call ends.
+        auto call = [recovers, attaches, fails, scope = self->scope,
                      now = self->parts.clock.now()](GlucoseHistoryStore& store) {
             // What cannot be ended now is told by the status; the account's own history may be well.
             if (recovers) {
                 const auto recovered = store.recover(now);
+                *fails = !recovered && mayMend(recovered.error());
                 if (!recovered)
                     historyLog.warning(std::string{description(recovered.error())});
             }
             return attaches ? errorOf(store.attach(scope)) : errorOf(store.reload());
         };
         const Outcome outcome = co_await run(self, std::move(call));
+        self->recoveryFailed = self->recoveryFailed || *fails;
         if (begun != self->followed)
             co_return true;  // The next one is waiting.
         if (outcome.error && attaches)
@@ -306,6 +323,7 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
     {
         for (;;) {
             self->needsTrim = true;
+            self->triesRecoveryAgain();
             self->wake();
             co_await self->parts.clock.sleepFor(trimInterval);
         }

@@ -87,6 +87,14 @@ protected:
         world.plan.error = std::make_error_code(std::errc::no_space_on_device);
     }
 
+    /// The secret store alone.
+    void failSecrets()
+    {
+        fail(true);
+        world.plan.error = {};
+        world.plan.status = keychainStatus::notAvailable;
+    }
+
     asio::io_context io{1};
     asio::io_context workers{1};
     FakeClock clock{io, storyNow};
@@ -244,11 +252,7 @@ TEST_F(HistoryCoordinatorTest, oldReadingsGoOnceADayAndABrokenOffDeletionIsEnded
     enable("bob");
     GlucoseHistoryStore other{world.parts()};
     ASSERT_TRUE(other.attach(scopeOf("bob")));
-    world.plan.kind = FaultPlan::Kind::error;
-    world.plan.error = {};
-    world.plan.status = keychainStatus::notAvailable;
-    world.plan.at = world.plan.calls + 1;
-    world.plan.forEver = true;
+    failSecrets();
     EXPECT_EQ(other.deleteAll(clock.now()).error(), GlucoseHistoryError::deletionIncomplete);
     make();
     follow("ada");
@@ -257,6 +261,28 @@ TEST_F(HistoryCoordinatorTest, oldReadingsGoOnceADayAndABrokenOffDeletionIsEnded
     save({readingAt(clock.now())});
     EXPECT_FALSE(coordinator->status().problem);
     EXPECT_TRUE(world.keychain.items.empty());
+}
+
+TEST_F(HistoryCoordinatorTest, aDeletionThatAStartCouldNotEndIsToldAndEndedLater)
+{
+    enable("bob");
+    GlucoseHistoryStore other{world.parts()};
+    ASSERT_TRUE(other.attach(scopeOf("bob")));
+    failSecrets();
+    EXPECT_EQ(other.deleteAll(clock.now()).error(), GlucoseHistoryError::deletionIncomplete);
+    make();
+    fail(true);
+    follow("ada");
+    fail(false);
+    GlucoseHistoryStore later{world.parts()};
+    ASSERT_TRUE(later.attach(scopeOf("bob")));
+    EXPECT_EQ(later.status().problem, GlucoseHistoryError::deletionIncomplete) << "without another try";
+    EXPECT_FALSE(world.keychain.items.empty());
+    save({readingAt(clock.now())});
+    EXPECT_TRUE(world.keychain.items.empty());
+    EXPECT_FALSE(coordinator->status().problem);
+    EXPECT_TRUE(later.reload());
+    EXPECT_EQ(later.status().problem, std::nullopt);
 }
 
 TEST_F(HistoryCoordinatorTest, handsOutWhatIsSavedWithoutWaitingAndTellsThatTheReportOpened)
