@@ -668,7 +668,7 @@ void paintInsightsSmallDay(QPainter& painter, const QRectF& area, const Insights
     if (marked) {
         painter.setPen(QPen{colors.mark, 2 * line});
         painter.setBrush(Qt::NoBrush);
-        painter.drawRect(area.adjusted(line, line, -line, -line));
+        painter.drawRect(area.adjusted(-line, -line, line, line));
     }
 }
 

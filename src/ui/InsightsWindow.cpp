@@ -1,5 +1,6 @@
 #include "ui/InsightsWindow.h"
 
+#include <QAbstractButton>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDateEdit>
@@ -372,8 +373,12 @@ void InsightsWindow::closeEvent(QCloseEvent* event)
 
 void InsightsWindow::keyPressEvent(QKeyEvent* event)
 {
+    // Buttons of a window that is no dialog know Space only.
+    auto* const button = qobject_cast<QAbstractButton*>(focusWidget());
     if (event->key() == Qt::Key_Escape)
         close();
+    else if (button && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
+        button->click();
     else
         QWidget::keyPressEvent(event);
 }

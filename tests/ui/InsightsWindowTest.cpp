@@ -102,7 +102,8 @@ TEST_F(InsightsWindowTest, saysWhereThingsStand)
     present(Phase::unavailable);
     says(insightsUnavailableTitle);
     says(insightsUnavailableText);
-    widget<QPushButton>("insightsRetry").click();
+    widget<QPushButton>("insightsRetry").setFocus();
+    key(widget<QPushButton>("insightsRetry"), Qt::Key_Return);
     EXPECT_EQ(refreshed, 1);
     present(Phase::report, std::make_shared<InsightsReportContent>());
     says(insightsEmptyTitle);
