@@ -29,7 +29,6 @@ void MenuPanel::setItems(const std::vector<MenuItem>& items)
     const auto stopsBefore = stops();
     const auto focused =
         std::ranges::find_if(stopsBefore, [](const Stop& one) { return one.widget->hasFocus(); });
-    const auto place = focused - stopsBefore.begin();
 
     std::vector<Row> before = std::exchange(rows_, {});
     for (const MenuItem& item : items) {
@@ -51,7 +50,7 @@ void MenuPanel::setItems(const std::vector<MenuItem>& items)
     const bool gone =
         focused != stopsBefore.end() && std::ranges::find(before, focused->row, &Row::widget) != before.end();
     if (gone)
-        focusStop(std::min(place, std::ssize(stops()) - 1));
+        focusFirst();
     for (const Row& row : before)
         delete row.widget;
 }

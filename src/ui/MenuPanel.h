@@ -12,7 +12,8 @@ namespace tidewell {
 /// By keyboard: Up, Down, Tab and Backtab go from stop to stop and around, Home and End to the first and the
 /// last, a letter to the next line that begins with it, Enter or Space chooses; the graph and its picker use
 /// Left and Right. Lines that stay when the items change stay the same widgets and keep the focus; where the
-/// focused line goes, the one in its place takes it. Main thread.
+/// focused line goes, the graph takes it: a key on its way must never choose what the person has not seen.
+/// Main thread.
 class MenuPanel final : public QWidget, public SpokenWidget {
 public:
     explicit MenuPanel(ChosenHandler chosen);

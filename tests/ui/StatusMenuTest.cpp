@@ -207,14 +207,35 @@ TEST_F(StatusMenuTest, keepsTheFocusWhileItsItemsChange)
     press(Qt::Key_Return);
     EXPECT_TRUE(menu.isOpen());
 
-    // What was in focus is gone: what stands in its place has it.
+    ASSERT_TRUE(reach("Quit"));
     state.currentError.reset();
     show(state);
-    EXPECT_EQ(focused(), "Snooze alerts (30 min)");
-    ASSERT_TRUE(reach("Quit"));
-    state.alertsSnoozedUntil = now + Seconds{600};
-    show(state);
     EXPECT_EQ(focused(), "Quit");
+}
+
+TEST_F(StatusMenuTest, aKeyOnItsWayToALineThatGoesChoosesNothingElse)
+{
+    StatusBarState failed = state, snoozed = state;
+    failed.currentError = ErrorInfo{.title = "No connection"};
+    snoozed.alertsSnoozedUntil = now + Seconds{600};
+    struct Case {
+        std::string line;
+        StatusBarState with, without;
+    };
+    for (const Case& c :
+         {Case{"Warning: No connection", failed, state}, Case{"Resume alerts now", snoozed, state},
+          Case{"Snooze alerts (30 min)", state, snoozed}, Case{"Snooze alerts (2 hours)", state, snoozed}}) {
+        show(c.with);
+        menu.popUp({10, 10});
+        ASSERT_TRUE(reach(c.line));
+        show(c.without);
+        EXPECT_EQ(focused(), graphAccessibilityLabel(graphOf(picked))) << c.line;
+        press(Qt::Key_Return);
+        press(Qt::Key_Space);
+        QApplication::processEvents();
+        EXPECT_TRUE(commands.empty()) << c.line;
+        menu.close();
+    }
 }
 
 /// Every pair of a name and a role below this, depth first.
