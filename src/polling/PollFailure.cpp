@@ -11,8 +11,6 @@ namespace {
 
 /// The shortest wait after the service asked us to slow down, whatever it named.
 constexpr Seconds shortestRateLimitWait{60};
-/// The service would rather lock the account than answer a third time.
-constexpr std::int64_t allowedRefusals = 2;
 /// From this many failures in a row on, waiting alone seems not to help.
 constexpr std::int64_t persistentFailures = 3;
 

@@ -9,6 +9,9 @@
 
 namespace tidewell {
 
+/// Refused sign-ins in a row. The service would rather lock the account than answer a third time.
+inline constexpr std::int64_t allowedRefusals = 2;
+
 /// What counts beside the error itself when a poll has failed.
 struct PollFailureContext {
     GlucoseProvider provider = GlucoseProvider::dexcom;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "sources/GlucoseReading.h"
+#include "statusbar/StatusBarViewModel.h"
 #include "support/Time.h"
 
 namespace tidewell {
@@ -22,6 +23,8 @@ struct PollingProgress {
 struct PollingResumption {
     PollingProgress progress{};
     std::vector<GlucoseReading> glucoseHistory{};  ///< Oldest first.
+    std::optional<ErrorInfo> problem{};            ///< What the last poll had left to say.
+    std::optional<Date> nextRetryAt{};             ///< As told together with it.
     /// Between the end of one request and the start of the next, whoever asks.
     std::chrono::milliseconds fetchSpacing = 1s;
 };

@@ -36,6 +36,8 @@ constexpr Milliseconds reconnectSettleDelay = 400ms;
 constexpr Milliseconds postReauthenticationDelay = 250ms;
 constexpr Seconds noDataReachabilityTimeout{5};
 constexpr Seconds authReachabilityTimeout{10};
+/// A request that is no further away is what the person waits for.
+constexpr Milliseconds dueSoon = 5s;
 /// Between two looks at an account that waits for the person; nothing is requested at these.
 constexpr Seconds accountActionPause{1800};
 
@@ -172,6 +174,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
                 return;
             self->historyMark = mark;
             self->begin(run, newClient, newProvider);
+            self->showLoading(run);
             if (!missesData)
                 return;
             self->alerts->recordProblem(problem);
@@ -189,14 +192,20 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         alerts->reloadSnooze();
         if (!client)
             return;
-        if (glucoseHistory.empty())
-            onMain(run, [](StatusBarViewModel& viewModel, Date now) {
-                viewModel.setActivity(StatusBarActivity::loading, now);
-            });
         if (parts.history)
             restoreTask = startTask(parts.engine, restore(shared_from_this(), run));
         loopTask = startTask(parts.engine, pollingLoop(shared_from_this(), run));
         alerts->begin(run);
+    }
+
+    /// Of a run that is about to ask for its first readings.
+    void showLoading(const Uuid& run)
+    {
+        if (!client || !glucoseHistory.empty())
+            return;
+        onMain(run, [](StatusBarViewModel& viewModel, Date now) {
+            viewModel.setActivity(StatusBarActivity::loading, now);
+        });
     }
 
     /// Goes on where another run stopped.
@@ -211,7 +220,8 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         hasFetched = !glucoseHistory.empty();
         provider = newProvider;
         refusedSignIns = progress.refusedSignIns;
-        requiresAccountAction = progress.requiresAccountAction;
+        // Nobody could do anything about what is not shown.
+        requiresAccountAction = progress.requiresAccountAction && from.problem;
         if (progress.retryNotBefore && *progress.retryNotBefore > now) {
             retryNotBefore = progress.retryNotBefore;
             rateLimitedAt = now;
@@ -226,15 +236,28 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         begin(run, std::move(newClient), newProvider);
         if (!client)
             return;
+        alerts->recordProblem(from.problem);
         if (!glucoseHistory.empty()) {
             alerts->recordReading(glucoseHistory.back());
             alerts->startPass(run);
         }
-        if (!next || requiresAccountAction)
-            return;
+        if (next && !requiresAccountAction)
+            plan = resumedPlan(*next, now);
+        // What the other one was about is over. Loading says that an answer is near, and hides the problem.
+        const bool isDue = !plan || Milliseconds{plan->delay} <= dueSoon;
+        if (isDue && glucoseHistory.empty() && !from.problem)
+            showLoading(run);
+        else
+            showStatus(run, std::move(from.problem), from.nextRetryAt);
+    }
+
+    /// The sleep before the first request of a run that goes on; `next` is when the other one would have
+    /// asked.
+    [[nodiscard]] Plan resumedPlan(Date next, Date now)
+    {
         if (glucoseHistory.empty())
             pollingSchedule.nextPollDate = next;
-        Date first = *next;
+        Date first = next;
         if (first <= now)  // Its request may be under way, and ours would be the second within a second.
             first = std::max(now, first + Seconds{PollingResumption{}.fetchSpacing});
         else if (first - now > longestBackoff)  // The clock was set back.
@@ -242,7 +265,7 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         if (retryNotBefore)
             first = std::max(first, *retryNotBefore);
         const std::int64_t delay = std::chrono::ceil<Milliseconds>(timeUntil(first, now)).count();
-        plan = Plan{delay, fmt::format("⏱️ [Scheduler] {}: goes on in {}ms", isoText(now), delay)};
+        return {delay, fmt::format("⏱️ [Scheduler] {}: goes on in {}ms", isoText(now), delay)};
     }
 
     void endTasks()
@@ -741,6 +764,7 @@ void StatusBarPollingCoordinator::start(std::shared_ptr<GlucoseAPIProtocol> clie
                     [run, client = std::move(client), provider, mark = impl_->presentMark()](Impl& impl) {
                         impl.historyMark = mark;
                         impl.begin(run, client, provider);
+                        impl.showLoading(run);
                     });
 }
 

@@ -2,6 +2,7 @@
 
 #include <future>
 
+#include "polling/PollFailure.h"
 #include "program/DemoHistory.h"
 #include "program/HistoryStorage.h"
 #include "support/Log.h"
@@ -133,6 +134,7 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
 
 void Core::makeSharing(SharingKind kind)
 {
+    startedByPerson_ = kind == SharingKind::application;
     sharing_ = std::make_unique<SharedPoller>(
         main(), clock_, random_, SharedPollerOptions{.kind = kind, .profile = sharingProfile(environment_)},
         SharedPoller::Handlers{
@@ -179,7 +181,16 @@ void Core::pollingRoleDidChange(PollingRole role, bool alone)
     // Also when it was this process all along: it may come more often now.
     if (role == PollingRole::polls)
         delegate_->setPollingRole(PollingRole::follows);
-    PollingResumption resumption{.progress = progress_, .glucoseHistory = viewModel_->state().glucoseHistory};
+    // The person may have put right what the other process waits for, and then started this one. One refused
+    // sign-in more locks no account.
+    if (role == PollingRole::polls && std::exchange(startedByPerson_, false) &&
+        progress_.refusedSignIns < allowedRefusals)
+        progress_.requiresAccountAction = false;
+    const StatusBarState& shown = viewModel_->state();
+    PollingResumption resumption{.progress = progress_,
+                                 .glucoseHistory = shown.glucoseHistory,
+                                 .problem = shown.currentError,
+                                 .nextRetryAt = shown.nextRetryAt};
     if (alone)
         resumption.fetchSpacing = aloneSpacing;
     delegate_->setPollingRole(role, std::move(resumption));

@@ -134,6 +134,7 @@ private:
     std::unique_ptr<LogindEvents> workspace_;
     std::unique_ptr<SharedPoller> sharing_;  ///< Not of a demonstration.
     PollingProgress progress_{};             ///< Of whoever polls.
+    bool startedByPerson_ = false;           ///< And has not polled yet.
     std::shared_ptr<void> sharedState_;
     std::shared_ptr<void> sharedConfiguration_;
     std::unique_ptr<AppDelegate> delegate_;

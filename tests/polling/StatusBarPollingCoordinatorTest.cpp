@@ -4,6 +4,7 @@
 #include <future>
 #include <thread>
 
+#include "polling/PollFailure.h"
 #include "polling/PollingFixture.h"
 #include "support/TimeText.h"
 #include "testing/LogCatcher.h"
@@ -136,7 +137,8 @@ TEST_F(StatusBarPollingCoordinatorTest, aRunThatGoesOnKeepsToWhatTheServiceAsked
     expectFetchIn(120);
 
     coordinator->resume(service, GlucoseProvider::dexcom,
-                        {.progress = {.nextPollDate = now, .requiresAccountAction = true}});
+                        {.progress = {.nextPollDate = now, .requiresAccountAction = true},
+                         .problem = signInRequiredStatus()});
     clock.advance(Seconds{3600});
     EXPECT_EQ(service->fetches.size(), 1U);
     coordinator->reconnect();
@@ -166,6 +168,48 @@ TEST_F(StatusBarPollingCoordinatorTest, aRunThatGoesOnKeepsToWhatTheServiceAsked
     }
     EXPECT_GE(shortestSpacing(), Seconds{60});
     EXPECT_GE(service->fetches.size(), 9U);
+}
+
+TEST_F(StatusBarPollingCoordinatorTest, aRunThatGoesOnShowsTheProblemThatItWaitsFor)
+{
+    const ErrorInfo refused = signInRequiredStatus();
+    const ErrorInfo busy{.title = "Busy"};
+    struct Case {
+        const char* what;
+        PollingProgress progress;
+        std::optional<ErrorInfo> problem;
+        std::optional<Date> retry;
+        double expected;  ///< Until the first request; 4000 for none.
+    };
+    const Date now = clock.now();
+    for (const Case& given : {Case{"account", {.requiresAccountAction = true}, refused, {}, 4000},
+                              {"429",
+                               {.nextPollDate = now + Seconds{120}, .retryNotBefore = now + Seconds{120}},
+                               busy,
+                               now + Seconds{120},
+                               120},
+                              {"backoff", {.nextPollDate = now + Seconds{60}}, busy, now + Seconds{60}, 60},
+                              {"due", {.nextPollDate = now - Seconds{9}}, busy, now - Seconds{9}, 0},
+                              {"nothing asked yet", {}, {}, {}, 5},
+                              {"no reason given", {.requiresAccountAction = true}, {}, {}, 5}}) {
+        SCOPED_TRACE(given.what);
+        PollingFixture fixture;
+        // As the other one showed it, which was about to ask.
+        fixture.viewModel.setActivity(StatusBarActivity::refreshing, now);
+        fixture.coordinator->resume(
+            fixture.service, GlucoseProvider::dexcom,
+            {.progress = given.progress, .problem = given.problem, .nextRetryAt = given.retry});
+        if (given.expected > 0) {
+            fixture.clock.runReady();
+            EXPECT_EQ(fixture.state().currentError, given.problem);
+            EXPECT_EQ(fixture.state().nextRetryAt, given.retry);
+            EXPECT_EQ(fixture.state().activity,
+                      given.problem ? std::nullopt : std::optional{StatusBarActivity::loading});
+        }
+        EXPECT_NEAR(fixture.untilNextFetch().count(), given.expected, 0.01);
+        fixture.coordinator.reset();
+        fixture.clock.runReady();
+    }
 }
 
 TEST_F(StatusBarPollingCoordinatorTest, chasesAReadingThatIsLateAndKeepsTheOldOneAgeing)
