@@ -10,6 +10,7 @@
 #include <termios.h>
 #include <unistd.h>
 #include <QCoreApplication>
+#include <QDBusConnectionInterface>
 
 #include <algorithm>
 #include <array>
@@ -23,8 +24,10 @@
 #include "config/UserDefaults.h"
 #include "platform/FakeNotificationServer.h"
 #include "simulator/DemoService.h"
+#include "simulator/TraceReplay.h"
 #include "support/Json.h"
 #include "support/SystemClock.h"
+#include "support/TimeText.h"
 
 namespace tidewell {
 
@@ -593,6 +596,33 @@ TEST_F(CommandLineTest, watchersAndShortCommandsShareOnePollerAndTheNextOneTakes
     ::kill(second, SIGTERM);
     EXPECT_EQ(finish(second).code, 0);
     EXPECT_EQ(contents(home / "second").find("currentError\":{"), std::string::npos);
+
+    // Whoever comes after an owner that waits for the person says so too, and asks nothing.
+    ASSERT_NO_FATAL_FAILURE(startService("wrong-password"));
+    const auto tells = [&](const std::string& file) {
+        const std::string all = contents(home / file);
+        const auto last = all.rfind("\n{", all.size() - 2);
+        return all.ends_with('\n') && all.find("\"activity\":null", last) != std::string::npos &&
+               all.find("\"currentError\":{", last) != std::string::npos;
+    };
+    std::vector<pid_t> watchers{watch("0")};
+    ASSERT_TRUE(runUntil([&] { return owner() == watchers[0]; }));
+    (void)callAndWait(
+        client, QDBusMessage::createMethodCall(tidewell, "/org/tidewell/Tidewell", tidewell, "Refresh"));
+    ASSERT_TRUE(runUntil([&] { return tells("0"); }));
+    for (const char* file : {"1", "2"}) {
+        watchers.push_back(watch(file));
+        ASSERT_TRUE(runUntil([&] { return tells(file); }));
+    }
+    for (const std::size_t next : {1U, 2U}) {
+        ::kill(watchers[next - 1], SIGKILL);
+        (void)finish(watchers[next - 1]);
+        ASSERT_TRUE(runUntil([&] { return owner() == watchers[next]; }));
+        EXPECT_EQ(run({"watch", "--once"}).code, 5);
+        EXPECT_TRUE(tells(std::to_string(next))) << contents(home / std::to_string(next));
+    }
+    ::kill(watchers[2], SIGTERM);
+    EXPECT_EQ(finish(watchers[2]).code, 0);
 }
 
 TEST_F(CommandLineTest, badSurroundingsGetOneClearLine)
@@ -847,6 +877,112 @@ TEST_F(CommandLineTest, whoIsSignedOutOrHasDamagedFilesCanStillSeeAndDeleteWhatI
     const auto after = run({"history", "status"});
     EXPECT_EQ(after.code, 5);
     EXPECT_EQ(after.output, "");
+}
+
+TEST_F(CommandLineTest, weeksOfRealReadingsComeBackEqualAndLieNowhereInClearText)
+{
+    ASSERT_NO_FATAL_FAILURE(startService());
+    int count = 1;
+    std::string name{"test"};
+    char* values[] = {name.data(), nullptr};
+    const QCoreApplication application{count, values};
+    TestBus bus;
+    QDBusConnection client = bus.connect();
+    environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address().toStdString();
+    const auto temporary = home / "tmp";
+    std::filesystem::create_directory(temporary);
+    environment["TMPDIR"] = temporary.string();
+    const std::string password = service->account().password;
+    std::string outputs;
+    std::string errors;
+    const auto runGood = [&](const std::vector<std::string>& arguments, const std::string& input = {}) {
+        const auto ended = run(arguments, input);
+        EXPECT_EQ(ended.code, 0) << testing::PrintToString(arguments) << ended.errors;
+        outputs += ended.output;
+        errors += ended.errors;
+    };
+    runGood({"account", "set", "--provider", "dexcom", "--username", service->account().username, "--region",
+             service->account().region, "--password-stdin"},
+            password + "\n");
+    runGood({"history", "enable", "--accept"});
+
+    // Two recorded weeks, moved to the last month, and a value that nothing else can be.
+    const std::string odd = "216.730519";
+    const double begin = std::floor(unixSeconds(clock.now())) - 21 * 86400;
+    std::map<double, std::string> expected{{begin - 300, odd}};
+    for (const auto& [trace, first] :
+         {std::pair{&GlucoseTrace::builtIn(), begin}, std::pair{&GlucoseTrace::libre(), begin + 10 * 86400}})
+        for (const auto& point : trace->points)
+            expected[std::floor(first + point.seconds)] = std::to_string(point.mgdL);
+    ASSERT_GT(expected.size(), 2500U);
+    std::string csv = "epoch_s,glucose_mgdl\n";
+    std::string wanted;
+    for (const auto& [at, value] : expected) {
+        csv += std::to_string(static_cast<std::int64_t>(at)) + "," + value + "\n";
+        wanted += isoText(dateFromUnix(at)) + "," + value + "\n";
+    }
+    const auto given = home / "given.csv";
+    std::ofstream{given} << csv;
+    runGood({"history", "import", given.string()});
+    const auto taken = temporary / "taken.csv";
+    runGood({"history", "export", taken.string()});
+    std::istringstream lines{contents(taken)};
+    std::string got;
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line))
+        got += line.substr(0, line.find(',', line.find(',') + 1)) + "\n";
+    EXPECT_EQ(got, wanted);
+    std::filesystem::remove(given);
+    std::filesystem::remove(taken);
+
+    // A run that saves: what the service has of today dates from before the yes, which is moved back.
+    const auto root = home / ".local/share/Tidewell/SavedHistory";
+    for (const auto& entry : std::filesystem::recursive_directory_iterator{root / "accounts"})
+        if (entry.path().filename() == "configuration.json") {
+            auto record = parseJson(contents(entry.path())).value().as_object();
+            record.erase("collectionCutoff");
+            std::ofstream{entry.path()} << compactJson(record);
+        }
+    const auto day = static_cast<std::int64_t>(unixSeconds(clock.now()) / 86400);
+    const auto ofToday = [&] {
+        const std::filesystem::recursive_directory_iterator files{root};
+        return std::ranges::any_of(files, [day](const auto& entry) {
+            const auto file = entry.path().filename();
+            return file == std::to_string(day) + ".history" || file == std::to_string(day + 1) + ".history";
+        });
+    };
+    ASSERT_FALSE(ofToday());
+    const int output = ::open((home / "watched").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    const pid_t child = start({"watch", "--format", "json"}, {}, output);
+    ::close(output);
+    const QString tidewell = QStringLiteral("org.tidewell.Tidewell");
+    ASSERT_TRUE(runUntil([&] { return client.interface()->isServiceRegistered(tidewell).value(); }));
+    (void)callAndWait(
+        client, QDBusMessage::createMethodCall(tidewell, "/org/tidewell/Tidewell", tidewell, "Refresh"));
+    EXPECT_TRUE(runUntil(ofToday)) << contents(home / "watched") << contents(home / "errors");
+    ::kill(child, SIGTERM);
+    EXPECT_EQ(finish(child).code, 0);
+    errors += contents(home / "errors");
+    outputs += contents(home / "watched");
+    std::filesystem::remove(home / "watched");
+    runGood({"history", "status"});
+
+    std::filesystem::remove(home / "input");
+    std::size_t looked = 0;
+    const auto keychain = home / ".local/state/tidewell/keychain.json";
+    for (const auto& entry : std::filesystem::recursive_directory_iterator{home}) {
+        if (!entry.is_regular_file() || entry.path() == keychain)
+            continue;
+        const auto bytes = contents(entry.path());
+        for (const std::string& secret : {password, odd, std::string{"mgdL"}, std::string{"trend"}})
+            EXPECT_EQ(bytes.find(secret), std::string::npos) << secret << " is in " << entry.path();
+        ++looked;
+    }
+    EXPECT_GT(looked, 16U);
+    EXPECT_EQ((outputs + errors).find(password), std::string::npos);
+    EXPECT_EQ((outputs + errors).find(odd), std::string::npos);
+    EXPECT_EQ(errors.find("mgdL"), std::string::npos) << errors;
 }
 
 TEST_F(CommandLineTest, withoutAKeyringNothingIsStoredAndTheCodeIsSix)
