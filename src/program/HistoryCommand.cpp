@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "history/HistoryRetention.h"
 #include "program/Commands.h"
 #include "program/HistorySession.h"
 #include "support/Json.h"
@@ -173,17 +174,15 @@ std::string keySentence(const HistorySession& session)
                        session.hasKeyring() ? "" : " Whoever can read your files can read the readings too.");
 }
 
-/// Where a retention of `days` begins, counted as the store does: from the newest day that is saved, or from
-/// now when that is earlier.
-Date oldestKept(const GlucoseHistorySnapshot& saved, std::int64_t days, Date now)
+/// The newest day that has anything saved.
+std::optional<std::int64_t> newestDay(const GlucoseHistorySnapshot& saved)
 {
-    std::int64_t newest = 0;
+    std::optional<std::int64_t> newest;
     if (!saved.readings.empty())
         newest = historyDayIndex(saved.readings.back().reading.date);
     if (!saved.unreadableDays.empty())
-        newest = std::max(newest, saved.unreadableDays.back());
-    const Date end = dateFromUnix(static_cast<double>(newest + 1) * 86400);
-    return std::min(now, end) - Seconds{static_cast<double>(days) * 86400};
+        newest = std::max(newest, std::optional{saved.unreadableDays.back()});
+    return newest;
 }
 
 /// Asks, unless `yes`, before a retention of `days` deletes readings that would be kept now. Why that is not
@@ -196,7 +195,7 @@ std::optional<CommandError> refusedShortening(HistorySession& session, std::int6
     const auto saved = session.store().snapshot(historyBegin, historyEnd);
     std::string what = "Readings";
     if (saved) {
-        const Date oldest = oldestKept(*saved, days, session.now());
+        const Date oldest = oldestKeptReading(days, session.now(), newestDay(*saved));
         const auto older = std::ranges::count_if(
             saved->readings, [oldest](const StoredReading& each) { return each.reading.date < oldest; });
         const bool damaged = std::ranges::any_of(
