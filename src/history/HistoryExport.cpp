@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 
@@ -29,6 +30,17 @@ std::string exportedTime(Date date)
     return fmt::format("{}.{:03}Z", text, milliseconds);
 }
 
+/// A service's word of letters as it is, anything else behind an apostrophe: a spreadsheet would take it for
+/// a formula when it begins with one of a few signs.
+std::string exportedTrend(const std::string& word)
+{
+    const bool plain = std::ranges::all_of(word, [](char c) {
+        const char lower = static_cast<char>(c | 0x20);
+        return lower >= 'a' && lower <= 'z';
+    });
+    return csvField(plain ? word : historyTrendMark + word);
+}
+
 std::string asCsv(const std::vector<StoredReading>& readings)
 {
     std::string text;
@@ -36,7 +48,7 @@ std::string asCsv(const std::vector<StoredReading>& readings)
     text.append(historyCsvHeader).append("\n");
     for (const auto& [reading, fetchedAt] : readings)
         fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{}\n", exportedTime(reading.date),
-                       reading.mgdL, csvField(reading.trendString), reading.sampleDuration.count(),
+                       reading.mgdL, exportedTrend(reading.trendString), reading.sampleDuration.count(),
                        rawValue(reading.source), exportedTime(fetchedAt));
     return text;
 }

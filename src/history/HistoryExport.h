@@ -13,6 +13,8 @@ enum class HistoryExportFormat { csv, json };
 /// there are some; numbers are the shortest that read back as the same double.
 inline constexpr std::string_view historyCsvHeader =
     "time,glucose_mgdl,trend,sample_duration_s,source,fetched_at";
+/// Stands before a trend in the CSV form that is no word of the letters A to Z.
+inline constexpr char historyTrendMark = '\'';
 /// What the JSON form says of itself.
 inline constexpr std::string_view historyJsonFormat = "tidewell-history";
 inline constexpr std::int64_t historyJsonVersion = 1;

@@ -327,7 +327,10 @@ struct HistoryImportReader::Impl {
             source = *provider;
         }
         const CsvField* const trend = field(columns->trend);
-        add(line, *stamp, *value, trend ? trend->text : "", duration, source);
+        std::string word = trend ? trend->text : "";
+        if (columns->format == HistoryFileFormat::tidewellCsv && word.starts_with(historyTrendMark))
+            word.erase(0, 1);
+        add(line, *stamp, *value, word, duration, source);
     }
 
     [[nodiscard]] std::optional<ImportStamp> stampOf() const

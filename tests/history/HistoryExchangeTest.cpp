@@ -45,7 +45,8 @@ std::vector<StoredReading> anyReadings(unsigned seed)
 {
     std::mt19937 random{seed};
     const auto upTo = [&random](unsigned most) { return static_cast<unsigned>(random() % (most + 1)); };
-    const std::vector<std::string> words{"Flat", "FortyFiveDown", "", "Not, computable", "=1+1", " \"odd\" "};
+    const std::vector<std::string> words{"Flat", "FortyFiveDown", "", "Not, computable", "=1+1",
+                                         "'@",   " \"odd\" "};
     std::vector<StoredReading> readings;
     double at = unixSeconds(now) - 90 * 86400.0;
     for (unsigned i = 0; i < 300; ++i) {
@@ -53,7 +54,7 @@ std::vector<StoredReading> anyReadings(unsigned seed)
         at = std::round(at * 1000) / 1000;
         const double value = upTo(1) ? 40 + upTo(400) : 40 + upTo(1'000'000) / 3000.0;
         readings.push_back(
-            {.reading = makeReading(value, words[upTo(5)], dateFromUnix(at),
+            {.reading = makeReading(value, words[upTo(6)], dateFromUnix(at),
                                     Seconds{upTo(1) ? 300.0 : 0.1 + upTo(8000) / 9.0},
                                     upTo(1) ? GlucoseProvider::dexcom : GlucoseProvider::libreLinkUp),
              .fetchedAt = dateFromUnix(at + upTo(100))});
@@ -94,6 +95,14 @@ TEST(HistoryExchange, exportWritesExactlyTheseForms)
             .reading = makeReading(value, "Flat", dateFromUnix(at), Seconds{300}, GlucoseProvider::dexcom),
             .fetchedAt = dateFromUnix(at + 60)};
     };
+    for (const auto& [word, field] :
+         {std::pair{"=1+1", "'=1+1"}, {"'", "''"}, {"Up, \"1\"", "\"'Up, \"\"1\"\"\""}, {"", ""}}) {
+        auto odd = reading(120, 1'772'438'400);
+        odd.reading.trendString = word;
+        EXPECT_TRUE(
+            exportHistory({odd}, HistoryExportFormat::csv).contains(fmt::format(",120,{},300,", field)))
+            << word;
+    }
     const std::vector<StoredReading> two{reading(120, 1'772'438'400), reading(100.8, 1'772'438'700.482)};
     EXPECT_EQ(exportHistory(two, HistoryExportFormat::csv),
               "time,glucose_mgdl,trend,sample_duration_s,source,fetched_at\n"
