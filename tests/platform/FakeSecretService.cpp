@@ -65,6 +65,13 @@ FakeSecretService::Counts FakeSecretService::counts() const
     return counts_;
 }
 
+void FakeSecretService::findNothing(bool refusesAlias)
+{
+    const std::lock_guard guard{lock_};
+    findsNothing_ = true;
+    refusesAlias_ = refusesAlias;
+}
+
 void FakeSecretService::answerPrompt(bool unlock)
 {
     QDBusMessage completed =
@@ -107,6 +114,8 @@ QVariantList FakeSecretService::answerTo(const QDBusMessage& message)
     }
     if (member == "SearchItems") {
         ++counts_.searches;
+        if (findsNothing_)
+            return {paths({}), paths({})};
         return locked_ ? QVariantList{paths({}), paths({itemPath})}
                        : QVariantList{paths({itemPath}), paths({})};
     }
@@ -121,7 +130,7 @@ QVariantList FakeSecretService::answerTo(const QDBusMessage& message)
         ++counts_.dismissals;
         return {QVariant{}};
     }
-    if (member == "ReadAlias")
+    if (member == "ReadAlias" && !refusesAlias_)
         return {QVariant::fromValue(noPath)};
     if (member == "GetAll") {
         if (message.path() != itemPath.path())

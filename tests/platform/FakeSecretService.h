@@ -22,6 +22,9 @@ public:
         int sessionsOpen = 0;
     };
     [[nodiscard]] Counts counts() const;
+    /// From now on no item is found, and the question for the default collection is refused or answered with
+    /// none.
+    void findNothing(bool refusesAlias);
     /// As a person would, when the dialog is open: unlocks, or closes it.
     void answerPrompt(bool unlock);
 
@@ -35,6 +38,8 @@ private:
     QByteArray content_;
     Counts counts_{};
     bool locked_ = true;
+    bool findsNothing_ = false;
+    bool refusesAlias_ = false;
     QThread thread_{};
     QDBusConnection connection_;
 };

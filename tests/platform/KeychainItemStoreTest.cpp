@@ -139,7 +139,7 @@ TEST_F(KeychainItemStoreTest, aDialogThatNobodyAnswersFailsTheCallsUntilItIsAnsw
     EXPECT_EQ(fake.counts().prompts, 1);
 }
 
-TEST_F(KeychainItemStoreTest, aDialogThatIsClosedAndContentOfOthersHaveTheirStatus)
+TEST_F(KeychainItemStoreTest, aDialogThatIsClosedHasItsStatus)
 {
     {
         FakeSecretService fake{*bus, "Y29udGVudA=="};
@@ -167,6 +167,21 @@ TEST_F(KeychainItemStoreTest, aDialogThatIsClosedAndContentOfOthersHaveTheirStat
             again.join();
         }
     }
+}
+
+TEST_F(KeychainItemStoreTest, onlyAServiceThatAnswersCanSayThatNothingIsThere)
+{
+    FakeSecretService empty{*bus, ""};
+    empty.findNothing(false);
+    EXPECT_EQ(KeychainItemStore{}.read("s", "a"), KeychainLookup{KeychainItemNotFound{}});
+    empty.findNothing(true);
+    EXPECT_EQ(KeychainItemStore{}.read("s", "a"),
+              KeychainLookup{KeychainFailure{keychainStatus::notAvailable}})
+        << "what may be locked counts as absent";
+}
+
+TEST_F(KeychainItemStoreTest, contentOfOthersIsNoContent)
+{
     for (const char* content : {"plain text", "Y29udGVudA", "Y29u dGVudA=="}) {
         FakeSecretService fake{*bus, content};
         fake.answerPrompt(true);

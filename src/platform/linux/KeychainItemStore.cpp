@@ -158,11 +158,18 @@ SecretItem* newestOf(const ItemList& items)
     return newest;
 }
 
-GObjectPtr<SecretCollection> defaultCollection(const Session& session, GCancellable* cancellable)
+/// Nothing where the service says that there is none.
+std::expected<GObjectPtr<SecretCollection>, std::int32_t> defaultCollection(const Session& session,
+                                                                            GCancellable* cancellable)
 {
     GErrorSlot error;
-    return GObjectPtr<SecretCollection>{secret_collection_for_alias_sync(
+    GObjectPtr<SecretCollection> collection{secret_collection_for_alias_sync(
         session.get(), SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, cancellable, error.fill())};
+    const bool saysNone = g_error_matches(error.get(), SECRET_ERROR, SECRET_ERROR_NO_SUCH_OBJECT) != FALSE ||
+                          g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_OBJECT) != FALSE;
+    if (error && !saysNone)
+        return std::unexpected{statusOf(error.get())};
+    return collection;
 }
 
 }  // namespace
@@ -312,9 +319,11 @@ struct KeychainItemStore::Operations {
             return items;
         if (!*items) {
             const auto collection = defaultCollection(session, cancellable());
-            if (!collection || secret_collection_get_locked(collection.get()) == FALSE)
+            if (!collection)  // It may be locked, so nothing is known of the item.
+                return std::unexpected{collection.error()};
+            if (!*collection || secret_collection_get_locked(collection->get()) == FALSE)
                 return items;
-            if (const auto status = unlock(session, G_OBJECT(collection.get()));
+            if (const auto status = unlock(session, G_OBJECT(collection->get()));
                 status != keychainStatus::success)
                 return std::unexpected{status};
             items = search(session, name, cancellable());
