@@ -108,10 +108,11 @@ struct GlucoseHistoryStore::Impl {
         HistoryLock lock;
         GlucoseHistoryManifest manifest;
     };
-    /// What is read before the lock, since a secret store may make its caller wait for a person.
-    struct Preparation {
-        OptionalConfiguration configuration;
-        Result<SecretText> key;
+    /// One with a key, which is read before the lock: a secret store may make its caller wait for a person.
+    struct KeyedTurn {
+        Turn turn;
+        OptionalConfiguration configuration;      ///< Of the attached scope, as it was when the key was read.
+        std::optional<Result<SecretText>> key{};  ///< Empty when it was not asked for.
     };
 
     explicit Impl(Parts given)
@@ -328,20 +329,39 @@ struct GlucoseHistoryStore::Impl {
 
     // --- The key
 
-    Result<Preparation> prepare(const OptionalConfiguration& configuration)
+    /// The lock and the attached scope's key. Begins again when somebody changes the configuration while the
+    /// secret store is asked, since a deletion changes the key too. `wantsKey` tells by the configuration
+    /// whether it is asked at all; with `needsKey`, one that fails ends it.
+    template <class WantsKey>
+    Result<KeyedTurn> beginWithKey(const WantsKey& wantsKey, bool needsKey)
     {
-        auto key = account(*attached).loadKey(false);
-        if (!key && key.error() != unavailableKey)
-            return Failure{key.error()};
-        return Preparation{configuration, std::move(key)};
+        constexpr int mostTries = 3;
+        for (int tries = 0; tries < mostTries; ++tries) {
+            auto seen = currentConfiguration();
+            if (!seen)
+                return Failure{seen.error()};
+            std::optional<Result<SecretText>> key;
+            if (wantsKey(*seen))
+                key = account(*attached).loadKey(false);
+            if (needsKey && key && !*key && key->error() != unavailableKey)
+                return Failure{key->error()};
+            auto turn = begin();
+            if (!turn)
+                return Failure{turn.error()};
+            const auto configuration = currentConfiguration();
+            if (!configuration)
+                return Failure{configuration.error()};
+            if (*configuration == *seen)
+                return KeyedTurn{*std::move(turn), *std::move(seen), std::move(key)};
+        }
+        return Failure{storageFailure};
     }
 
-    /// The key to seal with, under the lock: made when it is missing and may be, and read again when somebody
-    /// has changed the configuration, since a deletion changes the key too.
-    Result<SecretText> settledKey(const Preparation& prepared, const OptionalConfiguration& configuration)
+    /// The key to seal with: made when it is missing and may be, which only the lock makes safe.
+    Result<SecretText> sealingKey(const KeyedTurn& keyed)
     {
-        if (prepared.key && prepared.configuration == configuration)
-            return prepared.key;
+        if (keyed.key && (*keyed.key || keyed.key->error() != unavailableKey))
+            return *keyed.key;
         return account(*attached).loadKey(true);
     }
 
@@ -392,10 +412,11 @@ struct GlucoseHistoryStore::Impl {
         return oldestKeptReading(configuration.retentionDays, now, std::max(newestSaved, newestToCome));
     }
 
-    /// Removes whole days beyond the retention.
-    Result<void> removeOldDays(const GlucoseHistoryConfiguration& configuration, Date now)
+    /// Removes whole days beyond the retention, which needs no key.
+    Result<void> removeOldDays(const HistoryScopeID& scope, const GlucoseHistoryConfiguration& configuration,
+                               Date now)
     {
-        GlucoseHistoryAccount& own = account(*attached);
+        GlucoseHistoryAccount& own = account(scope);
         const auto days = own.days();
         if (!days)
             return Failure{days.error()};
@@ -410,7 +431,7 @@ struct GlucoseHistoryStore::Impl {
             if (day < firstKept)
                 keepFirst(result, own.removeDay(day));
         }
-        if (parts.files.syncFolder(folderOf(*attached)))
+        if (parts.files.syncFolder(folderOf(scope)))
             keepFirst(result, Failure{storageFailure});
         return result;
     }
@@ -441,15 +462,25 @@ struct GlucoseHistoryStore::Impl {
         return std::ranges::binary_search(*days, dayOf(*oldest)) ? std::optional{*oldest} : std::nullopt;
     }
 
-    Result<void> trimAll(const Result<SecretText>& key, const GlucoseHistoryConfiguration& configuration,
-                         Date now)
+    /// Whether a day has to be opened to trim the attached scope.
+    bool wantsKeyToTrim(const OptionalConfiguration& configuration, Date now)
     {
-        Result<void> result = removeOldDays(configuration, now);
+        if (!configuration || configuration->pendingDeletion)
+            return false;
+        const auto oldest = boundary(*configuration, now);
+        return !oldest || *oldest;
+    }
+
+    /// Without a key, a day that the retention ends in, which somebody else has just saved, waits.
+    Result<void> trimAll(const std::optional<Result<SecretText>>& key,
+                         const GlucoseHistoryConfiguration& configuration, Date now)
+    {
+        Result<void> result = removeOldDays(*attached, configuration, now);
         const auto oldest = boundary(configuration, now);
         if (!oldest)
             keepFirst(result, Failure{oldest.error()});
-        else if (*oldest)
-            keepFirst(result, key ? trimBoundaryDay(*key, **oldest) : Result<void>{Failure{key.error()}});
+        else if (*oldest && key)
+            keepFirst(result, *key ? trimBoundaryDay(**key, **oldest) : Result<void>{Failure{key->error()}});
         // What an earlier try removed may still come back with a power cut.
         if (parts.files.syncFolder(folderOf(*attached)))
             keepFirst(result, Failure{storageFailure});
@@ -458,43 +489,67 @@ struct GlucoseHistoryStore::Impl {
 
     // --- The single-key layout
 
-    Result<void> migrate(const GlucoseHistoryManifest& manifest)
+    /// Takes the single-key layout over. Its keys are read before the lock, as those of a KeyedTurn.
+    Result<void> migrate()
     {
-        migrationDue = false;
-        if (!manifest.legacyMigrationScope)
-            return {};
-        const HistoryScopeID heir = *manifest.legacyMigrationScope;
-        const auto migrateNow = [&]() -> Result<void> {
-            const auto left = legacy.exists();
-            if (!left)
-                return Failure{left.error()};
-            if (!*left)
-                return legacy.settle();
-            const auto configuration = account(heir).readConfiguration();
-            if (!configuration)
-                return Failure{configuration.error()};
-            if (*configuration && (*configuration)->pendingDeletion)
-                return Failure{deletionIncomplete};  // It goes with the rest.
-            const auto moved = legacy.moveInto(account(heir), heir, folderOf(heir));
-            if (heir == attached)
-                std::ignore = currentConfiguration();
-            return moved;
-        };
-        const auto result = noted(Area::migration, migrateNow());
+        const auto result = noted(Area::migration, migrateOnce());
         // A damaged day will not mend by itself until the next poll; whatever else may.
         migrationDue = !result && result.error() != unreadableHistory;
         return result;
     }
 
+    Result<void> migrateOnce()
+    {
+        constexpr int mostTries = 3;
+        for (int tries = 0; tries < mostTries; ++tries) {
+            auto left = legacy.exists();
+            if (!left)
+                return Failure{left.error()};
+            const auto manifest = readManifest();
+            if (!manifest)
+                return Failure{manifest.error()};
+            const auto heir = *manifest ? (*manifest)->legacyMigrationScope : std::nullopt;
+            OptionalConfiguration seen;
+            std::optional<LegacyHistory::Keys> keys;
+            if (*left && heir) {
+                const auto configuration = account(*heir).readConfiguration();
+                if (!configuration)
+                    return Failure{configuration.error()};
+                seen = *configuration;
+                if (!seen || !seen->pendingDeletion)
+                    keys.emplace(legacy.loadKey(), account(*heir).loadKey(false));
+            }
+            const auto turn = begin();
+            if (!turn)
+                return Failure{turn.error()};
+            const auto& now = turn->manifest.legacyMigrationScope;
+            if (!now)
+                return {};
+            left = legacy.exists();
+            if (!left)
+                return Failure{left.error()};
+            if (!*left)
+                return legacy.settle();
+            const auto configuration = account(*now).readConfiguration();
+            if (!configuration)
+                return Failure{configuration.error()};
+            if (*configuration && (*configuration)->pendingDeletion)
+                return Failure{deletionIncomplete};  // It goes with the rest.
+            if (now != heir || !keys || *configuration != seen)
+                continue;
+            const auto moved = legacy.moveInto(account(*now), *now, folderOf(*now), *keys);
+            if (now == attached)
+                std::ignore = currentConfiguration();
+            return moved;
+        }
+        return Failure{storageFailure};
+    }
+
     /// For operations that want the inherited readings but do without them when they have to.
     void migrateWhenDue()
     {
-        if (!migrationDue || !attached)
-            return;
-        if (const auto turn = begin())
-            std::ignore = migrate(turn->manifest);
-        else
-            std::ignore = noted(Area::migration, Result<void>{Failure{turn.error()}});
+        if (migrationDue && attached)
+            std::ignore = migrate();
     }
 
     // --- Deletion
@@ -585,6 +640,16 @@ struct GlucoseHistoryStore::Impl {
             return Failure{storageFailure};
         if (!*there)
             return {};
+        bool migrates = false;
+        auto result = endDeletions(now, migrates);
+        if (migrates)
+            keepFirst(result, migrate());
+        return result;
+    }
+
+    /// Deletion first: what a person wanted gone must not be taken over.
+    Result<void> endDeletions(Date now, bool& migrates)
+    {
         const auto turn = begin();
         if (!turn)
             return Failure{turn.error()};
@@ -602,15 +667,14 @@ struct GlucoseHistoryStore::Impl {
             else if (*configuration && (*configuration)->pendingDeletion)
                 keepFirst(deletions, finishDeletion(scope, turn->manifest, now));
         }
-        // Deletion first: what a person wanted gone must not be taken over.
         const auto legacyGoes = legacy.isBeingDeleted();
         if (legacyGoes && *legacyGoes && !legacy.remove())
             keepFirst(deletions, Failure{deletionIncomplete});
         keepFirst(result, noted(Area::deletion, deletions));
         if (!legacyGoes && legacyGoes.error() != invalidConfiguration)
             keepFirst(result, Failure{legacyGoes.error()});
-        else if (!legacyGoes || !*legacyGoes)
-            keepFirst(result, migrate(turn->manifest));
+        else
+            migrates = turn->manifest.legacyMigrationScope && (!legacyGoes || !*legacyGoes);
         return result;
     }
 
@@ -661,28 +725,24 @@ struct GlucoseHistoryStore::Impl {
         if (!attached)
             return Failure{accountRequired};
         migrateWhenDue();
-        const auto seen = currentConfiguration();
-        if (!seen)
-            return Failure{seen.error()};
-        const auto prepared = prepare(*seen);
-        if (!prepared)
-            return Failure{prepared.error()};
-        const auto turn = begin();
-        if (!turn)
-            return Failure{turn.error()};
-        auto configuration = currentConfiguration();
-        if (configuration && *configuration && (*configuration)->pendingDeletion) {
-            if (const auto deleted = noted(Area::deletion, finishDeletion(*attached, turn->manifest, now));
+        auto keyed = beginWithKey([](const auto&) { return true; }, true);
+        if (!keyed)
+            return Failure{keyed.error()};
+        if (keyed->configuration && keyed->configuration->pendingDeletion) {
+            if (const auto deleted =
+                    noted(Area::deletion, finishDeletion(*attached, keyed->turn.manifest, now));
                 !deleted)
                 return deleted;
-            configuration = currentConfiguration();
+            const auto configuration = currentConfiguration();
+            if (!configuration)
+                return Failure{configuration.error()};
+            keyed->configuration = *configuration;
+            keyed->key.reset();  // It went with the rest.
         }
-        if (!configuration)
-            return Failure{configuration.error()};
-        const auto key = settledKey(*prepared, *configuration);
+        const auto key = sealingKey(*keyed);
         if (!key)
             return Failure{key.error()};
-        GlucoseHistoryConfiguration next = configuration->value_or(GlucoseHistoryConfiguration{});
+        GlucoseHistoryConfiguration next = keyed->configuration.value_or(GlucoseHistoryConfiguration{});
         if (!next.isEnabled) {
             next.isEnabled = true;
             next.hasPreviouslyEnabled = true;
@@ -726,29 +786,21 @@ struct GlucoseHistoryStore::Impl {
             return Failure{invalidRetention};
         if (!attached)
             return Failure{accountRequired};
-        const auto turn = begin();
-        if (!turn)
-            return Failure{turn.error()};
-        const auto configuration = currentConfiguration();
-        if (!configuration)
-            return Failure{configuration.error()};
-        GlucoseHistoryConfiguration next = configuration->value_or(GlucoseHistoryConfiguration{});
+        const auto wantsKey = [&](OptionalConfiguration configuration) {
+            if (configuration)
+                configuration->retentionDays = days;
+            return wantsKeyToTrim(configuration, now);
+        };
+        const auto keyed = beginWithKey(wantsKey, false);
+        if (!keyed)
+            return Failure{keyed.error()};
+        GlucoseHistoryConfiguration next = keyed->configuration.value_or(GlucoseHistoryConfiguration{});
         next.retentionDays = days;
         if (const auto written = commit(next); !written)
             return written;
-        return noted(Area::trimming, trimUnderLock(next, now));
-    }
-
-    /// With the key only when a day has to be opened.
-    Result<void> trimUnderLock(const GlucoseHistoryConfiguration& configuration, Date now)
-    {
-        if (configuration.pendingDeletion)
+        if (next.pendingDeletion)
             return {};
-        const auto oldest = boundary(configuration, now);
-        if (!oldest)
-            return Failure{oldest.error()};
-        return trimAll(*oldest ? account(*attached).loadKey(false) : Result<SecretText>{}, configuration,
-                       now);
+        return noted(Area::trimming, trimAll(keyed->key, next, now));
     }
 
     Result<void> setInsightsUnlocked(Date now)
@@ -792,21 +844,15 @@ struct GlucoseHistoryStore::Impl {
             return Failure{seen.error()};
         if (!collects(*seen) || !isCurrent(token))
             return 0;
-        const auto prepared = prepare(*seen);
-        if (!prepared)
-            return Failure{prepared.error()};
-        const auto turn = begin();
-        if (!turn)
-            return Failure{turn.error()};
-        const auto read = currentConfiguration();
-        if (!read)
-            return Failure{read.error()};
-        if (!collects(*read) || !isCurrent(token))
+        const auto keyed = beginWithKey(collects, true);
+        if (!keyed)
+            return Failure{keyed.error()};
+        if (!collects(keyed->configuration) || !isCurrent(token))
             return 0;
-        const auto key = settledKey(*prepared, *read);
+        const auto key = sealingKey(*keyed);
         if (!key)
             return Failure{key.error()};
-        GlucoseHistoryConfiguration configuration = **read;
+        GlucoseHistoryConfiguration configuration = *keyed->configuration;
         if (endFuture(configuration, fetchedAt)) {
             if (const auto written = commit(configuration); !written)
                 return Failure{written.error()};
@@ -827,7 +873,7 @@ struct GlucoseHistoryStore::Impl {
                       [&](std::int64_t, const auto& count) { changed += count ? count->changed : 0; });
         if (result && !batch.empty())
             result = recordCollection(configuration, fetchedAt);
-        keepFirst(result, removeOldDays(configuration, fetchedAt));
+        keepFirst(result, removeOldDays(*attached, configuration, fetchedAt));
         if (!result)
             return Failure{result.error()};
         return changed;
@@ -848,24 +894,56 @@ struct GlucoseHistoryStore::Impl {
 
     Result<void> trim(Date now)
     {
-        if (!attached)
-            return Failure{accountRequired};
+        const auto there = access.exists(parts.root);
+        if (!there)
+            return Failure{storageFailure};
+        if (!*there)
+            return {};
+        Result<void> result;
+        if (attached)
+            result = trimAttached(now);
+        keepFirst(result, trimOthers(now));
+        return result;
+    }
+
+    Result<void> trimAttached(Date now)
+    {
         migrationDue |= problems[static_cast<std::size_t>(Area::migration)].has_value();
         migrateWhenDue();
-        const auto seen = currentConfiguration();
-        if (!seen)
-            return Failure{seen.error()};
-        if (!*seen)
+        const auto keyed = beginWithKey(
+            [&](const auto& configuration) { return wantsKeyToTrim(configuration, now); }, false);
+        if (!keyed)
+            return Failure{keyed.error()};
+        if (!keyed->configuration || keyed->configuration->pendingDeletion)
             return {};
+        return trimAll(keyed->key, *keyed->configuration, now);
+    }
+
+    /// What a person asked for holds for accounts that are signed out too.
+    Result<void> trimOthers(Date now)
+    {
         const auto turn = begin();
         if (!turn)
             return Failure{turn.error()};
-        const auto configuration = currentConfiguration();
-        if (!configuration)
-            return Failure{configuration.error()};
-        if (!*configuration)
-            return {};
-        return trimUnderLock(**configuration, now);
+        const auto scopes = allScopes(turn->manifest);
+        if (!scopes)
+            return Failure{scopes.error()};
+        Result<void> result;
+        for (const HistoryScopeID& scope : *scopes) {
+            if (scope == attached)
+                continue;
+            const auto configuration = account(scope).readConfiguration();
+            if (!configuration && configuration.error() == invalidConfiguration)
+                continue;  // Told when it is signed in; how long it is to be kept is not known.
+            if (!configuration)
+                keepFirst(result, Failure{configuration.error()});
+            else if (*configuration && !(*configuration)->pendingDeletion) {
+                keepFirst(result, removeOldDays(scope, **configuration, now));
+                if (parts.files.syncFolder(folderOf(scope)))  // As in trimAll().
+                    keepFirst(result, Failure{storageFailure});
+            }
+        }
+        return result;
     }
 
     Result<GlucoseHistorySnapshot> snapshot(Date begin, Date end)
@@ -922,23 +1000,17 @@ struct GlucoseHistoryStore::Impl {
             return Failure{seen.error()};
         if (const auto refused = refusesImport(*seen))
             return Failure{*refused};
-        const auto prepared = prepare(*seen);
-        if (!prepared)
-            return Failure{prepared.error()};
         if (dryRun) {
             if (const auto manifest = readManifest(); !manifest)
                 return Failure{manifest.error()};
-            return importInto(**seen, prepared->key, readings, now, true);
+            return importInto(**seen, account(*attached).loadKey(false), readings, now, true);
         }
-        const auto turn = begin();
-        if (!turn)
-            return Failure{turn.error()};
-        const auto configuration = currentConfiguration();
-        if (!configuration)
-            return Failure{configuration.error()};
-        if (const auto refused = refusesImport(*configuration))
+        const auto keyed = beginWithKey([](const auto&) { return true; }, true);
+        if (!keyed)
+            return Failure{keyed.error()};
+        if (const auto refused = refusesImport(keyed->configuration))
             return Failure{*refused};
-        return importInto(**configuration, settledKey(*prepared, *configuration), readings, now, false);
+        return importInto(*keyed->configuration, sealingKey(*keyed), readings, now, false);
     }
 
     static std::optional<GlucoseHistoryError> refusesImport(const OptionalConfiguration& configuration)

@@ -97,7 +97,8 @@ public:
     [[nodiscard]] std::expected<std::size_t, GlucoseHistoryError> save(
         const GlucoseHistoryCollectionToken& token, const std::vector<GlucoseReading>& readings,
         Date fetchedAt);
-    /// Removes readings beyond the retention of the attached scope. Once a day.
+    /// Removes readings beyond the retention of the attached scope, and whole days beyond that of the other
+    /// ones, also while nobody is attached. Once a day.
     [[nodiscard]] std::expected<void, GlucoseHistoryError> trim(Date now);
 
     /// The attached scope's readings from `begin` up to before `end`. Damaged days are named, the others are

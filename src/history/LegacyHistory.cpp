@@ -155,15 +155,16 @@ std::expected<HistoryDay, GlucoseHistoryError> LegacyHistory::readDay(const Secr
 }
 
 std::expected<LegacyHistory::Moved, GlucoseHistoryError> LegacyHistory::moveDays(
-    GlucoseHistoryAccount& account, const HistoryScopeID& scope, const std::vector<std::int64_t>& days)
+    GlucoseHistoryAccount& account, const HistoryScopeID& scope, const std::vector<std::int64_t>& days,
+    const Keys& keys)
 {
     Moved moved;
     if (days.empty())
         return moved;
-    const auto legacyKey = loadKey();
+    const auto& legacyKey = keys.legacy;
     if (!legacyKey)
         return std::unexpected{legacyKey.error()};
-    const auto key = account.loadKey(true);
+    const auto key = keys.own || keys.own.error() != unavailableKey ? keys.own : account.loadKey(true);
     if (!key)
         return std::unexpected{key.error()};
     const auto moveDay = [&](std::int64_t day) -> std::expected<void, GlucoseHistoryError> {
@@ -214,12 +215,13 @@ std::expected<void, GlucoseHistoryError> LegacyHistory::moveConfiguration(Glucos
 
 std::expected<void, GlucoseHistoryError> LegacyHistory::moveInto(GlucoseHistoryAccount& account,
                                                                  const HistoryScopeID& scope,
-                                                                 const std::filesystem::path& scopeFolder)
+                                                                 const std::filesystem::path& scopeFolder,
+                                                                 const Keys& keys)
 {
     const auto days = access_.days(root_);
     if (!days)
         return std::unexpected{storageFailure};
-    const auto moved = moveDays(account, scope, *days);
+    const auto moved = moveDays(account, scope, *days, keys);
     if (!moved)
         return std::unexpected{moved.error()};
     const auto configured = moveConfiguration(account, moved->oldest);

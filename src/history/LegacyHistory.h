@@ -28,16 +28,24 @@ public:
     /// Once nothing of it exists any more: sees to it that this is so after a power cut.
     [[nodiscard]] std::expected<void, GlucoseHistoryError> settle();
 
+    /// What moveInto() opens and seals with, or why it cannot.
+    struct Keys {
+        std::expected<SecretText, GlucoseHistoryError> legacy;
+        std::expected<SecretText, GlucoseHistoryError> own;  ///< Of the scope; unavailableKey: is to be made.
+    };
+    /// May wait for a person; not under the lock.
+    [[nodiscard]] std::expected<SecretText, GlucoseHistoryError> loadKey();
+
     /// Merges each day into the scope, then the configuration, then removes what was taken over, the key
     /// after the days. Can be repeated from wherever it stopped. A day that is damaged here or there stays,
     /// and the key with it: unreadableHistory, after all the others have been moved.
     [[nodiscard]] std::expected<void, GlucoseHistoryError> moveInto(GlucoseHistoryAccount& account,
                                                                     const HistoryScopeID& scope,
-                                                                    const std::filesystem::path& scopeFolder);
+                                                                    const std::filesystem::path& scopeFolder,
+                                                                    const Keys& keys);
 
 private:
     struct Moved;
-    std::expected<SecretText, GlucoseHistoryError> loadKey();
     std::expected<void, GlucoseHistoryError> removeKey();
     std::expected<void, GlucoseHistoryError> removeConfiguration();
     std::expected<std::optional<GlucoseHistoryConfiguration>, GlucoseHistoryError> readConfiguration();
@@ -45,7 +53,8 @@ private:
                                                            const HistoryScopeID& scope);
     std::expected<Moved, GlucoseHistoryError> moveDays(GlucoseHistoryAccount& account,
                                                        const HistoryScopeID& scope,
-                                                       const std::vector<std::int64_t>& days);
+                                                       const std::vector<std::int64_t>& days,
+                                                       const Keys& keys);
     std::expected<void, GlucoseHistoryError> moveConfiguration(GlucoseHistoryAccount& account,
                                                                const std::optional<Date>& oldest);
 

@@ -279,6 +279,10 @@ TEST_F(GlucoseHistoryStoreTest, aKeyThatChangesWhileTheLockIsAwaitedSealsNothing
     EXPECT_EQ(save(slow, storyNow + oneHour).value_or(9), 0U) << "asked for before the deletion";
     EXPECT_EQ(save(slow, storyNow + oneHour).value_or(9), 1U);
     EXPECT_EQ(count(store), 1U);
+    // Another retention is no reason to save nothing: it begins again.
+    keychain.afterRead = [&] { EXPECT_TRUE(store.setRetention(30, storyNow)); };
+    EXPECT_EQ(save(slow, storyNow + 2 * oneHour).value_or(9), 1U);
+    EXPECT_EQ(slow.status().configuration.retentionDays, 30);
 }
 
 TEST_F(GlucoseHistoryStoreTest, whatNoFileCanHoldDoesNotSpoilTheDay)

@@ -105,9 +105,13 @@ private:
 
     void trim()
     {
-        ASSERT_EQ(store_->trim(now_).has_value(), attached() != nullptr);
-        if (ModelScope* const scope = attached(); scope && scope->exists)
-            dropOld(*scope);
+        ASSERT_TRUE(store_->trim(now_));
+        for (auto& [whom, scope] : model_) {
+            if (whom == attached_ && scope.exists)
+                dropOld(scope);
+            else
+                dropOldDays(scope);
+        }
     }
 
     /// Up to thirty hours of readings, in no order, some of them twice.
@@ -148,8 +152,7 @@ private:
         }
         if (any && !scope->configuration.collectionStartedAt)
             scope->configuration.collectionStartedAt = now_;
-        const auto firstDay = static_cast<std::int64_t>(unixSeconds(oldest(*scope))) / 86400;
-        std::erase_if(scope->readings, [&](const auto& one) { return one.first / 86400 < firstDay; });
+        dropOldDays(*scope);
     }
 
     /// By a token of earlier: nothing happens unless it is the one in force.
@@ -261,6 +264,11 @@ private:
         const Date end = dateFromUnix(static_cast<double>(newest / 86400 + 1) * 86400);
         return (newest ? std::min(now_, end) : now_) -
                dayLength * static_cast<double>(scope.configuration.retentionDays);
+    }
+    void dropOldDays(ModelScope& scope) const
+    {
+        const auto firstDay = static_cast<std::int64_t>(unixSeconds(oldest(scope))) / 86400;
+        std::erase_if(scope.readings, [&](const auto& one) { return one.first / 86400 < firstDay; });
     }
     void dropOld(ModelScope& scope) const
     {

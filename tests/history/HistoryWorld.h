@@ -36,11 +36,20 @@ inline Values valuesOf(const std::vector<StoredReading>& readings)
 
 /// A disk, a secret store and a process that uses them.
 struct HistoryWorld {
-    HistoryWorld() : files{plan}, keychain{plan}, random{1} { files.put("/data/other", ""); }
+    HistoryWorld() : files{plan}, keychain{plan}, random{1}
+    {
+        files.put("/data/other", "");
+        watchLock();
+    }
     /// What is left of another one. `seed` makes names and nonces of its own.
     HistoryWorld(const HistoryWorld& other, Survival survival, std::uint64_t seed)
         : files{other.files.after(survival, plan)}, keychain{other.keychain, plan}, random{seed}
     {
+        watchLock();
+    }
+    void watchLock()
+    {
+        keychain.isLocked = [this] { return files.isOpen(root / ".lock"); };
     }
     HistoryWorld(const HistoryWorld&) = delete;
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -78,6 +82,12 @@ public:
             if (!node->folder && !path.ends_with(".lock"))
                 found[path] = node->content;
         return found;
+    }
+    [[nodiscard]] bool isOpen(const std::filesystem::path& file) const
+    {
+        const auto found = live_.find(file.native());
+        return found != live_.end() &&
+               std::ranges::any_of(open_, [&](const auto& open) { return open.second == found->second; });
     }
     /// Puts a file there, durably; its folders too.
     void put(const std::filesystem::path& file, std::string_view content)
@@ -276,6 +286,9 @@ public:
         const auto found = items.find({std::string{service}, std::string{account}});
         if (found == items.end())
             return KeychainItemNotFound{};
+        // One that is malformed looks as if it were to be made, which only the lock makes safe.
+        EXPECT_FALSE(found->second.size() == 32 && isLocked && isLocked())
+            << "a person may be asked now, and everybody else waits";
         return SecretText{std::string_view{found->second}};
     }
     std::int32_t write(std::string_view service, std::string_view account, const SecretText& data) override
@@ -294,6 +307,7 @@ public:
     }
 
     std::map<std::pair<std::string, std::string>, std::string> items;
+    std::function<bool()> isLocked{};  ///< Whether somebody holds up all others.
 
 private:
     std::int32_t step()

@@ -65,7 +65,7 @@ void fillTwo(HistoryWorld& world)
 {
     GlucoseHistoryStore store{world.parts()};
     fill(store, anna, {40, 30, 1, 0});
-    fill(store, bert, {2, 0});
+    fill(store, bert, {40, 2, 0});
     ASSERT_TRUE(store.attach(anna));
     constexpr std::string_view stray = ".tidewell-history-6c2d1b9e-5f0a-4d3c-8b1e-0123456789ab.tmp";
     world.files.put(world.root / stray, "half a mani");
@@ -247,12 +247,14 @@ std::vector<Scenario> scenarios()
                    .prepare =
                        [](HistoryWorld& world) {
                            fillTwo(world);
+                           shortenRetention(world, bert);
                            shortenRetention(world, anna);  // As if killed before anything was removed.
                        },
                    .operate = [](GlucoseHistoryStore& store) { return store.trim(storyNow); },
                    .change =
                        [](HistoryState& state) {
                            removeBefore(state.scopes[anna].values, storyNow - 30 * dayLength);
+                           removeBefore(state.scopes[bert].values, storyNow - 30 * dayLength);
                        }});
     all.push_back({.name = "load",
                    .prepare = fillTwo,
