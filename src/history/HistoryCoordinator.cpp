@@ -84,9 +84,13 @@ std::optional<GlucoseHistoryError> saveAll(GlucoseHistoryStore& store,
                                            const GlucoseHistoryCollectionToken& token, const Fetches& fetches)
 {
     std::optional<GlucoseHistoryError> error;
-    for (const auto& [fetchedAt, readings] : fetches)
+    for (const auto& [fetchedAt, readings] : fetches) {
         if (const auto saved = store.save(token, readings, fetchedAt); !saved)
             error = saved.error();
+        // Each of the others would wait for the same disk or secret store.
+        if (error == GlucoseHistoryError::keychainFailure || error == GlucoseHistoryError::storageFailure)
+            break;
+    }
     return error;
 }
 
@@ -145,11 +149,13 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
     void follow(Mark newMark, std::optional<HistoryScopeID> newScope)
     {
         followed = newMark;
+        if (newScope != scope)
+            unsaved.clear();  // Of the same one, they are saved by the token to come.
         scope = std::move(newScope);
         needsAttachment = true;
         token.reset();
-        unsaved.clear();
         saved.clear();
+        triesRecoveryAgain();
         needsTrim = true;
         if (!trimTask)
             trimTask = startTask(parts.engine, trimDaily(shared_from_this()));
@@ -166,7 +172,10 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         for (auto& reading : readings) {
             const ReadingKey key = keyOf(reading);
             const auto known = saved.find(key);
-            if (known == saved.end() || known->second != reading)
+            if (known != saved.end() && known->second == reading)
+                continue;
+            const auto waiting = unsaved.find(key);
+            if (waiting == unsaved.end() || waiting->second.reading != reading)
                 unsaved.insert_or_assign(key, Unsaved{std::move(reading), fetchedAt});
         }
         bound(unsaved);
@@ -270,14 +279,20 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
             return saveAll(store, batchToken, fetches);
         };
         const Outcome outcome = co_await run(self, std::move(call));
-        if (begun != self->followed)
+        const auto keepBatch = [&] {
+            self->unsaved.insert(batch.begin(), batch.end());  // A later fetch of the same one stays.
+            bound(self->unsaved);
+        };
+        if (begun != self->followed) {
+            if (outcome.error && self->scope == batchToken.accountScope)
+                keepBatch();  // Somebody followed the same account again.
             co_return true;
+        }
         self->take(outcome);
         if (self->token != batchToken)
             co_return !outcome.error;
         if (outcome.error) {
-            self->unsaved.insert(batch.begin(), batch.end());  // A later fetch of the same one stays.
-            bound(self->unsaved);
+            keepBatch();
         } else {
             for (const auto& [key, one] : batch)
                 self->saved.insert_or_assign(key, one.reading);
@@ -300,6 +315,10 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
             if (token)
                 unsaved.clear();
             token = std::move(found);
+            // Saving began, or began again, after what waits was fetched.
+            std::erase_if(unsaved, [&](const auto& one) {
+                return one.second.fetchedAt < outcome.status.configuration.collectionCutoff;
+            });
         }
         publish(outcome.status);
     }

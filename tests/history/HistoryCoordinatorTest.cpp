@@ -151,6 +151,28 @@ TEST_F(HistoryCoordinatorTest, whatCouldNotBeSavedIsSavedWithTheNextReadings)
     EXPECT_EQ(problems.back(), std::nullopt);
 }
 
+TEST_F(HistoryCoordinatorTest, whatWaitsIsKeptWhenTheSameAccountIsFollowedAgain)
+{
+    enable("ada");
+    follow("ada");
+    fail(true);
+    save({readingAt(storyNow, 101)});
+    const Date fetched = clock.now();
+    clock.advance(oneHour);
+    save({readingAt(storyNow, 101)});
+    coordinator->save(coordinator->mark(), {readingAt(storyNow + Seconds{300}, 102)}, clock.now());
+    clock.runReady();  // Its worker has not had its turn when the account is followed again.
+    follow("ada");
+    fail(false);
+    follow("ada");
+    EXPECT_EQ(onDisk("ada"),
+              valuesOf({{readingAt(storyNow, 101), {}}, {readingAt(storyNow + Seconds{300}, 102), {}}}));
+    GlucoseHistoryStore other{world.parts()};
+    ASSERT_TRUE(other.attach(scopeOf("ada")));
+    EXPECT_EQ(other.snapshot(storyNow, storyNow + Seconds{1})->readings.front().fetchedAt, fetched)
+        << "the first fetch that gave it";
+}
+
 TEST_F(HistoryCoordinatorTest, aDiskThatIsAwayAtTheStartIsFoundLater)
 {
     enable("ada");
