@@ -1,7 +1,6 @@
 #include "platform/linux/StatusNotifierItem.h"
 
 #include <QDBusMetaType>
-#include <QGuiApplication>
 #include <QtEndian>
 #include <utility>
 
@@ -56,14 +55,6 @@ StatusNotifierItem::StatusNotifierItem(QString menuPath, std::function<void(int,
     qDBusRegisterMetaType<IconPixmap>();
     qDBusRegisterMetaType<QList<IconPixmap>>();
     qDBusRegisterMetaType<ItemToolTip>();
-}
-
-void StatusNotifierItem::ProvideXdgActivationToken(const QString& token)
-{
-    constexpr qsizetype longest = 256;
-    // The toolkit takes it from there, once, for the next window that asks for the focus.
-    if (token.size() <= longest && QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
-        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
 }
 
 void StatusNotifierItem::setFace(const ItemFace& face)

@@ -103,8 +103,9 @@ public Q_SLOTS:
     // Known calls that have no meaning here; panels log an error when they are missing.
     Q_SCRIPTABLE void SecondaryActivate(int /*x*/, int /*y*/) {}
     Q_SCRIPTABLE void Scroll(int /*delta*/, const QString& /*orientation*/) {}
-    /// With it, a Wayland compositor lets the window that a click opens have the keyboard.
-    Q_SCRIPTABLE void ProvideXdgActivationToken(const QString& token);
+    // The toolkit's public interface takes such a token from the environment alone, and that must not change
+    // while other threads read it.
+    Q_SCRIPTABLE void ProvideXdgActivationToken(const QString& /*token*/) {}
 
 Q_SIGNALS:
     Q_SCRIPTABLE void NewTitle();
