@@ -82,7 +82,7 @@ std::string tooltipText(const StatusBarState& state, const std::optional<SeenRea
 
 StatusIndicator indicator(const StatusBarState& state, const std::optional<SeenReading>& seen)
 {
-    if (shownProblem(state, seen))
+    if (shownProblem(state, seen) || state.alertProblem || state.historyProblem)
         return StatusIndicator::warning;
     return state.updateAvailable ? StatusIndicator::updateAvailable : StatusIndicator::none;
 }

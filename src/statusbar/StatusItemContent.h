@@ -13,7 +13,9 @@ namespace tidewell {
 /// The badge in the icon's corner.
 enum class StatusIndicator {
     none,
-    warning,         ///< "warningBadge": the value cannot be relied on, or there is none.
+    /// "warningBadge": the value cannot be relied on, or there is none; or alerts or saved history are in
+    /// trouble.
+    warning,
     updateAvailable  ///< "updateBadge": of the program.
 };
 

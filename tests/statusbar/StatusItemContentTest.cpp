@@ -112,18 +112,23 @@ TEST(StatusItemContent, saysThatAlertsAreSnoozedWhileThatSilencesAny)
             .alertsSnoozed);
 }
 
-TEST(StatusItemContent, theBadgeWarnsOfTheValueBeforeItTellsOfAnUpdate)
+TEST(StatusItemContent, theBadgeWarnsBeforeItTellsOfAnUpdate)
 {
     using enum StatusIndicator;
-    StatusBarState state = showing(120, Seconds{0});
-    EXPECT_EQ(content(state).indicator, none);
-    state.alertProblem = "There is no notification server.";
-    EXPECT_EQ(content(state).indicator, none) << "the badge speaks of the value";
-    state.updateAvailable = true;
-    EXPECT_EQ(content(state).indicator, updateAvailable);
-    EXPECT_EQ(content(state, start + Seconds{900}).indicator, warning);
-    state.currentError = {.title = "T"};
-    EXPECT_EQ(content(state).indicator, warning);
+    const StatusBarState good = showing(120, Seconds{0});
+    EXPECT_EQ(content(good).indicator, none);
+    for (const bool update : {false, true}) {
+        StatusBarState state = good;
+        state.updateAvailable = update;
+        EXPECT_EQ(content(state).indicator, update ? updateAvailable : none);
+        EXPECT_EQ(content(state, start + Seconds{900}).indicator, warning);
+        state.currentError = {.title = "T"};
+        EXPECT_EQ(content(std::exchange(state, good)).indicator, warning);
+        state.alertProblem = "There is no notification server.";
+        EXPECT_EQ(content(std::exchange(state, good)).indicator, warning);
+        state.historyProblem = "The disk is full.";
+        EXPECT_EQ(content(state).indicator, warning);
+    }
 }
 
 }  // namespace
