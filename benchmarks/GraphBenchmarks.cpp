@@ -1,4 +1,5 @@
-// What the graph costs on the processor: a day of values, one each minute, at two pixels to a point.
+// What drawings cost on the processor: the graph of a day of values, one each minute, at two pixels to a
+// point, and the days of Insights.
 
 #include <benchmark/benchmark.h>
 
@@ -7,6 +8,7 @@
 #include <cmath>
 
 #include "ui/GlucoseGraphRenderer.h"
+#include "ui/InsightsCharts.h"
 
 namespace tidewell {
 
@@ -47,6 +49,29 @@ void draw1440ReadingsAtTwoPixelsAPoint(benchmark::State& state)
     }
 }
 BENCHMARK(draw1440ReadingsAtTwoPixelsAPoint)->Unit(benchmark::kMicrosecond);
+
+/// What a window of Insights paints when it is scrolled by a page: six weeks of a reading a minute.
+void drawSixWeeksOfDays(benchmark::State& state)
+{
+    const DateInterval period{now, now + Seconds{42 * 86'400}};
+    std::vector<InsightsReading> readings;
+    for (Date date = period.start; date < period.end; date += Seconds{60}) {
+        const double minute = unixSeconds(date) / 60;
+        readings.push_back(
+            {.mgdL = std::round(150 + 110 * std::sin(minute / 70) + 4 * std::sin(minute * 1.7)),
+             .date = date,
+             .sampleDuration = Seconds{60}});
+    }
+    const auto days = insightsDays(std::move(readings), period, TimeZone::utc());
+    const InsightsDayGrid grid{days.front().date, days.size(), std::chrono::Monday};
+    QImage image{960, 700, QImage::Format_ARGB32_Premultiplied};
+    image.fill(Qt::white);
+    for ([[maybe_unused]] auto turn : state) {
+        QPainter painter{&image};
+        paintInsightsDays(painter, image.rect(), days, grid, {.textScale = 13.0 / 12}, image.rect());
+    }
+}
+BENCHMARK(drawSixWeeksOfDays)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
