@@ -44,7 +44,8 @@ std::expected<std::string, GlucoseHistoryError> sealHistoryFile(const SecretText
                                                                 std::string_view json, RandomSource& random)
 {
     std::array<std::byte, aesNonceSize> nonce{};
-    random.fill(nonce);
+    if (!random.tryFill(nonce))
+        return std::unexpected{GlucoseHistoryError::storageFailure};
     auto sealed = aesGcmSeal(key, nonce, associatedData(fileName), json);
     if (!sealed)
         return std::unexpected{GlucoseHistoryError::storageFailure};
@@ -116,7 +117,8 @@ std::expected<SecretText, GlucoseHistoryError> GlucoseHistoryAccount::loadKey(bo
         return unavailable;
 
     std::string bytes(aesKeySize, '\0');
-    parts_.random.fill(std::as_writable_bytes(std::span{bytes}));
+    if (!parts_.random.tryFill(std::as_writable_bytes(std::span{bytes})))
+        return std::unexpected{GlucoseHistoryError::storageFailure};
     SecretText key{std::move(bytes)};
     if (parts_.keychain.write(historyKeychainService, account, key) != keychainStatus::success)
         return std::unexpected{GlucoseHistoryError::keychainFailure};

@@ -52,8 +52,11 @@ std::error_code LocalGlucoseHistoryFileAccess::writeAtomically(const fs::path& f
     const fs::path folder = folderOf(file);
     if (const auto error = makeFolder(folder))
         return error;
+    const auto unique = Uuid::tryRandom(random_);
+    if (!unique)
+        return std::make_error_code(std::errc::resource_unavailable_try_again);
     std::string name{temporaryPrefix};
-    name += Uuid::random(random_).text();
+    name += unique->text();
     name += temporarySuffix;
     return replaceFile(files_, file, folder / name, bytes, Backup::exclude);
 }

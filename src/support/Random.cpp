@@ -9,32 +9,60 @@
 
 namespace tidewell {
 
-std::uint64_t RandomSource::next()
+namespace {
+
+using EightBytes = std::array<std::byte, 8>;
+
+std::uint64_t numberOf(const EightBytes& bytes)
 {
-    std::array<std::byte, 8> bytes{};
-    fill(bytes);
     std::uint64_t value = 0;
     for (const std::byte byte : bytes)
         value = (value << 8) | std::to_integer<std::uint64_t>(byte);
     return value;
 }
 
+Uuid version4(Uuid uuid)
+{
+    uuid.bytes[6] = (uuid.bytes[6] & std::byte{0x0F}) | std::byte{0x40};
+    uuid.bytes[8] = (uuid.bytes[8] & std::byte{0x3F}) | std::byte{0x80};  // The variant of RFC 9562.
+    return uuid;
+}
+
+}  // namespace
+
+std::uint64_t RandomSource::next()
+{
+    EightBytes bytes{};
+    fill(bytes);
+    return numberOf(bytes);
+}
+
 double RandomSource::unit()
 {
     constexpr std::uint64_t top = (std::uint64_t{1} << 53) - 1;  // The most that a double holds exactly.
-    return 2 * (static_cast<double>(next() >> 11) / static_cast<double>(top)) - 1;
+    EightBytes bytes{};
+    if (!tryFill(bytes))
+        return 0;
+    return 2 * (static_cast<double>(numberOf(bytes) >> 11) / static_cast<double>(top)) - 1;
 }
 
 void SystemRandom::fill(std::span<std::byte> bytes)
 {
+    // A key made of anything less is worse than no program.
+    if (!tryFill(bytes))
+        std::abort();
+}
+
+bool SystemRandom::tryFill(std::span<std::byte> bytes)
+{
     constexpr std::size_t chunk = 1 << 20;  // RAND_bytes counts in int.
     while (!bytes.empty()) {
         const std::size_t size = std::min(bytes.size(), chunk);
-        // A key made of anything less is worse than no program.
         if (RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), static_cast<int>(size)) != 1)
-            std::abort();
+            return false;
         bytes = bytes.subspan(size);
     }
+    return true;
 }
 
 void SeededRandom::fill(std::span<std::byte> bytes)
@@ -57,9 +85,15 @@ Uuid Uuid::random(RandomSource& source)
 {
     Uuid uuid;
     source.fill(uuid.bytes);
-    uuid.bytes[6] = (uuid.bytes[6] & std::byte{0x0F}) | std::byte{0x40};  // Version 4.
-    uuid.bytes[8] = (uuid.bytes[8] & std::byte{0x3F}) | std::byte{0x80};  // The variant of RFC 9562.
-    return uuid;
+    return version4(uuid);
+}
+
+std::optional<Uuid> Uuid::tryRandom(RandomSource& source)
+{
+    Uuid uuid;
+    if (!source.tryFill(uuid.bytes))
+        return std::nullopt;
+    return version4(uuid);
 }
 
 std::string Uuid::text() const

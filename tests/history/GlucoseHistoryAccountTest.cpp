@@ -221,6 +221,59 @@ TEST_F(GlucoseHistoryAccountTest, aDayIsSealedAnewWithEachWriteAndOnlyWhereItCan
     EXPECT_EQ(account.days(), std::vector<std::int64_t>{});
 }
 
+/// Gives as often as it is told to, and then nothing any more.
+class EndingRandom final : public RandomSource {
+public:
+    explicit EndingRandom(int draws) : left_{draws} {}
+    void fill(std::span<std::byte> bytes) override { more_.fill(bytes); }
+    bool tryFill(std::span<std::byte> bytes) override
+    {
+        if (left_-- <= 0)
+            return false;
+        fill(bytes);
+        return true;
+    }
+
+private:
+    SeededRandom more_{7};
+    int left_;
+};
+
+TEST_F(GlucoseHistoryAccountTest, withoutRandomnessNothingIsSealedAndNothingReplaced)
+{
+    ASSERT_TRUE(account.writeDay(key, testDay, day));
+    const std::string before = bytesOf(file(testDay));
+    const std::optional failed{storageFailure};
+    const auto errorOf = [](const auto& result) {
+        return result ? std::nullopt : std::optional{result.error()};
+    };
+    // Key, nonce and the temporary file's name are a draw each; one more and all is well.
+    for (int draws = 0; draws <= 3; ++draws) {
+        SCOPED_TRACE(draws);
+        EndingRandom random{draws};
+        LocalGlucoseHistoryFileAccess limited{files, random};
+        GlucoseHistoryAccount fresh{{.folder = folderOfScope(other),
+                                     .scope = other,
+                                     .access = limited,
+                                     .keychain = keychain,
+                                     .random = random}};
+        const auto made = fresh.loadKey(true);
+        EXPECT_EQ(errorOf(made), draws > 0 ? std::nullopt : failed);
+        const KeychainLookup item = keychain.items.read(historyKeychainService, historyKeyAccount(other));
+        EXPECT_EQ(std::holds_alternative<KeychainItemNotFound>(item), draws == 0);
+        static_cast<void>(keychain.items.remove(historyKeychainService, historyKeyAccount(other)));
+        GlucoseHistoryAccount mineWithout{{.folder = folderOfScope(mine),
+                                           .scope = mine,
+                                           .access = limited,
+                                           .keychain = keychain,
+                                           .random = random}};
+        const auto written = mineWithout.writeDay(key, testDay, day);
+        EXPECT_EQ(errorOf(written), draws == 3 ? std::nullopt : failed);
+        EXPECT_EQ(bytesOf(file(testDay)) == before, draws < 3);
+        EXPECT_EQ(std::distance(fs::directory_iterator{folderOfScope(mine)}, {}), 1) << "a stray file";
+    }
+}
+
 TEST_F(GlucoseHistoryAccountTest, aProgramInAnotherLanguageReadsTheSame)
 {
     SystemRandom chance;
