@@ -34,6 +34,59 @@ std::vector<StoredReading>::iterator counterpart(std::vector<StoredReading>& rea
     return readings.end();
 }
 
+/// A graph value this near to a current value is the same measurement.
+constexpr Seconds sameMeasurement{30};
+/// What a current value of LibreLinkUp stands for at most; a graph value stands for more.
+constexpr Seconds longestCurrentSample{60};
+
+bool isGraphValue(const GlucoseReading& reading)
+{
+    return reading.source == GlucoseProvider::libreLinkUp && reading.sampleDuration > longestCurrentSample;
+}
+
+bool isCurrentValue(const GlucoseReading& reading)
+{
+    return reading.source == GlucoseProvider::libreLinkUp && reading.sampleDuration <= longestCurrentSample;
+}
+
+bool hasCurrentValueNear(const std::vector<StoredReading>& readings, Date date)
+{
+    auto near = std::ranges::lower_bound(readings, date - sameMeasurement, {},
+                                         [](const StoredReading& stored) { return stored.reading.date; });
+    for (; near != readings.end() && near->reading.date <= date + sameMeasurement; ++near) {
+        if (isCurrentValue(near->reading))
+            return true;
+    }
+    return false;
+}
+
+/// Whether the later one takes the earlier one's place.
+bool replaces(const StoredReading& one, const StoredReading& existing, HistoryMergeRule rule)
+{
+    if (rule == HistoryMergeRule::keepsExisting || existing.reading == one.reading ||
+        one.fetchedAt < existing.fetchedAt)
+        return false;
+    return rule == HistoryMergeRule::takesOver ||
+           !(isCurrentValue(existing.reading) && isGraphValue(one.reading));
+}
+
+void mergeOne(std::vector<StoredReading>& readings, const StoredReading& one, HistoryMergeRule rule,
+              HistoryMergeCount& count)
+{
+    const auto existing = counterpart(readings, one.reading);
+    const bool isThere = existing != readings.end();
+    const bool isDoubled = !isThere && rule == HistoryMergeRule::laterFetchWins &&
+                           isGraphValue(one.reading) && hasCurrentValueNear(readings, one.reading.date);
+    if (isDoubled || (isThere && !replaces(one, *existing, rule))) {
+        ++count.same;
+        return;
+    }
+    if (isThere)
+        readings.erase(existing);  // Its fraction of a second may give the new one another place.
+    readings.insert(std::ranges::upper_bound(readings, one, sortsBefore), one);
+    ++count.changed;
+}
+
 }  // namespace
 
 std::optional<GlucoseReading> storableReading(const GlucoseReading& reading)
@@ -57,18 +110,12 @@ HistoryMergeCount mergeReadings(std::vector<StoredReading>& readings, std::span<
                                 HistoryMergeRule rule)
 {
     HistoryMergeCount count;
-    for (const StoredReading& one : more) {
-        const auto existing = counterpart(readings, one.reading);
-        if (existing != readings.end()) {
-            if (rule == HistoryMergeRule::keepsExisting || existing->reading == one.reading ||
-                one.fetchedAt < existing->fetchedAt) {
-                ++count.same;
-                continue;
-            }
-            readings.erase(existing);  // Its fraction of a second may give the new one another place.
+    // Graph values last: it makes no difference which of them and the current ones came first.
+    for (const bool graphValues : {false, true}) {
+        for (const StoredReading& one : more) {
+            if ((rule == HistoryMergeRule::laterFetchWins && isGraphValue(one.reading)) == graphValues)
+                mergeOne(readings, one, rule, count);
         }
-        readings.insert(std::ranges::upper_bound(readings, one, sortsBefore), one);
-        ++count.changed;
     }
     return count;
 }

@@ -16,8 +16,11 @@ namespace tidewell {
 [[nodiscard]] std::optional<GlucoseReading> storableReading(const GlucoseReading& reading);
 
 enum class HistoryMergeRule {
-    laterFetchWins,  ///< Of fetched readings.
-    keepsExisting    ///< Of imported ones.
+    /// Of fetched readings; but a graph value of LibreLinkUp counts neither against a current one of the same
+    /// second, nor within 30 s of one: it is the same measurement, smoothed.
+    laterFetchWins,
+    takesOver,     ///< Of readings that were saved elsewhere: the later fetch wins, and each has its place.
+    keepsExisting  ///< Of imported ones.
 };
 
 struct HistoryMergeCount {

@@ -175,7 +175,7 @@ std::expected<LegacyHistory::Moved, GlucoseHistoryError> LegacyHistory::moveDays
         if (!existing)
             return std::unexpected{existing.error()};
         HistoryDay merged = existing->value_or(HistoryDay{.accountScope = scope});
-        const auto count = mergeReadings(merged.readings, legacy->readings, HistoryMergeRule::laterFetchWins);
+        const auto count = mergeReadings(merged.readings, legacy->readings, HistoryMergeRule::takesOver);
         for (const StoredReading& stored : legacy->readings)
             keepEarlier(moved.oldest, stored.reading.date);
         if (count.changed == 0)

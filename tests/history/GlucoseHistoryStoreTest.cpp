@@ -4,6 +4,7 @@
 
 #include "HistoryWorld.h"
 #include "config/ConfigTesting.h"
+#include "history/HistoryMerge.h"
 
 namespace tidewell {
 namespace {
@@ -358,6 +359,35 @@ TEST_F(GlucoseHistoryStoreTest, aFetchOfBeforeAPauseSavesNothingAndMovesNoCutoff
     EXPECT_EQ(store.save(late, {readingAt(storyNow + oneHour)}, storyNow + oneHour).value_or(9), 0U);
     EXPECT_EQ(store.status().configuration.collectionCutoff, storyNow + 5 * oneHour);
     EXPECT_EQ(count(store), 3U);
+}
+
+TEST(HistoryMerge, aGraphValueNeverCountsAgainstACurrentOne)
+{
+    const auto stored = [](double seconds, double duration, double fetched) {
+        return StoredReading{makeReading(duration, "Flat", storyNow + Seconds{seconds}, Seconds{duration},
+                                         GlucoseProvider::libreLinkUp),
+                             storyNow + Seconds{fetched}};
+    };
+    const auto current = stored(0, 60, 1);
+    const auto later = stored(0.5, 60, 2);
+    struct Case {
+        StoredReading graph;
+        bool staysOut;
+    };
+    for (const auto& [graph, staysOut] :
+         {Case{stored(0.2, 900, 9), true}, Case{stored(30, 900, 9), true}, Case{stored(-30, 900, 9), true},
+          Case{stored(31, 900, 9), false}, Case{stored(-31, 900, 9), false}}) {
+        for (const auto& batch : {std::vector{graph, current}, std::vector{current, graph}}) {
+            std::vector<StoredReading> day;
+            EXPECT_EQ(mergeReadings(day, batch, HistoryMergeRule::laterFetchWins).changed,
+                      staysOut ? 1U : 2U);
+            EXPECT_EQ(mergeReadings(day, batch, HistoryMergeRule::laterFetchWins).changed, 0U);
+            EXPECT_EQ(mergeReadings(day, std::vector{later}, HistoryMergeRule::laterFetchWins).changed, 1U);
+        }
+        // Of saved ones none is lost.
+        std::vector<StoredReading> taken{current};
+        EXPECT_EQ(mergeReadings(taken, std::vector{graph}, HistoryMergeRule::takesOver).changed, 1U);
+    }
 }
 
 TEST_F(GlucoseHistoryStoreTest, refusesWhatNeedsAnAccountOrAnotherRetention)
