@@ -1,6 +1,7 @@
 #include "program/FirstState.h"
 
 #include <QCoreApplication>
+#include <utility>
 
 #include "program/WatchLine.h"
 
@@ -18,15 +19,19 @@ struct FirstState::Impl {
 
     Core& core;
     bool came = false;
-    bool asked = false;  ///< What is shown from now on is an answer.
     std::shared_ptr<void> observer{};
     Task<void> waiting{};
 
     void look(const StatusBarState& state)
     {
-        if (came || !watchIsSettled(state) || !(asked || core.follows()))
+        if (core.follows() && watchIsSettled(state))
+            end();
+    }
+
+    void end()
+    {
+        if (std::exchange(came, true))
             return;
-        came = true;
         QCoreApplication::quit();
     }
 
@@ -42,10 +47,9 @@ struct FirstState::Impl {
         if (weak.expired())
             co_return;
         co_await core.coordinator().refreshNow();
-        if (const auto self = weak.lock()) {
-            self->asked = true;
-            self->look(core.viewModel().state());
-        }
+        // There is nothing more to wait for, also when the request was not allowed or told nothing.
+        if (const auto self = weak.lock())
+            self->end();
     }
 };
 

@@ -11,7 +11,7 @@ namespace tidewell {
 /// that show one state. Main thread.
 ///
 /// The state is that of the process that polls, when there is one. Else the service is asked at once: who
-/// asks once does not wait for the schedule.
+/// asks once does not wait for the schedule, and ends with what is known when the request has ended.
 class FirstState {
 public:
     /// Begins to wait; `core` has been launched and outlives the event loop.
