@@ -304,6 +304,8 @@ TEST_F(NotificationCenterTest, aChoiceOfThePersonIsToldOnceAndOnlyWhenTheServerT
                                                      "org.freedesktop.Notifications", "ActionInvoked");
     forged << 7U << "snooze";
     stranger.connection.send(forged);
+    forgeOwner(stranger.connection, "org.freedesktop.Notifications", stranger.connection.baseService());
+    stranger.connection.send(forged);
     server.invoke(99, "snooze");  // Someone else's.
     server.invoke(8, "explode");
     server.invoke(7, "snooze");

@@ -3,6 +3,7 @@
 
 #include "FakeNotificationServer.h"
 #include "StatusItemFixture.h"
+#include "platform/linux/BusCaller.h"
 
 namespace tidewell {
 namespace {
@@ -97,13 +98,14 @@ public:
         : FakeService{bus, {"org.freedesktop.portal.Desktop"}}, animations_{animations}
     {
     }
-    void change(bool animations)
+    void change(bool animations) { change(animations, connection); }
+    static void change(bool animations, QDBusConnection& sender)
     {
         QDBusMessage signal = QDBusMessage::createSignal("/org/freedesktop/portal/desktop",
                                                          "org.freedesktop.portal.Settings", "SettingChanged");
         signal.setArguments({"org.gnome.desktop.interface", "enable-animations",
                              QVariant::fromValue(QDBusVariant{animations})});
-        connection.send(signal);
+        sender.send(signal);
     }
     int asked = 0;
 
@@ -136,6 +138,13 @@ TEST_F(ActivityTest, standsStillWhereTheDesktopWantsLessMotion)
     EXPECT_EQ(signalsUntilNow()["NewIcon"], 1) << "the sign comes, and that is all";
     EXPECT_TRUE(waiting.empty());
 
+    QDBusConnection stranger = bus.connect();
+    FakePortal::change(true, stranger);
+    forgeOwner(stranger, "org.freedesktop.portal.Desktop", stranger.baseService());
+    FakePortal::change(true, stranger);
+    (void)callAndWait(stranger, busDaemonCall("GetId"));
+    (void)signalsUntilNow();
+    EXPECT_TRUE(waiting.empty()) << "it believed a stranger";
     portal.change(true);
     ASSERT_TRUE(runUntil([&] { return !waiting.empty(); })) << "the change was not noticed";
     (void)signalsUntilNow();

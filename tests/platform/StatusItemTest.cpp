@@ -5,9 +5,11 @@
 #include <QDBusMetaType>
 #include <QEventLoop>
 #include <QImage>
+#include <fstream>
 #include <set>
 
 #include "StatusItemFixture.h"
+#include "platform/linux/BusCaller.h"
 #include "platform/linux/DBusMenu.h"
 #include "platform/linux/StatusHost.h"
 #include "platform/linux/StatusNotifierItem.h"
@@ -47,6 +49,21 @@ TEST_F(StatusItemTest, aRefusedRegistrationIsRepeatedLaterAndLater)
     panel.refuses = false;
     advance(20s);
     ASSERT_TRUE(runUntil([&] { return registered == 1; }));
+}
+
+TEST_F(ShownItemTest, onlyTheBusSaysWhetherThereIsAPanel)
+{
+    QDBusConnection stranger = bus.connect();
+    const QString name = QStringLiteral("org.kde.StatusNotifierWatcher");
+    for (const QString& forged : {QString{}, stranger.baseService()})
+        forgeOwner(stranger, name, forged);
+    // By then the forged ones have arrived.
+    EXPECT_EQ(callAndWait(stranger, busDaemonCall("GetNameOwner", {name})).arguments().value(0),
+              panel.connection.baseService());
+    for (int round = 0; round < 3; ++round)
+        panel.settle();
+    EXPECT_EQ(panel.items.size(), 1);
+    EXPECT_EQ(registered, 1);
 }
 
 TEST_F(ShownItemTest, sendsOnlyWhatChangedAndAtMostOnceASecond)
@@ -146,6 +163,24 @@ TEST_F(StatusItemTest, aPanelThatWritesTheLabelGetsItWithAnIconFile)
     advance(1s);
     item->present(sample());
     EXPECT_EQ(panel.property("IconName").toString(), first) << "the same picture is the same file";
+}
+
+TEST_F(StatusItemTest, aPanelThatWritesTheLabelGetsPixelsUntilTheFileCanBeWritten)
+{
+    std::ofstream{folder.path() / "icons"} << "in the way";
+    char before[16] = {};
+    ::prctl(PR_GET_NAME, before);
+    ::prctl(PR_SET_NAME, "gnome-shell");
+    FakePanel panel{bus};
+    const auto item = startItem(options());
+    ASSERT_TRUE(runUntil([&] { return registered == 1 && panel.property("Title").toString() != ""; }));
+    ::prctl(PR_SET_NAME, before);
+    EXPECT_EQ(panel.property("IconName").toString(), "");
+    EXPECT_FALSE(qdbus_cast<QList<IconPixmap>>(panel.property("IconPixmap")).isEmpty());
+    std::filesystem::remove(folder.path() / "icons");
+    advance(30s);
+    item->present(sample("121"));
+    ASSERT_TRUE(runUntil([&] { return panel.property("IconName").toString() != ""; }));
 }
 
 TEST_F(ShownItemTest, theMenuIsReadAndChosenFromByAnyPanel)

@@ -108,6 +108,14 @@ bool runUntil(const std::function<bool()>& condition)
     return true;
 }
 
+void forgeOwner(QDBusConnection& bus, const QString& name, const QString& owner)
+{
+    QDBusMessage signal =
+        QDBusMessage::createSignal("/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged");
+    signal << name << QString{} << owner;
+    EXPECT_TRUE(bus.send(signal));
+}
+
 QDBusMessage callAndWait(QDBusConnection& bus, const QDBusMessage& message)
 {
     // The call itself is finished before the event loop has come to the signals that were sent ahead of it.

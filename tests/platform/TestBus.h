@@ -54,6 +54,9 @@ private:
 /// Runs the event loop until the condition holds. False when that took unreasonably long.
 [[nodiscard]] bool runUntil(const std::function<bool()>& condition);
 
+/// As any program on the bus can send it: that nobody owns the name now, or somebody else.
+void forgeOwner(QDBusConnection& bus, const QString& name, const QString& owner = {});
+
 /// Sends a call and runs the event loop until its answer is there.
 [[nodiscard]] QDBusMessage callAndWait(QDBusConnection& bus, const QDBusMessage& message);
 

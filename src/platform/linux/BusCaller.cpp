@@ -70,6 +70,15 @@ QDBusMessage busDaemonCall(const QString& method, const QVariantList& arguments)
     return call;
 }
 
+std::optional<QString> newOwner(const QDBusMessage& nameOwnerChanged, const QString& name)
+{
+    const QVariantList arguments = nameOwnerChanged.arguments();
+    if (nameOwnerChanged.service() != QLatin1String("org.freedesktop.DBus") ||
+        nameOwnerChanged.signature() != QLatin1String("sss") || arguments[0].toString() != name)
+        return std::nullopt;
+    return arguments[2].toString();
+}
+
 QDBusMessage propertyCall(const QString& service, const QString& path, const QString& interface,
                           const QString& name)
 {

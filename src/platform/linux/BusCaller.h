@@ -3,10 +3,12 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
+#include <QString>
 #include <chrono>
 #include <functional>
 #include <list>
 #include <memory>
+#include <optional>
 
 #include "support/Asio.h"
 
@@ -38,6 +40,10 @@ private:
 
 /// A call of the bus itself.
 [[nodiscard]] QDBusMessage busDaemonCall(const QString& method, const QVariantList& arguments = {});
+
+/// Who owns the name now, empty when nobody does. Empty too for a signal that does not come from the bus
+/// itself or is about something else: any program on the bus can send one that looks like it.
+[[nodiscard]] std::optional<QString> newOwner(const QDBusMessage& nameOwnerChanged, const QString& name);
 
 /// A call that reads one property.
 [[nodiscard]] QDBusMessage propertyCall(const QString& service, const QString& path, const QString& interface,

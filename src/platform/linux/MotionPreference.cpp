@@ -40,7 +40,7 @@ MotionPreference::MotionPreference(QDBusConnection connection, std::function<voi
                             {setting.group, setting.key}, {}, this, SLOT(settingChanged(QDBusMessage)));
     const QDBusMessage bus = busDaemonCall({});
     connection_.connect({}, bus.path(), bus.interface(), QStringLiteral("NameOwnerChanged"), {portalName}, {},
-                        this, SLOT(portalOwnerChanged(QString, QString, QString)));
+                        this, SLOT(portalOwnerChanged(QDBusMessage)));
     ask();
 }
 
@@ -54,8 +54,11 @@ void MotionPreference::ask()
         auto* const pending = new QDBusPendingCallWatcher{connection_.asyncCall(call), this};
         connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending, setting] {
             pending->deleteLater();
+            const QDBusMessage reply = pending->reply();
+            if (reply.service().startsWith(u':'))  // Else the bus answers in its place.
+                portal_ = reply.service();
             if (!pending->isError())
-                learn(setting.group, setting.key, pending->reply().arguments().value(0));
+                learn(setting.group, setting.key, reply.arguments().value(0));
         });
     }
 }
@@ -63,13 +66,17 @@ void MotionPreference::ask()
 void MotionPreference::settingChanged(const QDBusMessage& signal)
 {
     const QVariantList arguments = signal.arguments();
-    if (arguments.size() == 3)
+    if (!portal_.isEmpty() && signal.service() == portal_ && arguments.size() == 3)
         learn(arguments[0].toString(), arguments[1].toString(), arguments[2]);
 }
 
-void MotionPreference::portalOwnerChanged(const QString& name, const QString& /*before*/, const QString& now)
+void MotionPreference::portalOwnerChanged(const QDBusMessage& message)
 {
-    if (name == portalName && !now.isEmpty())
+    const auto owner = newOwner(message, portalName);
+    if (!owner)
+        return;
+    portal_ = *owner;
+    if (!portal_.isEmpty())
         ask();
 }
 

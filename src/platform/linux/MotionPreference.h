@@ -19,12 +19,13 @@ public:
 
 private:
     Q_SLOT void settingChanged(const QDBusMessage& signal);
-    Q_SLOT void portalOwnerChanged(const QString& name, const QString& before, const QString& now);
+    Q_SLOT void portalOwnerChanged(const QDBusMessage& message);
     void ask();
     void learn(const QString& group, const QString& key, const QVariant& value);
 
     QDBusConnection connection_;
     std::function<void(bool)> told_;
+    QString portal_{};  ///< Its connection; empty while it is not known.
     bool animationsOff_ = false;
     bool motionReduced_ = false;
 };

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/linux/BusCaller.h"
+
 namespace tidewell {
 
 NotificationSignals::NotificationSignals(QDBusConnection& connection, Handlers handlers)
@@ -11,7 +13,7 @@ NotificationSignals::NotificationSignals(QDBusConnection& connection, Handlers h
     // and waits.
     connection.connect({}, QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"),
                        QStringLiteral("NameOwnerChanged"), {notificationService}, {}, this,
-                       SLOT(nameOwnerChanged(QString, QString, QString)));
+                       SLOT(nameOwnerChanged(QDBusMessage)));
     connection.connect({}, notificationPath, notificationService, QStringLiteral("ActionInvoked"), this,
                        SLOT(actionInvoked(QDBusMessage)));
     connection.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
@@ -19,10 +21,10 @@ NotificationSignals::NotificationSignals(QDBusConnection& connection, Handlers h
                        SLOT(busDisconnected()));
 }
 
-void NotificationSignals::nameOwnerChanged(const QString& name, const QString& /*before*/, const QString& now)
+void NotificationSignals::nameOwnerChanged(const QDBusMessage& message)
 {
-    if (name == notificationService)
-        handlers_.ownerChanged(now);
+    if (const auto owner = newOwner(message, notificationService))
+        handlers_.ownerChanged(*owner);
 }
 
 void NotificationSignals::actionInvoked(const QDBusMessage& message)

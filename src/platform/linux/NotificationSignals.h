@@ -24,7 +24,7 @@ public:
     NotificationSignals(QDBusConnection& connection, Handlers handlers);
 
 private:
-    Q_SLOT void nameOwnerChanged(const QString& name, const QString& before, const QString& now);
+    Q_SLOT void nameOwnerChanged(const QDBusMessage& message);
     Q_SLOT void actionInvoked(const QDBusMessage& message);
     Q_SLOT void busDisconnected();
 

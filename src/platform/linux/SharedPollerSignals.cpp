@@ -3,6 +3,7 @@
 #include <QDBusArgument>
 #include <utility>
 
+#include "platform/linux/BusCaller.h"
 #include "platform/linux/SharedPollerState.h"
 
 namespace tidewell {
@@ -14,7 +15,7 @@ SharedPollerSignals::SharedPollerSignals(QDBusConnection& connection, Handlers h
     // and waits.
     connection.connect({}, QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"),
                        QStringLiteral("NameOwnerChanged"), {sharedPollerName}, {}, this,
-                       SLOT(nameOwnerChanged(QString, QString, QString)));
+                       SLOT(nameOwnerChanged(QDBusMessage)));
     connection.connect({}, sharedPollerPath, QStringLiteral("org.freedesktop.DBus.Properties"),
                        QStringLiteral("PropertiesChanged"), {sharedPollerInterface}, {}, this,
                        SLOT(propertiesChanged(QDBusMessage)));
@@ -23,10 +24,10 @@ SharedPollerSignals::SharedPollerSignals(QDBusConnection& connection, Handlers h
                        SLOT(busDisconnected()));
 }
 
-void SharedPollerSignals::nameOwnerChanged(const QString& name, const QString& /*before*/, const QString& now)
+void SharedPollerSignals::nameOwnerChanged(const QDBusMessage& message)
 {
-    if (name == sharedPollerName)
-        handlers_.ownerChanged(now);
+    if (const auto owner = newOwner(message, sharedPollerName))
+        handlers_.ownerChanged(*owner);
 }
 
 void SharedPollerSignals::propertiesChanged(const QDBusMessage& message)

@@ -25,7 +25,7 @@ public:
     SharedPollerSignals(QDBusConnection& connection, Handlers handlers);
 
 private:
-    Q_SLOT void nameOwnerChanged(const QString& name, const QString& before, const QString& now);
+    Q_SLOT void nameOwnerChanged(const QDBusMessage& message);
     Q_SLOT void propertiesChanged(const QDBusMessage& message);
     Q_SLOT void busDisconnected();
 

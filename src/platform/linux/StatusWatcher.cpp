@@ -54,7 +54,7 @@ void StatusWatcher::start()
     // By path and name rather than by sender: with a sender, the library first asks the bus who that is, and
     // waits.
     connection_.connect({}, busPath, busName, QStringLiteral("NameOwnerChanged"), {watcherName}, {}, this,
-                        SLOT(nameOwnerChanged(QString, QString, QString)));
+                        SLOT(nameOwnerChanged(QDBusMessage)));
     connection_.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
                         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
                         SLOT(busDisconnected()));
@@ -68,10 +68,10 @@ void StatusWatcher::start()
          });
 }
 
-void StatusWatcher::nameOwnerChanged(const QString& name, const QString& /*before*/, const QString& now)
+void StatusWatcher::nameOwnerChanged(const QDBusMessage& message)
 {
-    if (name == watcherName)
-        setOwner(now);
+    if (const auto owner = newOwner(message, watcherName))
+        setOwner(*owner);
 }
 
 void StatusWatcher::busDisconnected() { handlers_.disconnected(); }

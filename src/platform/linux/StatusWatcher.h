@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
 #include <functional>
@@ -34,7 +35,7 @@ public:
     void registerItem();
 
 private:
-    Q_SLOT void nameOwnerChanged(const QString& name, const QString& before, const QString& now);
+    Q_SLOT void nameOwnerChanged(const QDBusMessage& message);
     Q_SLOT void busDisconnected();
     Q_SLOT void hostsChanged();
     void setOwner(const QString& owner);
