@@ -34,6 +34,8 @@ public:
             return true;
         if (message.member() == "GetAll")
             return connection.send(message.createReply(QVariant{properties}));
+        if (message.member() == "Readings" && message.arguments().value(0).toLongLong() > 0)
+            since = message.arguments()[0].toLongLong();
         if (message.member() == "Readings")
             return connection.send(message.createReply(readings));
         return false;
@@ -55,6 +57,7 @@ public:
     QVariant readings = QVariant::fromValue(QList<SharedReading>{});
     bool hangs = false;
     std::vector<std::string> calls{};
+    qlonglong since = 0;  ///< What part of the readings was asked for last.
 };
 
 namespace {
@@ -253,6 +256,47 @@ TEST_F(SharedPollerTest, whoCannotPollLeavesTheNameToThoseWhoCan)
     EXPECT_TRUE(becomes(owner, "follows"));
 }
 
+TEST_F(SharedPollerTest, whoCannotPollSaysWhyWhenTheOwnerHangs)
+{
+    FakeOwner owner{bus, 0};
+    owner.properties = good();
+    Member& locked = join(SharingKind::watcher, "ada", "home", false);
+    ASSERT_TRUE(becomes(locked, "follows"));
+    owner.hangs = true;
+    owner.calls.clear();
+    pass(Seconds{320});
+    ASSERT_TRUE(runUntil([&] { return !owner.calls.empty(); }));
+    pass(Seconds{5.1});
+    EXPECT_TRUE(becomes(locked, "polls"));
+    owner.hangs = false;
+    owner.change({{"StatusTitle", "120 →"}});
+    EXPECT_TRUE(becomes(locked, "follows"));
+}
+
+TEST_F(SharedPollerTest, onlyTheBusSaysWhoOwnsTheName)
+{
+    joinAs("polls");
+    Member& follower = joinAs("follows");
+    const auto ownerIs = [&](const Member& member) {
+        return properties()["StatusTitle"].toString().toStdString() == member.state.statusTitle;
+    };
+    members[0]->state.statusTitle = "first";
+    members[0]->publish();
+    ASSERT_TRUE(runUntil([&] { return ownerIs(*members[0]); }));
+    for (const QString& forged : {QString{}, client.baseService()}) {
+        forgeOwner(client, sharedPollerName, forged);
+        settle();
+        turns();
+        EXPECT_EQ(members[0]->roles, std::vector<std::string>{"polls"});
+        EXPECT_EQ(follower.roles, std::vector<std::string>{"follows"});
+    }
+    // Both still tell and hear.
+    const auto heard = follower.heard.size();
+    members[0]->state.statusTitle = "again";
+    members[0]->publish();
+    EXPECT_TRUE(runUntil([&] { return follower.heard.size() > heard; }));
+}
+
 TEST_F(SharedPollerTest, otherFoldersShareNothingAndAnotherAccountOnlyOnceBothAgree)
 {
     Member& owner = joinAs("polls");
@@ -406,10 +450,14 @@ TEST_F(SharedPollerTest, whatCannotBeTrueIsNotTaken)
     owner.change({{"ReadingsRevision", 21U}, {"ReadingsChangedSince", now}}, 21U);
     ASSERT_TRUE(runUntil([&] { return follower.heard.size() == 4; }));
     EXPECT_LE(follower.heard[3].glucoseHistory.size(), mostSharedReadings);
+    owner.change({{"ReadingsRevision", 22U}, {"ReadingsChangedSince", std::numeric_limits<qlonglong>::max()}},
+                 22U);
+    ASSERT_TRUE(runUntil([&] { return follower.heard.size() == 5; }));
+    EXPECT_EQ(owner.since, now);
     owner.readings = QVariant{QStringLiteral("readings")};
-    owner.change({{"ReadingsRevision", 22U}, {"ReadingsChangedSince", now}}, 22U);
+    owner.change({{"ReadingsRevision", 23U}, {"ReadingsChangedSince", now}}, 23U);
     EXPECT_TRUE(becomes(follower, "alone"));
-    EXPECT_EQ(follower.heard.size(), 4U);
+    EXPECT_EQ(follower.heard.size(), 5U);
 }
 
 TEST_F(SharedPollerTest, callersReadAndAskWithinBounds)

@@ -230,11 +230,16 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
             connecting = startTask(main, connect(shared_from_this()));
     }
 
+    /// Whether what was begun under that owner, and the bus, still counts.
+    [[nodiscard]] bool goesOn(unsigned asked) const { return !closed && bus && generation == asked; }
+
     static asio::awaitable<void> findOwner(Self self, unsigned asked)
     {
+        if (!self->goesOn(asked))
+            co_return;
         const QDBusMessage answer = co_await self->bus->call(
             busDaemonCall(QStringLiteral("GetNameOwner"), {sharedPollerName}), callLimit);
-        if (self->generation != asked || self->ownerKnown)
+        if (!self->goesOn(asked) || self->ownerKnown)
             co_return;
         self->setOwner(isReply(answer, "s") ? answer.arguments().at(0).toString() : QString{});
     }
@@ -278,6 +283,8 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
     /// Whether it was given is told by a signal.
     static asio::awaitable<void> takeName(Self self, unsigned asked, bool replace)
     {
+        if (!self->goesOn(asked))
+            co_return;
         const uint flags = self->options.kind == SharingKind::application
                                ? replaceExisting | doNotQueue
                                : allowReplacement | (replace ? replaceExisting : 0);
@@ -285,10 +292,15 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
             self->clock, answerLimit,
             self->bus->call(busDaemonCall(QStringLiteral("RequestName"), {sharedPollerName, flags}),
                             callLimit));
-        if (self->closed || self->generation != asked || self->ownsName())
+        if (!self->goesOn(asked) || self->ownsName())
             co_return;
         if (!isReply(answer, "u"))
             self->wantsName = false;
+        if (isReply(answer, "u") && self->owner.isEmpty()) {
+            // Somebody owns it now, and nobody has told us.
+            self->ownerKnown = false;
+            asio::co_spawn(self->main, findOwner(self, asked), asio::detached);
+        }
         if (self->options.kind == SharingKind::application)
             self->setRole(PollingRole::polls);
         else if (replace || (self->owner.isEmpty() && !isReply(answer, "u")))
@@ -478,10 +490,10 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
         }
         properties.insert(changed);
         if (changed.contains(QStringLiteral("ReadingsRevision"))) {
-            const Date since = dateFromUnix(
-                static_cast<double>(properties.value(QStringLiteral("ReadingsChangedSince")).toLongLong()) /
-                1000);
-            wantedSince = std::max(Date{}, std::min(since, wantedSince.value_or(since)));
+            const qlonglong moment = properties.value(QStringLiteral("ReadingsChangedSince")).toLongLong();
+            const Date since =
+                std::clamp(dateFromUnix(static_cast<double>(moment) / 1000), Date{}, clock.now());
+            wantedSince = std::min(since, wantedSince.value_or(since));
             sync();
         } else if (!asking) {
             tell();
@@ -532,7 +544,8 @@ struct SharedPoller::Impl : std::enable_shared_from_this<Impl> {
 
     void ownerIsSilent()
     {
-        if (options.kind == SharingKind::asker || (!canPoll && !role)) {
+        // Who cannot poll has a problem of its own to show.
+        if (options.kind == SharingKind::asker || !canPoll) {
             setRole(PollingRole::polls);
             return;
         }
