@@ -170,8 +170,9 @@ void printFindings(const HistoryFindings& findings, const HistorySession& sessio
 /// Where the key is, and what that is worth.
 std::string keySentence(const HistorySession& session)
 {
-    return fmt::format("{}.{}", session.keyPlace(),
-                       session.hasKeyring() ? "" : " Whoever can read your files can read the readings too.");
+    return fmt::format(
+        "{}.{}", session.keyPlace(),
+        session.hasKeyring() ? "" : "\n             Whoever can read your files can read the readings too.");
 }
 
 /// The newest day that has anything saved.
