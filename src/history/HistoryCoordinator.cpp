@@ -25,6 +25,8 @@ const Log historyLog{"HistoryCoordinator"};
 constexpr Seconds restoredLength{24.0 * 3600};
 /// The first request comes five seconds after the start.
 constexpr std::chrono::milliseconds restoreDeadline = 3s;
+/// How often it is looked whether saving works now, after a restore that did not.
+constexpr std::chrono::milliseconds restoreInterval = 60s;
 constexpr std::chrono::milliseconds trimInterval = 24h;
 /// Two days at one a minute: more than a service gives back. Older ones are dropped first.
 constexpr std::size_t mostUnsaved = 2880;
@@ -132,6 +134,7 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
     };
     std::map<ReadingKey, Unsaved> unsaved{};  ///< To be saved by `token`, or by the first one that is known.
     std::map<ReadingKey, GlucoseReading> saved{};  ///< Of this scope, what need not be saved again.
+    std::uint64_t worked = 0;                      ///< How many saves did.
     bool working = false;
     std::optional<GlucoseHistoryError> lastProblem{};
     Task<void> workTask{};
@@ -294,6 +297,7 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         if (outcome.error) {
             keepBatch();
         } else {
+            ++self->worked;
             for (const auto& [key, one] : batch)
                 self->saved.insert_or_assign(key, one.reading);
             bound(self->saved);
@@ -370,6 +374,22 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
 
     static asio::awaitable<std::vector<GlucoseReading>> restore(Self self, Mark given)
     {
+        for (;;) {
+            auto readings = co_await restoreOnce(self, given);
+            if (readings)
+                co_return *std::move(readings);
+            const auto before = self->worked;
+            while (self->worked == before) {
+                co_await self->parts.clock.sleepFor(restoreInterval);
+                if (self->ended || given != self->followed)
+                    co_return std::vector<GlucoseReading>{};
+            }
+        }
+    }
+
+    /// Empty when they could not be read.
+    static asio::awaitable<std::optional<std::vector<GlucoseReading>>> restoreOnce(Self self, Mark given)
+    {
         using namespace asio::experimental::awaitable_operators;
         using Read = std::pair<Outcome, std::vector<StoredReading>>;
         if (given != self->followed || !self->scope)
@@ -397,12 +417,14 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         const auto* const read = std::get_if<Read>(&first);
         if (!read) {
             historyLog.warning("Saved readings were not there in time for the start.");
-            co_return readings;
+            co_return std::nullopt;
         }
         if (self->ended || given != self->followed)
             co_return readings;
         if (!self->needsAttachment)
             self->take(read->first);
+        if (read->first.error)
+            co_return std::nullopt;
         for (const auto& stored : read->second) {
             self->saved.insert_or_assign(keyOf(stored.reading), stored.reading);
             readings.push_back(stored.reading);

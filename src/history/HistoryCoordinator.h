@@ -48,8 +48,9 @@ public:
     /// new or have changed, when saving is on.
     void save(Mark mark, std::vector<GlucoseReading> readings, Date fetchedAt);
 
-    /// The saved readings of the last 24 hours, by time. Nothing when there are none, when they cannot be
-    /// read, or when that takes longer than three seconds. Awaited on `engine`.
+    /// The saved readings of the last 24 hours, by time; nothing when there are none, and for a mark that is
+    /// outdated. When they cannot be read, or that takes longer than three seconds, they come once a save has
+    /// worked: nobody waits for it who has anything else to do. Awaited on `engine`.
     [[nodiscard]] asio::awaitable<std::vector<GlucoseReading>> restore(Mark mark);
 
     /// What is saved from `begin` up to before `end`, of the account of status(). Resumes on the executor on
