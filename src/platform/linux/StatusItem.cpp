@@ -1,8 +1,6 @@
 #include "platform/linux/StatusItem.h"
 
-#include <QBuffer>
 #include <QCoreApplication>
-#include <QCryptographicHash>
 #include <QCursor>
 #include <QDBusConnection>
 #include <QGuiApplication>
@@ -11,17 +9,17 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <QWidget>
-#include <map>
-#include <set>
+#include <algorithm>
+#include <atomic>
 
 #include "platform/linux/Background.h"
 #include "platform/linux/BusConnection.h"
 #include "platform/linux/DBusMenu.h"
 #include "platform/linux/MotionPreference.h"
 #include "platform/linux/StatusHost.h"
+#include "platform/linux/StatusIconFiles.h"
 #include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/StatusWatcher.h"
-#include "support/AtomicFile.h"
 #include "support/Log.h"
 #include "ui/StatusMenu.h"
 
@@ -63,27 +61,6 @@ QString markup(const std::string& text, std::string_view lineBreak)
 bool needsAttention(const StatusItemContent& content)
 {
     return content.iconState == StatusBarIconState::attention || content.look == StatusButtonLook::redFill;
-}
-
-QByteArray png(const QImage& image)
-{
-    QByteArray bytes;
-    QBuffer buffer{&bytes};
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
-}
-
-/// One name for one picture, so that a panel sees a new name exactly when the picture is another.
-std::string nameOfIcon(const QImage& image)
-{
-    const QByteArrayView bits{image.constBits(), image.sizeInBytes()};
-    return "icon-" +
-           QCryptographicHash::hash(bits.toByteArray(), QCryptographicHash::Sha1)
-               .toHex()
-               .left(16)
-               .toStdString() +
-           ".png";
 }
 
 }  // namespace
@@ -138,9 +115,8 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     std::shared_ptr<void> trayQuestion{};  ///< Whether the tray can be made without waiting.
     std::vector<QImage> legacyPictures{};  ///< That it shows, one for each height.
 
-    enum class IconFile { beingWritten, ready, failed };
-    std::map<std::string, IconFile> iconFiles{};  ///< By name.
-    std::vector<std::shared_ptr<void>> writes{};
+    bool waitsForIconFile = false;
+    StatusIconFiles iconFiles{options.iconFolder, [this] { update(); }};
 
     ~Impl()
     {
@@ -434,9 +410,19 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
     /// Brings everything that shows the item up to the content. Each part finds out itself what is different.
     void update()
     {
-        if (item && host && host->iconFile && iconFile() == IconFile::beingWritten)
-            return;  // All of it follows at once, as soon as the picture is there.
-        lastUpdate = options.time.now();
+        const auto now = options.time.now();
+        if (item && host && host->iconFile &&
+            iconFiles.look(filePicture(), now) == StatusIconFiles::State::soon) {
+            // All of it follows at once, as soon as the picture is there; without it where that takes long.
+            if (!std::exchange(waitsForIconFile, true))
+                after(StatusIconFiles::patience, [](Impl& self) {
+                    if (std::exchange(self.waitsForIconFile, false))
+                        self.update();
+                });
+            return;
+        }
+        waitsForIconFile = false;
+        lastUpdate = now;
         if (activityTurn()) {
             askForMotion();
             if (reducedMotion == false)
@@ -460,8 +446,9 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
         for (const int height : host->heights)
             face.pixmaps.append(iconPixmap(paint(host->shape, height)));
         if (host->iconFile) {
-            if (iconFile() == IconFile::ready)
-                face.iconName = QString::fromStdString((options.iconFolder / iconName()).string());
+            const QImage picture = filePicture();
+            if (iconFiles.look(picture, options.time.now()) == StatusIconFiles::State::ready)
+                face.iconName = QString::fromStdString(iconFiles.file(picture).string());
             face.label = QString::fromStdString(content.label);
             face.description = face.title + u' ' + QString::fromStdString(content.accessibilityHelp);
         }
@@ -477,38 +464,8 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
             {.shape = shape, .height = height, .scheme = options.scheme, .activityTurn = activityTurn()});
     }
 
-    std::string iconName() const { return nameOfIcon(paint(host->shape, host->heights.back())); }
-
-    /// What has become of the file that holds the picture; begins to write it at the first question.
-    IconFile iconFile()
-    {
-        if (options.iconFolder.empty())
-            return IconFile::failed;
-        const QImage image = paint(host->shape, host->heights.back());
-        const std::string name = nameOfIcon(image);
-        const auto [known, isNew] = iconFiles.try_emplace(name, IconFile::beingWritten);
-        if (isNew)
-            writeIconFile(image, name);
-        return known->second;
-    }
-
-    void writeIconFile(const QImage& image, const std::string& name)
-    {
-        const auto failed = std::make_shared<std::atomic<bool>>(false);
-        writes.push_back(runInBackground(
-            [image, file = options.iconFolder / name, failed] {
-                const QByteArray bytes = png(image);
-                *failed =
-                    makePrivateFolder(file.parent_path()) ||
-                    writeFileAtomically(file, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
-            },
-            [this, name, failed] {
-                if (*failed)
-                    log.warning("The status icon could not be written for the panel; it gets pixels instead");
-                iconFiles[name] = *failed ? IconFile::failed : IconFile::ready;
-                update();
-            }));
-    }
+    /// What the icon file has to show.
+    QImage filePicture() const { return paint(host->shape, host->heights.back()); }
 
     void updateLegacyTray()
     {
