@@ -29,6 +29,9 @@ constexpr std::chrono::milliseconds graphInterval = 30s;
 /// or a window manager whose shortcut is still pressed. They are asked for this often, and this many times.
 constexpr std::chrono::milliseconds grabInterval = 50ms;
 constexpr int grabAttempts = 60;
+/// A window that never got the keyboard's focus does not hear that the person turned elsewhere; it goes when
+/// the pointer has not been in it for so long.
+constexpr std::chrono::milliseconds unreachedDelay = 10s;
 /// Between the window's edge and what is in it.
 constexpr int frameMargin = 6;
 
@@ -77,6 +80,10 @@ public:
         auto* const layout = new QVBoxLayout{this};
         layout->setContentsMargins(frameMargin, frameMargin, frameMargin, frameMargin);
         layout->addWidget(scroll_);
+        unreached_.setObjectName(QStringLiteral("unreached"));
+        unreached_.setSingleShot(true);
+        unreached_.setInterval(unreachedDelay);
+        QObject::connect(&unreached_, &QTimer::timeout, this, &QWidget::hide);
         QObject::connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
             if (now && panel_->isAncestorOf(now))
                 scroll_->ensureWidgetVisible(now, 0, 2 * frameMargin);
@@ -93,6 +100,7 @@ public:
         fit();
         panel_->focusFirst();
         announcePopup(*this);
+        unreached_.start();
         show();
         if (isWayland())
             activateWindow();
@@ -102,9 +110,25 @@ public:
         QAccessible::updateAccessibility(&event);
     }
 
+    /// Whether it has, or had, the focus or the keyboard.
+    [[nodiscard]] bool isReached() const { return reached_; }
+
     [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Window; }
 
 protected:
+    void enterEvent(QEnterEvent* event) override
+    {
+        QWidget::enterEvent(event);
+        unreached_.stop();
+    }
+
+    void leaveEvent(QEvent* event) override
+    {
+        QWidget::leaveEvent(event);
+        if (!reached_)
+            unreached_.start();
+    }
+
     void paintEvent(QPaintEvent*) override
     {
         QPainter painter{this};
@@ -162,6 +186,8 @@ private:
         const QScreen* screen = QGuiApplication::screenAt(position_);
         if (!screen || isWayland())
             screen = QGuiApplication::primaryScreen();
+        if (!screen)
+            return;  // All were taken away: there is nothing to fit into, nor to be seen on.
         const QRect room = screen->availableGeometry();
         const QSize margins{2 * frameMargin, 2 * frameMargin};
         const QSize size = panel_->fitInto(room.size() - margins) + margins;
@@ -176,6 +202,14 @@ private:
         if (isWayland() && isVisible() && hadFocus_ && !focused)
             hide();
         hadFocus_ = focused;
+        if (focused)
+            reached();
+    }
+
+    void reached()
+    {
+        reached_ = true;
+        unreached_.stop();
     }
 
     void grabInput(int attempts)
@@ -184,7 +218,7 @@ private:
         if (!isVisible() || !window || attempts == 0)
             return;
         if (window->setKeyboardGrabEnabled(true) && window->setMouseGrabEnabled(true))
-            return;
+            return reached();
         QTimer::singleShot(grabInterval, this, [this, attempts] { grabInput(attempts - 1); });
     }
 
@@ -193,6 +227,8 @@ private:
     QScrollArea* scroll_;
     QPoint position_{};
     bool hadFocus_ = false;
+    bool reached_ = false;
+    QTimer unreached_{this};
 };
 
 }  // namespace
@@ -261,6 +297,10 @@ void StatusMenu::refreshGraph() { impl_->pullGraph(); }
 
 void StatusMenu::popUp(QPoint position)
 {
+    if (!QGuiApplication::primaryScreen())
+        return;
+    if (impl_->window && !impl_->window->isReached())
+        impl_->window->hide();  // A new one may get the focus.
     if (!impl_->window)
         return impl_->open(position);
     impl_->window->raise();

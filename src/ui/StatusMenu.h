@@ -11,8 +11,9 @@ namespace tidewell {
 
 /// The status item's menu where the program shows it itself, with the graph as its first item: a popup on
 /// X11; on Wayland, which has no place for a popup without a parent window, a small window. Both hold the
-/// same MenuPanel and go when the person clicks or turns elsewhere, chooses, or presses Escape. Closed, it
-/// holds nothing but its items. Main thread; needs a QApplication.
+/// same MenuPanel and go when the person clicks or turns elsewhere, chooses, or presses Escape; one that
+/// never got the focus goes after 10 s without the pointer in it. Closed, it holds nothing but its items.
+/// Main thread; needs a QApplication.
 class StatusMenu final {
 public:
     struct Handlers {
@@ -34,7 +35,8 @@ public:
     /// What the graph shows has changed.
     void refreshGraph();
     /// Opens at a position in global pixels, moved onto the screen; Wayland places it itself. What is open
-    /// already stays, and comes to the front.
+    /// already stays, and comes to the front; where it never got the focus, a new one opens. Does nothing
+    /// without a screen.
     void popUp(QPoint position);
     void close();
     [[nodiscard]] bool isOpen() const;

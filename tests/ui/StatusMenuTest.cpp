@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QPointer>
 #include <QScrollArea>
+#include <QTimer>
 #include <algorithm>
 
 #include "ui/GlucoseGraphView.h"
@@ -236,6 +237,43 @@ TEST_F(StatusMenuTest, aKeyOnItsWayToALineThatGoesChoosesNothingElse)
         EXPECT_TRUE(commands.empty()) << c.line;
         menu.close();
     }
+}
+
+TEST_F(StatusMenuTest, doesNotStayWhereItNeverGotTheFocus)
+{
+    const auto timer = [] { return window()->findChild<QTimer*>("unreached"); };
+    const auto runOut = [](QTimer* due) {
+        QTimerEvent event{due->timerId()};
+        QApplication::sendEvent(due, &event);
+    };
+    const auto popUpWithoutFocus = [this] {
+        const QSignalBlocker unheard{qApp};
+        menu.popUp({10, 10});
+    };
+    popUpWithoutFocus();
+    QPointer<QWidget> unreached = window();
+    ASSERT_TRUE(timer());
+    EXPECT_TRUE(timer()->isActive());
+    QEnterEvent enter{{}, {}, {}};
+    QApplication::sendEvent(window(), &enter);
+    EXPECT_FALSE(timer()->isActive()) << "the person looks at it";
+    QEvent leave{QEvent::Leave};
+    QApplication::sendEvent(window(), &leave);
+    EXPECT_TRUE(timer()->isActive());
+    popUpWithoutFocus();
+    EXPECT_NE(window(), unreached) << "a new one may get the focus";
+    ASSERT_TRUE(timer()->isActive());
+    runOut(timer());
+    EXPECT_FALSE(menu.isOpen());
+
+    menu.popUp({10, 10});
+    QApplication::processEvents();  // Which brings the focus.
+    unreached = window();
+    EXPECT_FALSE(timer()->isActive());
+    QApplication::sendEvent(window(), &leave);
+    EXPECT_FALSE(timer()->isActive());
+    menu.popUp({10, 10});
+    EXPECT_EQ(window(), unreached);
 }
 
 /// Every pair of a name and a role below this, depth first.
