@@ -69,7 +69,8 @@ public:
     Face(Core& core, const ApplicationOptions& options)
         : core_{core}, signIn_{core}, insights_{core}, report_{core}, item_{itemOptions(core, options)}
     {
-        item_.onAbsent([this] { core_.notifyOnce(statusAreaHintShownKey, statusAreaHint()); });
+        if (!options.demo)
+            item_.onAbsent([this] { core_.notifyOnce(statusAreaHintShownKey, statusAreaHint()); });
         item_.onCommand([this](MenuCommand command) { carryOut(command); });
         insights_.onSaveReport([this](const InsightsShown& shown) { report_.show(shown); });
         item_.setGraphSource([this] { return graph(); });
@@ -238,6 +239,10 @@ ExitCode runApplication(const ApplicationOptions& options)
         // Another one runs: it comes to the front, and this one has nothing left to do.
         if (SingleInstance::send(runtime, InstanceWord::activate) == SingleInstance::SendResult::noAnswer)
             return report({ExitCode::failure, "Tidewell is running already, but does not answer."});
+        if (options.icon || options.panel)
+            fmt::print(stderr,
+                       "Tidewell runs already; --icon and --panel take effect when it has "
+                       "ended and is started again.\n");
         return ExitCode::good;
     }
     {
