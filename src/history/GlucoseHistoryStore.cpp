@@ -42,6 +42,13 @@ bool isRetention(std::int64_t days) { return days == 30 || days == 90; }
 std::int64_t dayOf(Date date) { return historyDayIndex(std::clamp(date, firstDate, lastDate)); }
 
 /// Keeps the first error of a row of steps that all are to be tried.
+/// Of the days of one operation: a disk that fails is more urgent than a day that is damaged.
+void keepGravest(Result<void>& kept, const Result<void>& other)
+{
+    if (!other && (kept || (kept.error() == unreadableHistory && other.error() != unreadableHistory)))
+        kept = other;
+}
+
 void keepFirst(Result<void>& kept, const Result<void>& other)
 {
     if (kept && !other)
@@ -378,7 +385,7 @@ struct GlucoseHistoryStore::Impl {
         for (const auto& [index, readings] : batch) {
             const auto existing = own.readDay(key, index);
             if (!existing) {
-                keepFirst(result, Failure{existing.error()});
+                keepGravest(result, Failure{existing.error()});
                 each(index, Result<HistoryMergeCount>{Failure{existing.error()}});
                 continue;
             }
@@ -386,7 +393,7 @@ struct GlucoseHistoryStore::Impl {
             const HistoryMergeCount count = mergeReadings(day.readings, readings, rule);
             if (count.changed > 0 && !dryRun) {
                 if (const auto stored = own.writeDay(key, index, day); !stored) {
-                    keepFirst(result, stored);
+                    keepGravest(result, stored);
                     each(index, Result<HistoryMergeCount>{Failure{stored.error()}});
                     continue;
                 }
@@ -994,7 +1001,8 @@ struct GlucoseHistoryStore::Impl {
     {
         if (!attached)
             return Failure{accountRequired};
-        migrateWhenDue();
+        if (!dryRun)
+            migrateWhenDue();
         const auto seen = currentConfiguration();
         if (!seen)
             return Failure{seen.error()};

@@ -168,6 +168,20 @@ TEST_F(GlucoseHistoryStoreTest, aDamagedDayStaysAndTheOthersGoOn)
     ASSERT_TRUE(imported);
     EXPECT_EQ(imported->unreadableDays, all->unreadableDays);
     EXPECT_EQ(imported->alreadyThere, 1U);
+    for (int at = 1; at < 80; ++at) {
+        // A disk that is full besides is told, and not taken for damage.
+        world.plan = {.kind = FaultPlan::Kind::error,
+                      .at = at,
+                      .error = std::make_error_code(std::errc::no_space_on_device)};
+        const auto again =
+            store.import({readings[0], readingAt(storyNow + Seconds{10.0 * at})}, storyNow, false);
+        world.plan.kind = FaultPlan::Kind::none;
+        if (again) {
+            EXPECT_EQ(again->added, 1U) << at;
+        } else {
+            EXPECT_EQ(again.error(), storageFailure);
+        }
+    }
     EXPECT_TRUE(store.import({readingAt(storyNow + 92 * dayLength)}, storyNow, false));
     EXPECT_TRUE(store.trim(storyNow + 89 * dayLength + oneHour)) << "the day that the retention ends in";
     EXPECT_EQ(world.files.files().at(damagedDay), damage);
@@ -437,6 +451,9 @@ TEST(LegacyHistory, aDamagedDayStaysWithItsKeyAndTheFirstAccountInheritsTheRest)
     GlucoseHistoryStore store{world.parts()};
     EXPECT_TRUE(store.recover(storyNow));
     EXPECT_TRUE(store.attach(anna));
+    const auto untouched = world.files.files();
+    EXPECT_EQ(errorOf(store.import({readingAt(storyNow)}, storyNow, true)), accountRequired);
+    EXPECT_EQ(world.files.files(), untouched) << "a dry run takes nothing over";
     world.plan = {.kind = FaultPlan::Kind::error, .forEver = true, .status = keychainStatus::notAvailable};
     EXPECT_TRUE(store.snapshot(dateFromUnix(0), endOfTime));
     EXPECT_EQ(store.status().problem, keychainFailure);
