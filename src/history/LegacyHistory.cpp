@@ -93,6 +93,14 @@ std::expected<void, GlucoseHistoryError> LegacyHistory::remove()
     const auto days = access_.days(root_);
     if (!days)
         return std::unexpected{storageFailure};
+    const auto configuration = access_.exists(root_ / configurationName);
+    if (!configuration)
+        return std::unexpected{storageFailure};
+    if (!*configuration && !days->empty()) {
+        // Without it, nothing would tell of the key once the days are gone.
+        if (const auto marked = beginDeletion(); !marked)
+            return marked;
+    }
     for (const std::int64_t day : *days) {
         if (access_.remove(root_ / historyDayFileName(day)))
             return std::unexpected{storageFailure};
@@ -227,6 +235,13 @@ std::expected<void, GlucoseHistoryError> LegacyHistory::moveInto(GlucoseHistoryA
     const auto configured = moveConfiguration(account, moved->oldest);
     if (!configured && configured.error() != invalidConfiguration)
         return configured;
+    const auto hasConfiguration = access_.exists(root_ / configurationName);
+    if (!hasConfiguration)
+        return std::unexpected{storageFailure};
+    // Without it, nothing would tell of the key once the days are gone.
+    if (!*hasConfiguration && !moved->days.empty() &&
+        access_.writeAtomically(root_ / configurationName, encode(GlucoseHistoryConfiguration{})))
+        return std::unexpected{storageFailure};
     if (!moved->days.empty()) {
         // A day that was there already may come from a run that ended before its name was on the disk.
         if (access_.files().syncFolder(scopeFolder))

@@ -478,6 +478,31 @@ TEST(LegacyHistory, aDamagedDayStaysWithItsKeyAndTheFirstAccountInheritsTheRest)
     EXPECT_EQ(store.status().problem, std::nullopt);
 }
 
+TEST(LegacyHistory, itsKeyGoesAlsoWithoutAConfigurationWhateverFails)
+{
+    int failed = 0;
+    for (int at = 1; at < 120; ++at) {
+        HistoryWorld world;
+        const std::string legacyKey(32, 'k');
+        world.keychain.items[{std::string{historyKeychainService}, std::string{legacyHistoryKeyAccount}}] =
+            legacyKey;
+        HistoryDay day{.accountScope = anna};
+        day.readings.push_back({readingAt(storyNow), storyNow});
+        world.files.put(world.root / "20771.history",
+                        *sealHistoryFile(SecretText{legacyKey}, "20771.history", encode(day), world.random));
+        GlucoseHistoryStore store{world.parts()};
+        EXPECT_TRUE(store.attach(anna));
+        world.plan = {.kind = FaultPlan::Kind::error, .at = at, .status = keychainStatus::notAvailable};
+        std::ignore = store.recover(storyNow);
+        failed += world.plan.hit;
+        world.plan = {};
+        EXPECT_TRUE(store.recover(storyNow));
+        EXPECT_TRUE(world.key(legacyHistoryKeyAccount).empty()) << at;
+        EXPECT_EQ(store.snapshot(dateFromUnix(0), endOfTime)->readings.size(), 1U);
+    }
+    EXPECT_GT(failed, 3);
+}
+
 /// Real files, with secrets in memory.
 class RealHistoryFiles : public testing::Test {
 protected:
