@@ -9,8 +9,8 @@
 namespace tidewell {
 
 /// The single-key layout of older versions: one configuration and the days of one person in the root itself,
-/// all under one key. It is read, taken over by a scope, and removed; never written again, but for the mark
-/// that it is to be deleted. Blocking; under the store's lock.
+/// all under one key. It is read, taken over by a scope, and removed; never written again, but for marks that
+/// it, or its key, is still to go. Blocking; under the store's lock.
 class LegacyHistory {
 public:
     /// The references outlive it.
