@@ -68,7 +68,8 @@ public:
     void start(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider);
     /// Goes on from what another run began: what is shown stays, and the first request comes when that run
     /// would have made its next one, or at once when that moment is over. The problem that the other run had
-    /// is shown until the next answer; without one, nothing waits for the person. Forgets what it knew before.
+    /// is shown until the next answer; without one, nothing waits for the person. Forgets what it knew
+    /// before.
     void resume(std::shared_ptr<GlucoseAPIProtocol> client, GlucoseProvider provider,
                 PollingResumption resumption);
     /// Ends the run; no result of it reaches the view model any more.
