@@ -4,6 +4,8 @@
 #include <cmath>
 #include <tuple>
 
+#include "sources/LibreSampling.h"
+
 namespace tidewell {
 
 namespace {
@@ -32,21 +34,6 @@ std::vector<StoredReading>::iterator counterpart(std::vector<StoredReading>& rea
         ++found;
     }
     return readings.end();
-}
-
-/// A graph value this near to a current value is the same measurement.
-constexpr Seconds sameMeasurement{30};
-/// What a current value of LibreLinkUp stands for at most; a graph value stands for more.
-constexpr Seconds longestCurrentSample{60};
-
-bool isGraphValue(const GlucoseReading& reading)
-{
-    return reading.source == GlucoseProvider::libreLinkUp && reading.sampleDuration > longestCurrentSample;
-}
-
-bool isCurrentValue(const GlucoseReading& reading)
-{
-    return reading.source == GlucoseProvider::libreLinkUp && reading.sampleDuration <= longestCurrentSample;
 }
 
 bool hasCurrentValueNear(const std::vector<StoredReading>& readings, Date date)

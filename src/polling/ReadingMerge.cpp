@@ -6,14 +6,11 @@
 #include <optional>
 #include <utility>
 
+#include "sources/LibreSampling.h"
+
 namespace tidewell {
 
 namespace {
-
-/// A graph value this near to a current value is the same measurement.
-constexpr Seconds sameMeasurement{30};
-/// What a current value of LibreLinkUp stands for at most; a graph value stands for more.
-constexpr Seconds longestCurrentSample{60};
 
 /// Its second, and whose it is.
 using Identity = std::pair<double, GlucoseProvider>;
@@ -21,16 +18,6 @@ using Identity = std::pair<double, GlucoseProvider>;
 Identity identity(const GlucoseReading& reading)
 {
     return {std::floor(unixSeconds(reading.date)), reading.source};
-}
-
-bool isCurrentValue(const GlucoseReading& reading)
-{
-    return reading.source == GlucoseProvider::libreLinkUp && reading.sampleDuration <= longestCurrentSample;
-}
-
-bool isGraphValue(const GlucoseReading& reading)
-{
-    return reading.source == GlucoseProvider::libreLinkUp && reading.sampleDuration > longestCurrentSample;
 }
 
 /// Of two readings in the same second the one fetched later, but no graph value for a current one.
