@@ -17,11 +17,25 @@ bool mayBeSeparator(char c) { return c == ',' || c == ';' || c == '\t'; }
 
 void CsvReader::feed(std::string_view bytes)
 {
-    for (const char c : bytes) {
-        if (ended_)
-            return;
-        take(c);
+    while (!bytes.empty() && !ended_) {
+        take(bytes.front());
+        bytes.remove_prefix(1);
+        takeRun(bytes);
     }
+}
+
+/// Takes what goes on within a plain field at once, and removes it from `bytes`.
+void CsvReader::takeRun(std::string_view& bytes)
+{
+    if (ended_ || state_ != State::plain || bytes_ < utf8Mark.size())
+        return;
+    const auto end = std::ranges::find_if(
+        bytes, [](char c) { return mayBeSeparator(c) || c == '\n' || c == '\r' || c == '\0'; });
+    const auto length =
+        std::min(static_cast<std::size_t>(end - bytes.begin()), longestRecord - record_.size());
+    record_.append(bytes.substr(0, length));
+    bytes_ += length;
+    bytes.remove_prefix(length);
 }
 
 void CsvReader::finish()

@@ -33,6 +33,7 @@ public:
 private:
     enum class State { fieldStart, plain, quoted, quoteInQuoted };
     void take(char c);
+    void takeRun(std::string_view& bytes);
     void endRecord();
     void fail(Problem problem);
 

@@ -598,10 +598,12 @@ struct HistoryImportReader::Impl {
     {
         auto& kept = file.kept_;
         const auto second = [](const Kept& one) { return std::floor(unixSeconds(one.date)); };
-        std::ranges::sort(kept, [&](const Kept& one, const Kept& other) {
+        const auto isBefore = [&](const Kept& one, const Kept& other) {
             return std::tuple{second(one), one.source, one.order} <
                    std::tuple{second(other), other.source, other.order};
-        });
+        };
+        if (!std::ranges::is_sorted(kept, isBefore))  // Most files are.
+            std::ranges::sort(kept, isBefore);
         std::size_t end = 0;
         for (std::size_t at = 0; at < kept.size(); ++at) {
             const bool isRepeated = end > 0 && second(kept[end - 1]) == second(kept[at]) &&
