@@ -360,10 +360,14 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         co_return co_await runOnWorker(self->strand, std::move(job));
     }
 
-    static asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked(Self self)
+    static asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked(Self self,
+                                                                                         HistoryScopeID scope)
     {
-        auto job = [store = self->store, now = self->parts.clock.now()] {
-            return store->setInsightsUnlocked(now);
+        using Unlocked = std::expected<GlucoseHistoryStatus, GlucoseHistoryError>;
+        auto job = [store = self->store, scope = std::move(scope), now = self->parts.clock.now()] {
+            // Not the right of whoever is signed in by now.
+            return store->status().scope == scope ? store->setInsightsUnlocked(now)
+                                                  : Unlocked{store->status()};
         };
         const auto unlocked = co_await runOnWorker(self->strand, std::move(job));
         if (!unlocked)
@@ -475,9 +479,10 @@ asio::awaitable<std::expected<GlucoseHistorySnapshot, GlucoseHistoryError>> Hist
     return Impl::snapshot(impl_, begin, end);
 }
 
-asio::awaitable<std::expected<void, GlucoseHistoryError>> HistoryCoordinator::setInsightsUnlocked()
+asio::awaitable<std::expected<void, GlucoseHistoryError>> HistoryCoordinator::setInsightsUnlocked(
+    HistoryScopeID scope)
 {
-    return Impl::setInsightsUnlocked(impl_);
+    return Impl::setInsightsUnlocked(impl_, std::move(scope));
 }
 
 void HistoryCoordinator::historyDidChange()

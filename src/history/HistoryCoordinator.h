@@ -58,8 +58,10 @@ public:
     /// is followed.
     [[nodiscard]] asio::awaitable<std::expected<GlucoseHistorySnapshot, GlucoseHistoryError>> snapshot(
         Date begin, Date end);
-    /// Notes that the report of that account has opened; it then stays open. Awaited like snapshot().
-    [[nodiscard]] asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked();
+    /// Notes that the report of `scope` has opened; it then stays open. Nothing when the account is another
+    /// one by now. Awaited like snapshot().
+    [[nodiscard]] asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked(
+        HistoryScopeID scope);
 
     /// Another process changed saved history, or how it is saved.
     void historyDidChange();

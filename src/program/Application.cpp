@@ -73,6 +73,7 @@ public:
             item_.onAbsent([this] { core_.notifyOnce(statusAreaHintShownKey, statusAreaHint()); });
         item_.onCommand([this](MenuCommand command) { carryOut(command); });
         insights_.onSaveReport([this](const InsightsShown& shown) { report_.show(shown); });
+        insights_.onReportGone([this] { report_.withdraw(); });
         item_.setGraphSource([this] { return graph(); });
         observer_ = core_.viewModel().observe([this](const StatusBarState&) { present(); });
         settings_ = core_.configuration().observe([this](ConfigurationChange) { present(); });

@@ -84,7 +84,9 @@ void InsightsController::makeWindow()
                                       .completionSeen = [this] { completionSeen(); },
                                       .closed = [this] { windowClosed(); }};
     if (saveReport_)
-        handlers.saveReport = [this] { saveReport_({.report = state_.report, .window = window_.data()}); };
+        handlers.saveReport = [this] {
+            saveReport_({.report = state_.report, .scope = shown_.scope, .window = window_.data()});
+        };
     window_ = new InsightsWindow{std::move(handlers)};
     historyObserver_ = core_.history().observe([this](const GlucoseHistoryStatus&) { reload(); });
     settingsObserver_ = core_.configuration().observe([this](ConfigurationChange) { reload(); });
@@ -104,8 +106,19 @@ void InsightsController::windowClosed()
     settingsObserver_.reset();
     readingObserver_.reset();
     state_ = {.period = state_.period};
+    shown_ = {};
     if (window_)
         std::exchange(window_, nullptr)->deleteLater();
+}
+
+/// Nobody's while the history of another account than the configured one is attached.
+InsightsController::Origin InsightsController::followed() const
+{
+    const GlucoseHistoryStatus& status = core_.history().status();
+    const auto& account = core_.configuration().account();
+    if (!account || !status.scope || HistoryScopeID::of(*account) != status.scope)
+        return {};
+    return {status.scope, status.configuration.collectionStartedAt};
 }
 
 InsightsController::Request InsightsController::makeRequest()
@@ -114,7 +127,8 @@ InsightsController::Request InsightsController::makeRequest()
                     .latest = generation_,
                     .period = state_.period,
                     .zone = TimeZone::current(),
-                    .now = core_.clock().now()};
+                    .now = core_.clock().now(),
+                    .followed = followed()};
     request.unit =
         glucoseUnits(core_.configuration().settings().measurementUnit).value_or(GlucoseUnits::mgdL);
     request.interval = insightsInterval(request.period, request.now, request.zone);
@@ -130,11 +144,16 @@ void InsightsController::reload()
     const Request request = makeRequest();
     window_->setToday(LocalClock{request.zone}.at(request.now).date);
     InsightsViewState waiting = state_;
-    waiting.isBusy = true;
-    // What was shown stays, unless the person waits for something else.
+    // What was shown stays, unless the person waits for something else, or it is somebody else's.
+    const bool isOutdated = shown_ != request.followed;
+    if (isOutdated)
+        waiting = {.period = state_.period};
     if (waiting.phase == InsightsViewState::Phase::unavailable)
         waiting.phase = InsightsViewState::Phase::loading;
-    present(std::move(waiting));
+    waiting.isBusy = true;
+    present(request, std::move(waiting));
+    if (isOutdated && reportGone_)
+        reportGone_();
     load_ = startTask(core_.main(), load(request));
 }
 
@@ -164,7 +183,7 @@ asio::awaitable<std::optional<InsightsViewState>> InsightsController::collection
                                  .advice = std::string{advice},
                                  .isSaving = facts.isSaving};
     };
-    if (!status.scope) {
+    if (!request.followed.scope) {
         if (!core_.configuration().account())
             co_return collecting({}, description(GlucoseHistoryError::accountRequired));
         if (status.problem)
@@ -175,6 +194,8 @@ asio::awaitable<std::optional<InsightsViewState>> InsightsController::collection
         co_return std::nullopt;
     if (status.problem == GlucoseHistoryError::invalidConfiguration)
         co_return unavailable(*status.problem);
+    if (!facts.hasSavedBefore && status.problem)
+        co_return unavailable(*status.problem);  // Nobody can tell whether it was.
     if (!facts.hasSavedBefore)
         co_return collecting({}, insightsSavingAdvice);
     auto latest = co_await core_.history().snapshot(request.now - initialCollection - longestSample,
@@ -183,6 +204,8 @@ asio::awaitable<std::optional<InsightsViewState>> InsightsController::collection
         co_return std::nullopt;
     if (!latest)
         co_return unavailable(latest.error());
+    if (latest->accountScope != request.followed.scope)
+        co_return InsightsViewState{.phase = Phase::loading};  // The status follows.
     facts.hasSavedReadings = !latest->readings.empty();
     if (!facts.hasSavedReadings && !latest->unreadableDays.empty())
         co_return unavailable(GlucoseHistoryError::unreadableHistory);
@@ -197,7 +220,7 @@ asio::awaitable<std::optional<InsightsViewState>> InsightsController::collection
         co_return collecting(progress, facts.isSaving ? std::string_view{} : insightsSavingAdvice);
     // Shown until the report is there.
     present(request, collecting(progress, {}));
-    if (const auto noted = co_await core_.history().setInsightsUnlocked(); !noted)
+    if (const auto noted = co_await core_.history().setInsightsUnlocked(*request.followed.scope); !noted)
         insightsLog.warning("That the report opened was not stored: " +
                             std::string{description(noted.error())});
     co_return std::nullopt;
@@ -212,6 +235,8 @@ asio::awaitable<InsightsViewState> InsightsController::report(Request request)
         co_return InsightsViewState{};
     if (!saved)
         co_return unavailable(saved.error());
+    if (saved->accountScope != request.followed.scope)
+        co_return InsightsViewState{.phase = Phase::loading};  // The status follows.
     if (saved->readings.empty() && !saved->unreadableDays.empty())
         co_return unavailable(GlucoseHistoryError::unreadableHistory);
     if (state_.phase == Phase::loading) {
@@ -251,6 +276,8 @@ asio::awaitable<InsightsViewState> InsightsController::report(Request request)
 void InsightsController::present(const Request& request, InsightsViewState state)
 {
     state.period = request.period;
+    shown_ = {request.followed.scope,
+              state.report ? state.report->collectionStartedAt : request.followed.collectionStartedAt};
     present(std::move(state));
 }
 

@@ -15,7 +15,8 @@ namespace tidewell {
 /// A report with what it was made of, for whoever saves it.
 struct InsightsShown {
     std::shared_ptr<const InsightsReportContent> report{};
-    QPointer<QWidget> window{};  ///< Goes when it closes.
+    std::optional<HistoryScopeID> scope{};  ///< Whose readings these are.
+    QPointer<QWidget> window{};             ///< Goes when it closes.
 };
 
 /// The Insights window and what it shows: reads saved history, notes that the report has opened, calculates
@@ -33,7 +34,17 @@ public:
     /// What "Save report…" does; without one there is no such button. Before the first show().
     void onSaveReport(std::function<void(InsightsShown)> handler) { saveReport_ = std::move(handler); }
 
+    /// Called when the report that is shown is not the followed person's any more, or its history was
+    /// deleted.
+    void onReportGone(std::function<void()> handler) { reportGone_ = std::move(handler); }
+
 private:
+    /// Whose history it is, and since when it is collected.
+    struct Origin {
+        std::optional<HistoryScopeID> scope{};
+        std::optional<Date> collectionStartedAt{};
+        bool operator==(const Origin&) const = default;
+    };
     /// What a window is made for, by the clock of one zone.
     struct Request {
         std::uint64_t generation = 0;
@@ -43,9 +54,11 @@ private:
         TimeZone zone = TimeZone::utc();
         GlucoseUnits unit = GlucoseUnits::mgdL;
         Date now{};
+        Origin followed{};
         /// Whether nothing was asked for since; if not, the controller may be gone.
         [[nodiscard]] bool isCurrent() const { return *latest == generation; }
     };
+    [[nodiscard]] Origin followed() const;
     void makeWindow();
     void windowClosed();
     /// Begins to read and calculate anew; what runs is dropped.
@@ -64,8 +77,10 @@ private:
 
     Core& core_;
     std::function<void(InsightsShown)> saveReport_{};
+    std::function<void()> reportGone_{};
     QPointer<InsightsWindow> window_{};  ///< Made when it is shown, and gone when it was closed.
     InsightsViewState state_{};
+    Origin shown_{};  ///< Of `state_`.
     std::shared_ptr<std::uint64_t> generation_ = std::make_shared<std::uint64_t>(0);
     Task<void> load_;
     QTimer renewal_;

@@ -19,10 +19,12 @@ void InsightsReportController::show(const InsightsShown& shown)
     if (!shown.report || !shown.window)
         return;
     content_ = shown.report;
+    scope_ = shown.scope;
     if (!dialog_) {
         dialog_ = new InsightsReportDialog{shown.window};
         dialog_->onSave([this](InsightsReportRequest request) {
-            save_ = startTask(core_.main(), save(content_, std::move(request)));
+            if (content_)
+                save_ = startTask(core_.main(), save(content_, scope_, std::move(request)));
         });
     }
     LocalClock clock{content_->zone};
@@ -30,7 +32,16 @@ void InsightsReportController::show(const InsightsShown& shown)
     dialog_->present(usualPaper(), QString::fromStdString("glucose-report-" + date));
 }
 
+void InsightsReportController::withdraw()
+{
+    save_.cancel();
+    content_.reset();
+    if (dialog_)
+        dialog_->withdraw();
+}
+
 asio::awaitable<void> InsightsReportController::save(std::shared_ptr<const InsightsReportContent> content,
+                                                     std::optional<HistoryScopeID> scope,
                                                      InsightsReportRequest request)
 {
     std::vector<StoredReading> readings;
@@ -40,7 +51,8 @@ asio::awaitable<void> InsightsReportController::save(std::shared_ptr<const Insig
         std::string problem;
         if (!saved)
             problem = description(saved.error());
-        else if (saved->configuration.collectionStartedAt != content->collectionStartedAt)
+        else if (saved->accountScope != scope ||
+                 saved->configuration.collectionStartedAt != content->collectionStartedAt)
             problem = "Saved history is another one than that of this report. Open the report again.";
         if (!problem.empty()) {
             if (dialog_)

@@ -20,14 +20,17 @@ public:
 
     /// The report as it is shown now; one that comes later is not the one that is saved.
     void show(const InsightsShown& shown);
+    /// The report is of no use to who sits there now: asks no more, and begins no file.
+    void withdraw();
 
 private:
     asio::awaitable<void> save(std::shared_ptr<const InsightsReportContent> content,
-                               InsightsReportRequest request);
+                               std::optional<HistoryScopeID> scope, InsightsReportRequest request);
 
     Core& core_;
     QPointer<InsightsReportDialog> dialog_{};  ///< Goes with its window.
     std::shared_ptr<const InsightsReportContent> content_{};
+    std::optional<HistoryScopeID> scope_{};  ///< Whose it is.
     Task<void> save_;
 };
 

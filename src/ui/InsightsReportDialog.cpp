@@ -180,6 +180,15 @@ void InsightsReportDialog::finish()
     accept();
 }
 
+void InsightsReportDialog::withdraw()
+{
+    for (auto* opened : findChildren<QDialog*>())
+        opened->reject();
+    impl_->name->clear();
+    impl_->withReadings->setChecked(false);
+    reject();
+}
+
 void InsightsReportDialog::showError(const QString& text)
 {
     impl_->setSaving(false);

@@ -37,6 +37,8 @@ public:
 
     /// It is saved: closes.
     void finish();
+    /// There is nothing to save any more: closes with what it has opened, and forgets what was typed.
+    void withdraw();
     /// It is not: says so, and lets the person try again. Plain text.
     void showError(const QString& text);
 

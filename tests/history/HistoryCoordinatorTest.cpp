@@ -332,8 +332,12 @@ TEST_F(HistoryCoordinatorTest, handsOutWhatIsSavedWithoutWaitingAndTellsThatTheR
 
     int told = 0;
     const auto observing = coordinator->observe([&](const GlucoseHistoryStatus&) { ++told; });
-    const Running<std::expected<void, GlucoseHistoryError>> opening{io.get_executor(),
-                                                                    coordinator->setInsightsUnlocked()};
+    using Opening = Running<std::expected<void, GlucoseHistoryError>>;
+    const Opening late{io.get_executor(), coordinator->setInsightsUnlocked(scopeOf("bob"))};
+    settle();
+    EXPECT_TRUE(late.result());
+    EXPECT_FALSE(coordinator->status().configuration.insightsUnlockedAt) << "it was another account's";
+    const Opening opening{io.get_executor(), coordinator->setInsightsUnlocked(scopeOf("ada"))};
     settle();
     EXPECT_TRUE(opening.result());
     EXPECT_EQ(coordinator->status().configuration.insightsUnlockedAt, clock.now());
