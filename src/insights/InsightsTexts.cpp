@@ -80,6 +80,14 @@ std::string insightsDurationText(Seconds duration)
     return fmt::format("{} min", minutes);
 }
 
+std::string insightsPerDayText(double fraction)
+{
+    const Seconds duration{fraction * 86'400};
+    // A whole day of a day is 24 hours of it.
+    const bool isWhole = std::chrono::round<std::chrono::minutes>(duration) >= std::chrono::days{1};
+    return (isWhole ? "24 h" : insightsDurationText(duration)) + " a day";
+}
+
 std::string agpExplanation(GlucoseUnits unit)
 {
     return fmt::format(

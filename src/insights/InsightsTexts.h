@@ -37,6 +37,9 @@ inline constexpr std::string_view insightsBandsExplanation =
 /// "13 days 23 h", "1 h 5 min", "20 min": the two largest units.
 [[nodiscard]] std::string insightsDurationText(Seconds duration);
 
+/// The time a day that a share of it takes: "1 h 26 min a day"; all of it is "24 h a day".
+[[nodiscard]] std::string insightsPerDayText(double fraction);
+
 /// How the profile is read and how it is built.
 inline constexpr std::string_view agpConstructionTitle = "How the profile is built";
 [[nodiscard]] std::string agpExplanation(GlucoseUnits unit);

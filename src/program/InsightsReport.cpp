@@ -190,8 +190,8 @@ private:
     {
         add("\nTime in ranges, {}", rawValue(unit_));
         for (const auto& [band, count, fraction] : std::views::reverse(summary().bands))
-            add("  {:11}{:20}{:>5.1f} %  {:>12} a day  {}", bandTitle(band), bandLimits(band, unit_),
-                fraction * 100, insightsDurationText(Seconds{fraction * 86'400}), bar(fraction));
+            add("  {:11}{:20}{:>5.1f} %  {:>18}  {}", bandTitle(band), bandLimits(band, unit_),
+                fraction * 100, insightsPerDayText(fraction), bar(fraction));
         add("  {}\n", insightsBandsExplanation);
     }
 

@@ -562,8 +562,7 @@ void paintInsightsBands(QPainter& painter, const QRectF& area,
         painter.setPen(colors.faintText);
         put(nameWidth + shareWidth + side, limitsWidth, Qt::AlignLeft, limitsText(bands[i].band, style));
         const double rest = nameWidth + shareWidth + side + limitsWidth;
-        const QString perDay = QString::fromStdString(
-            fmt::format("{} a day", insightsDurationText(Seconds{bands[i].fraction * secondsPerDay})));
+        const QString perDay = QString::fromStdString(insightsPerDayText(bands[i].fraction));
         if (rest + metrics.horizontalAdvance(perDay) <= row.width())
             put(rest, row.width() - rest, Qt::AlignLeft, perDay);
     }
