@@ -1,5 +1,6 @@
 #include "insights/InsightsCalculation.h"
 
+#include <charconv>
 #include <fstream>
 #include <random>
 
@@ -236,9 +237,13 @@ TEST(InsightsCalculation, agreesWithIndependentFiguresOfRealTraces)
         InsightsCalculationInput input{.zone = zoneNamed(trace.zone)};
         std::ifstream file{std::string{TIDEWELL_TRACES "/"} + std::string{trace.file}};
         std::string line;
-        for (std::getline(file, line); std::getline(file, line);)
-            input.readings.push_back(sample(unixSeconds(momentOf(line.substr(0, 19), input.zone)),
-                                            std::stod(line.substr(20)), trace.sampleDuration));
+        for (std::getline(file, line); std::getline(file, line);) {
+            double mgdl = 0;
+            const char* const end = line.data() + line.size();
+            ASSERT_EQ(std::from_chars(line.data() + 20, end, mgdl).ptr, end) << line;
+            input.readings.push_back(
+                sample(unixSeconds(momentOf(line.substr(0, 19), input.zone)), mgdl, trace.sampleDuration));
+        }
         ASSERT_FALSE(input.readings.empty());
         LocalClock clock{input.zone};
         const auto firstDate = clock.at(input.readings.front().date).date;
