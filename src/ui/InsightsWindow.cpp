@@ -57,6 +57,26 @@ QLabel* wrappedLabel(QWidget* parent)
     return label;
 }
 
+/// The local dates of a report without readings, and what helps.
+QString emptyText(const InsightsViewState& state)
+{
+    const DateInterval& interval = state.report->result.summary.interval;
+    LocalClock clock{state.report->zone};
+    const auto date = [&](Date moment) {
+        return dateOf(clock.at(moment).date).toString(QStringLiteral("yyyy-MM-dd"));
+    };
+    const QString first = date(interval.start);
+    // The first moment after it is of the next day.
+    const QString last = date(interval.end > interval.start ? interval.end - Seconds{0.001} : interval.end);
+    const QString words = first == last ? InsightsWindow::tr("The period is %1.").arg(first)
+                                        : InsightsWindow::tr("The period is %1 to %2.").arg(first, last);
+    return words + u' ' +
+           (state.isDemonstration
+                ? InsightsWindow::tr("This is the demonstration, with somebody else's readings. ")
+                : QString{}) +
+           InsightsWindow::tr("Pick another period.");
+}
+
 QFont titleFont(const QFont& base)
 {
     QFont font = base;
@@ -133,8 +153,10 @@ struct InsightsWindow::Impl {
         const auto* const offered = std::ranges::find(offeredDays, shown.days.value_or(0));
         period->setCurrentIndex(static_cast<int>(offered - offeredDays.begin()));
         if (!shown.days) {
-            from->setDate(dateOf(shown.from));
-            to->setDate(dateOf(shown.to));
+            // What a person types there stays, whatever comes meanwhile.
+            for (const auto& [edit, date] : {std::pair{from, shown.from}, std::pair{to, shown.to}})
+                if (edit->date() != dateOf(date) && !edit->hasFocus())
+                    edit->setDate(dateOf(date));
         }
         periodEdited();
         filling = false;
@@ -307,7 +329,7 @@ void InsightsWindow::setToday(std::chrono::sys_days today)
         const bool unset = edit->maximumDate() > dateOf(today).addDays(mostDays);
         edit->setDateRange(dateOf(today).addDays(-mostDays), dateOf(today));
         if (unset)
-            edit->setDate(edit == impl_->from ? dateOf(today).addDays(1 - offeredDays[1]) : dateOf(today));
+            edit->setDate(edit == impl_->from ? dateOf(today).addDays(-offeredDays[1]) : dateOf(today));
     }
     impl_->filling = false;
 }
@@ -317,6 +339,10 @@ void InsightsWindow::present(const InsightsViewState& state)
     Impl& my = *impl_;
     using Phase = InsightsViewState::Phase;
     my.state = state;
+    if (my.day && state.phase != Phase::report) {
+        my.day->close();
+        std::exchange(my.day, nullptr)->deleteLater();
+    }
     my.showPeriod(state.period);
     const bool waiting = state.phase == Phase::loading || state.phase == Phase::calculating;
     my.busy->setText(state.isBusy && !waiting ? text(insightsCalculatingText) : QString{});
@@ -341,7 +367,7 @@ void InsightsWindow::present(const InsightsViewState& state)
         break;
     case Phase::report:
         if (!hasReadings) {
-            my.showMessage(text(insightsEmptyTitle), tr("Pick another period."),
+            my.showMessage(text(insightsEmptyTitle), emptyText(state),
                            state.isSaving ? QString{} : text(insightsSavingOffText));
         } else {
             my.panel->present(state);

@@ -105,8 +105,12 @@ TEST_F(InsightsWindowTest, saysWhereThingsStand)
     widget<QPushButton>("insightsRetry").setFocus();
     key(widget<QPushButton>("insightsRetry"), Qt::Key_Return);
     EXPECT_EQ(refreshed, 1);
-    present(Phase::report, std::make_shared<InsightsReportContent>());
+    auto empty = std::make_shared<InsightsReportContent>();
+    empty->result.summary.interval = {start, start + 14 * day};
+    window.present({.phase = Phase::report, .report = std::move(empty), .isDemonstration = true});
     says(insightsEmptyTitle);
+    says("2026-03-02 to 2026-03-15");
+    says("demonstration");
     const InsightsCollectionProgress progress{.collected = 1.5 * day, .coverage = 0.5};
     for (const bool isSaving : {true, false}) {
         const auto status = insightsCollectionStatus(
