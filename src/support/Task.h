@@ -50,6 +50,8 @@ private:
     struct State {
         asio::any_io_executor executor;
         asio::cancellation_signal signal;
+        bool begun = false;
+        bool cancelledEarly = false;  ///< Before it began, when asio would end the program.
         bool ended = false;
         std::exception_ptr error;
         std::optional<Stored> result;

@@ -15,6 +15,9 @@ asio::awaitable<void> runTask(std::shared_ptr<State> state, asio::awaitable<T> w
 {
     // asio would begin at once when the caller already runs on the executor.
     co_await asio::post(asio::use_awaitable);
+    state->begun = true;
+    if (state->cancelledEarly)
+        throw boost::system::system_error{asio::error::operation_aborted};
     if constexpr (std::is_void_v<T>) {
         co_await std::move(work);
         state->result.emplace();
@@ -52,6 +55,11 @@ void Task<T>::cancel()
     if (!running())
         return;
     const auto state = state_;  // The handle may be one that the task itself drops.
+    // asio's own first step throws, where nobody catches it, when it finds itself cancelled.
+    if (!state->begun) {
+        state->cancelledEarly = true;
+        return;
+    }
     state->signal.emit(asio::cancellation_type::terminal);
     // Called between two turns, the signal only queues its work, and that work points into the state.
     asio::post(state->executor, [state] {});

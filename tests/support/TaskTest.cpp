@@ -109,6 +109,34 @@ TEST_F(TaskTest, aCancelledTaskTellsItsWaiters)
 }
 
 /// Cancels `which` in the very turn in which the task's sleep has ended but nobody was resumed yet.
+TEST_F(TaskTest, cancelledBeforeItsFirstTurnItNeverBegins)
+{
+    // Between two turns, where asio lets the cancellation overtake the start, and within one.
+    for (const bool withinTurn : {false, true}) {
+        bool begun = false;
+        const auto work = [](bool* flag) -> asio::awaitable<int> {
+            *flag = true;
+            co_return 7;
+        };
+        Task<int> task;
+        Outcome outcome;
+        asio::post(io, [&] {
+            if (withinTurn)
+                task = startTask(io.get_executor(), work(&begun));
+            task.cancel();
+            task.cancel();
+        });
+        if (!withinTurn)
+            task = startTask(io.get_executor(), work(&begun));
+        clock.runReady();
+        EXPECT_FALSE(task.running());
+        startWaiter(task, outcome);
+        clock.runReady();
+        EXPECT_FALSE(begun);
+        EXPECT_EQ(outcome.failure, "cancelled");
+    }
+}
+
 TEST_F(TaskTest, cancelledAsItEndsGivesEitherTheResultOrTheCancellation)
 {
     for (const bool cancelTask : {true, false}) {
