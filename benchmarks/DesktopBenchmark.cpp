@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -133,13 +134,23 @@ double mebibytes(qint64 process, const QByteArray& name)
     return value < 0 ? value : value / 1024;
 }
 
-/// How often any thread of the process gave up a processor of its own accord, that is, woke and slept again.
-double switches(qint64 process)
+/// How often each thread of the process has slept and been woken, by thread.
+QMap<QString, double> switches(qint64 process)
+{
+    QMap<QString, double> counts;
+    const QString tasks = QStringLiteral("/proc/%1/task").arg(process);
+    for (const QString& task : QDir{tasks}.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        counts[task] = std::max(0.0, kilobytes(tasks + "/" + task + "/status", "voluntary_ctxt_switches"));
+    return counts;
+}
+
+/// The sum since then; a thread that has ended meanwhile took its count along.
+double switchesSince(const QMap<QString, double>& before, qint64 process)
 {
     double sum = 0;
-    const auto tasks = QString{"/proc/%1/task"}.arg(process);
-    for (const auto& task : QDir{tasks}.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-        sum += std::max(0.0, kilobytes(tasks + "/" + task + "/status", "voluntary_ctxt_switches"));
+    const QMap<QString, double> now = switches(process);
+    for (auto one = now.begin(); one != now.end(); ++one)
+        sum += one.value() - before.value(one.key());
     return sum;
 }
 
@@ -356,7 +367,7 @@ int run(int starts, int idleSeconds)
     const double before = processorTime(process);
     pass(9000);  // The first poll, five seconds after the start, lies in here.
     const double pollTime = processorTime(process) - before;
-    const double switchesBefore = switches(process);
+    const auto switchesBefore = switches(process);
     const int newsBefore = stage.news();
     const double idleBefore = processorTime(process);
     pass(idleSeconds * 1000);
@@ -372,7 +383,7 @@ int run(int starts, int idleSeconds)
         {"pss_mib", mebibytes(process, "Pss")},
         {"private_dirty_mib", mebibytes(process, "Private_Dirty")},
         {"first_poll_cpu_ms", pollTime},
-        {"idle_wakeups_per_min", (switches(process) - switchesBefore) * perMinute},
+        {"idle_wakeups_per_min", switchesSince(switchesBefore, process) * perMinute},
         {"idle_item_updates_per_min", (stage.news() - newsBefore) * perMinute},
         {"idle_cpu_ms_per_min", (processorTime(process) - idleBefore) * perMinute},
         {"program_size_kib", static_cast<double>(file.st_size) / 1024},
