@@ -440,6 +440,7 @@ bool Core::shutDown()
     delegate_.reset();
     coordinator_.reset();
     history_.reset();
+    viewModel_.reset();
     workspace_.reset();
     // What was just cancelled leaves before the loops end under it: each loop may have to tell the other.
     bool busy = false;
@@ -447,8 +448,6 @@ bool Core::shutDown()
         mainLoop_.loop().runPending();
         busy = !engineTookTurns();
     }
-    viewModel_.reset();  // What the coordinator told the main loop last has been told by now.
-    mainLoop_.loop().runPending();
     const bool ended = engine_.stop(workersGrace) && !busy;
     if (const auto error = defaults_->save())
         coreLog.error("The bookkeeping was not saved: " + error.message());
