@@ -134,12 +134,16 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         });
     }
 
+    /// On main: the coordinator has gone, and what it told with may have gone too. A run that ends in that
+    /// moment may still speak under the generation that ended it.
+    bool closed = false;
+
     /// Lets `changes` reach the view model as one, if `run` is still the current one when main gets to it.
     template <class Changes>
     void onMain(Uuid run, Changes changes)
     {
         asio::post(parts.main, [self = shared_from_this(), run, changes = std::move(changes)]() mutable {
-            if (!self->isCurrent(run))
+            if (self->closed || !self->isCurrent(run))
                 return;
             StatusBarViewModel& viewModel = self->parts.viewModel;
             viewModel.batch([&] { changes(viewModel, self->parts.clock.now()); });
@@ -752,6 +756,7 @@ StatusBarPollingCoordinator::StatusBarPollingCoordinator(Parts parts)
 
 StatusBarPollingCoordinator::~StatusBarPollingCoordinator()
 {
+    impl_->closed = true;
     impl_->alerts->close();
     const Uuid run = impl_->generation->renew();
     impl_->onEngine(run, [](Impl& impl) { impl.endTasks(); });
