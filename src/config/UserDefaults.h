@@ -75,5 +75,10 @@ inline constexpr std::string_view statusAreaHintShownKey = "TidewellStatusAreaHi
 /// When the report opened of which the person has seen that it did; the moment tells accounts apart.
 inline constexpr std::string_view insightsUnlockSeenKey = "TidewellInsightsUnlockSeen";
 inline constexpr std::string_view alertsSnoozedUntilKey = "TidewellAlertsSnoozedUntil";
+/// Of the terms of use that the person accepted last, and when that was.
+inline constexpr std::string_view acceptedTermsVersionKey = "TidewellAcceptedTermsVersion";
+inline constexpr std::string_view termsAcceptedAtKey = "TidewellTermsAcceptedAt";
+/// The first-run step that was reached last, by name.
+inline constexpr std::string_view onboardingStepKey = "TidewellOnboardingStep";
 
 }  // namespace tidewell

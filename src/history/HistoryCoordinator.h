@@ -63,6 +63,16 @@ public:
     [[nodiscard]] asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked(
         HistoryScopeID scope);
 
+    // What the person changes about saved history, of the account of status() and as the store has it. In the
+    // order of the calls, after a follow() that came before; status() follows. Awaited like snapshot(); what
+    // was begun ends whole, also when the caller is cancelled.
+    using Changed = std::expected<GlucoseHistoryStatus, GlucoseHistoryError>;
+    [[nodiscard]] asio::awaitable<Changed> enable(std::int64_t retentionDays, std::int64_t consentVersion);
+    [[nodiscard]] asio::awaitable<Changed> pause();
+    [[nodiscard]] asio::awaitable<Changed> setRetention(std::int64_t days);
+    /// Of the account, or of every account and person; the latter needs nobody to be signed in.
+    [[nodiscard]] asio::awaitable<Changed> deleteHistory(bool everyAccount);
+
     /// Another process changed saved history, or how it is saved.
     void historyDidChange();
 

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QLocale>
+#include <QString>
+#include <vector>
+
+namespace tidewell {
+
+/// The languages that the program speaks, as ISO 639 codes; English first.
+[[nodiscard]] std::vector<QString> translatedLanguages();
+
+/// Installs this program's and the toolkit's own texts in the first of the locale's languages that there is,
+/// for the life of the application object. English needs none. Once, after the application was made.
+void installTranslations(const QLocale& locale);
+
+}  // namespace tidewell

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QString>
+#include <QTranslator>
+#include <QWidget>
+
+namespace tidewell {
+
+// What every window has to keep, checked over its whole tree. Each failure names the widget.
+
+/// Every control in the accessibility tree below `window` that can be seen has a role and a name, and every
+/// picture a text.
+void expectEveryControlNamed(QWidget& window);
+/// No two visible controls of a window, or of one page of it, share a mnemonic; every button and labelled
+/// field of `window` has one unless its key is a standard one (Enter, Escape).
+void expectUniqueMnemonics(QWidget& window);
+/// With the layout as it stands, no visible text is cut: labels, buttons, check boxes, tabs, combo boxes, and
+/// list entries have the room that their text needs, or scroll.
+void expectNothingCut(QWidget& window);
+/// Every visible control can be reached by Tab from the first one, and the order comes back to it.
+void expectKeyboardReachesAll(QWidget& window);
+
+/// Answers every text with a longer one of accented letters in brackets: "[Šëţţĩñĝš ~~~~]". What shows up
+/// without brackets was not translated. Keeps mnemonics, arguments (%1, %n), line breaks and markup.
+class PseudoTranslator final : public QTranslator {
+public:
+    using QTranslator::QTranslator;
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char* context, const char* sourceText, const char* disambiguation,
+                                    int n) const override;
+};
+
+/// While it lives, every text that is made is pseudo-translated.
+class PseudoLanguage {
+public:
+    PseudoLanguage();
+    ~PseudoLanguage();
+    PseudoLanguage(const PseudoLanguage&) = delete;
+    PseudoLanguage& operator=(const PseudoLanguage&) = delete;
+
+private:
+    PseudoTranslator translator_;
+};
+
+/// Names the visible texts below `window` that the pseudo-language did not reach, but for numbers, user data
+/// and those in `allowed`.
+void expectAllTranslated(QWidget& window, const QStringList& allowed = {});
+
+/// Saves a picture of `window` as PNG in the folder that TIDEWELL_SCREENSHOTS names; nothing without it.
+void saveScreenshot(QWidget& window, const QString& name);
+
+}  // namespace tidewell
