@@ -5,12 +5,12 @@
 #include "platform/linux/AlertProbe.h"
 #include "platform/linux/DesktopHelper.h"
 #include "platform/linux/OnExecutor.h"
-#include "platform/linux/StatusAreaAdvice.h"
 #include "polling/StatusBarPollingCoordinator.h"
 #include "program/AccountCheck.h"
 #include "program/AlertFindingText.h"
 #include "program/CommandSession.h"
 #include "program/Commands.h"
+#include "program/DoctorFindings.h"
 #include "program/EventLoopRun.h"
 #include "program/HistoryStorage.h"
 #include "program/Process.h"
@@ -21,7 +21,6 @@ namespace {
 
 /// A sign-in and a request take a second or two; who asks what is wrong should not wait for a minute.
 constexpr std::chrono::milliseconds serviceDeadline{30'000};
-constexpr std::chrono::milliseconds statusAreaDeadline{2000};
 constexpr std::chrono::milliseconds engineGrace{500};
 
 /// Replaces what the facts say of the account: its password or its document cannot be read.
@@ -39,20 +38,7 @@ void addConfigurationProblem(std::vector<AlertFinding>& findings, const Configur
                                        : "Mend the file, or sign in again: tidewell account set"});
 }
 
-/// No alert needs a status area, so its absence is no more than a note.
-AlertFinding statusAreaFinding(bool there)
-{
-    if (there)
-        return {.subject = "statusArea", .text = "The desktop has a status area for the item."};
-    return {
-        .severity = AlertFinding::Severity::note,
-        .subject = "statusArea",
-        .text = "The desktop has no status area that shows the item; alerts come all the same.",
-        .remedy = std::string{statusAreaAdvice(qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString())}};
-}
-
-/// Looks whether what is saved of the account can be read: no alert needs it, so trouble is no more than a
-/// note. Blocks.
+/// Looks whether what is saved of the account can be read. Blocks.
 AlertFinding savedHistoryFinding(CommandSession& session, const GlucoseAccountConfiguration& account)
 {
     const auto store = makeHistoryStore(session.environment());
@@ -67,14 +53,7 @@ AlertFinding savedHistoryFinding(CommandSession& session, const GlucoseAccountCo
         else if (!day->unreadableDays.empty())
             problem = GlucoseHistoryError::unreadableHistory;
     }
-    if (problem)
-        return {.severity = AlertFinding::Severity::note,
-                .subject = "savedHistory",
-                .text = std::string{description(*problem)},
-                .remedy = "See what is saved: tidewell history status"};
-    return {.subject = "savedHistory",
-            .text = status.configuration.isEnabled ? "Readings are saved on this computer, encrypted."
-                                                   : "Saving readings on this computer is off."};
+    return savedHistoryFinding(status.configuration, problem);
 }
 
 asio::awaitable<AccountCheck> askService(CommandSession& session)
@@ -148,15 +127,10 @@ ExitCode runDoctor(bool asJson)
     std::optional<bool> statusArea;
     if (display.answers())
         statusArea = runInEventLoop(loop, statusAreaFromHelper(desktopHelperProgram, statusAreaDeadline));
-    const auto addBeforeGood = [&findings](AlertFinding finding) {
-        const auto firstGood = std::ranges::find_if(
-            findings, [](const AlertFinding& f) { return f.severity == AlertFinding::Severity::good; });
-        findings.insert(firstGood, std::move(finding));
-    };
     if (statusArea)
-        addBeforeGood(statusAreaFinding(*statusArea));
+        addBeforeGood(findings, statusAreaFinding(*statusArea));
     if (account)
-        addBeforeGood(savedHistoryFinding(session, *account));
+        addBeforeGood(findings, savedHistoryFinding(session, *account));
     fmt::print("{}", asJson ? findingsDocument(findings) : findingLines(findings));
     const bool well = std::ranges::all_of(
         findings, [](const AlertFinding& f) { return f.severity >= AlertFinding::Severity::note; });

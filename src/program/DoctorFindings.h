@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+#include "history/GlucoseHistoryRecords.h"
+#include "polling/AlertHealth.h"
+#include "statusbar/StatusBarViewModel.h"
+
+namespace tidewell {
+
+// What there is to find beside what decides on alerts: shared by `doctor` and the settings window.
+
+/// How long to wait for what the desktop says of its status area.
+inline constexpr std::chrono::milliseconds statusAreaDeadline{2000};
+
+/// No alert needs a status area, so its absence is no more than a note.
+[[nodiscard]] AlertFinding statusAreaFinding(bool there);
+/// No alert needs saved history, so trouble is no more than a note.
+[[nodiscard]] AlertFinding savedHistoryFinding(const GlucoseHistoryConfiguration& configuration,
+                                               const std::optional<GlucoseHistoryError>& problem);
+/// Replaces what the facts say of account and data by the problem that polling has, at the front.
+void replaceAccountFinding(std::vector<AlertFinding>& findings, const ErrorInfo& problem);
+/// After everything that is not good.
+void addBeforeGood(std::vector<AlertFinding>& findings, AlertFinding finding);
+
+}  // namespace tidewell
