@@ -1,6 +1,6 @@
 #include "program/DoctorFindings.h"
 
-#include <QtGlobal>
+#include <QString>
 #include <algorithm>
 
 #include "platform/linux/StatusAreaAdvice.h"
