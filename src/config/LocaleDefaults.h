@@ -3,18 +3,16 @@
 #include <string>
 #include <string_view>
 
-#include "config/AppConfiguration.h"
+#include "config/GlucoseProvider.h"
 
 namespace tidewell {
 
-// What people of a country use, as the first choice of the first-run steps. A country is its ISO 3166-1 code
-// of two letters, in any case; anything else counts as unknown. Pure.
-
-/// "mmol/L" where glucose is usually told in it, else "mg/dL".
-[[nodiscard]] std::string usualMeasurementUnit(std::string_view country);
-/// A region code that the service's client knows.
+/// The region that an account of that country probably belongs to, as the first choice of a sign-in: a code
+/// that the service's client knows. `country` is its ISO 3166-1 code of two letters, in any case; anything
+/// else counts as unknown. Pure.
+///
+/// A wrong guess costs nothing with LibreLinkUp, which sends a sign-in on to the account's home; Dexcom
+/// refuses it like a wrong password.
 [[nodiscard]] std::string usualRegion(GlucoseProvider provider, std::string_view country);
-/// Preferences before the person has chosen any: the usual unit, and thresholds from its options.
-[[nodiscard]] AppSettings initialSettings(std::string_view country);
 
 }  // namespace tidewell
