@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "config/QuietHours.h"
 #include "polling/GlucoseAlertEvaluator.h"
 #include "statusbar/ReadingPresentation.h"
 #include "statusbar/StatusBarMenu.h"
@@ -258,7 +259,7 @@ void addQuietHours(Findings& findings, const AlertHealthFacts& facts)
         return;
     }
     const auto isTime = [](std::int64_t minutes) { return minutes >= 0 && minutes < minutesOfDay; };
-    const bool now = GlucoseAlertEvaluator::isQuiet(facts.now, facts.zone, from, to);
+    const bool now = isQuiet(facts.now, facts.zone, from, to);
     if (!isTime(from) || !isTime(to)) {
         (now && !lowsCome ? problem : caution)(
             findings, subject, "The quiet hours are no times of a day.",

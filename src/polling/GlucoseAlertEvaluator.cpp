@@ -1,10 +1,10 @@
 #include "polling/GlucoseAlertEvaluator.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include <fmt/format.h>
 
+#include "config/QuietHours.h"
 #include "statusbar/ReadingPresentation.h"
 
 namespace tidewell {
@@ -15,7 +15,6 @@ using enum GlucoseAlertKind;
 
 /// How far ahead of our clock a reading may be and still count: two clocks that are a little apart.
 constexpr Seconds futureTolerance{60};
-constexpr double secondsOfDay = 86'400;
 
 /// Posted once, then not again before the condition has cleared. A rapid fall is told each time.
 bool isOneShot(GlucoseAlertKind kind) { return kind != rapidFall; }
@@ -28,8 +27,7 @@ bool isFresh(const GlucoseReading& reading, Date now)
 bool isQuietNow(const GlucoseAlertSettings& settings, const GlucoseAlertEvaluator::Pass& pass)
 {
     return settings.quietHoursEnabled &&
-           GlucoseAlertEvaluator::isQuiet(pass.now, pass.zone, settings.quietHoursStartMinutes,
-                                          settings.quietHoursEndMinutes);
+           isQuiet(pass.now, pass.zone, settings.quietHoursStartMinutes, settings.quietHoursEndMinutes);
 }
 
 /// Whether a snooze silences the category that the kind belongs to.
@@ -127,19 +125,6 @@ GlucoseAlertKinds GlucoseAlertEvaluator::kindsFor(const GlucoseReading& reading,
     if (settings.alertOnRapidRise && (trend == "doubleup" || trend == "singleup"))
         kinds.insert(rapidRise);
     return kinds;
-}
-
-bool GlucoseAlertEvaluator::isQuiet(Date now, TimeZone zone, std::int64_t startMinutes,
-                                    std::int64_t endMinutes)
-{
-    if (startMinutes == endMinutes)
-        return true;
-    const double local = unixSeconds(now) + static_cast<double>(zone.offset(now).count());
-    const double second = local - std::floor(local / secondsOfDay) * secondsOfDay;
-    const auto minute = static_cast<std::int64_t>(second / 60);
-    if (startMinutes < endMinutes)
-        return startMinutes <= minute && minute < endMinutes;
-    return minute >= startMinutes || minute < endMinutes;
 }
 
 std::optional<GlucoseAlertKind> GlucoseAlertEvaluator::choose(const GlucoseAlertKinds& kinds,

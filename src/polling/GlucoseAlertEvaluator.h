@@ -80,10 +80,6 @@ struct GlucoseAlertEvaluator {
     /// The kinds whose condition holds for a reading. Both thresholds are inclusive; crossed ones hold both.
     [[nodiscard]] static GlucoseAlertKinds kindsFor(const GlucoseReading& reading,
                                                     const GlucoseAlertSettings& settings);
-    /// From the start minute, to before the end minute, over midnight when the start is later. Equal ones
-    /// mean all day.
-    [[nodiscard]] static bool isQuiet(Date now, TimeZone zone, std::int64_t startMinutes,
-                                      std::int64_t endMinutes);
     /// Out of kinds that neither quiet hours nor snooze hold back.
     [[nodiscard]] std::optional<GlucoseAlertKind> choose(const GlucoseAlertKinds& kinds,
                                                          const GlucoseAlertSettings& settings,

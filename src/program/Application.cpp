@@ -172,6 +172,7 @@ private:
             break;
         case MenuCommand::none:
         case MenuCommand::installUpdate:
+        case MenuCommand::showTerms:
         case MenuCommand::showSettings: break;
         case MenuCommand::showInsights: insights_.show(); break;
         case MenuCommand::showGraph: item_.showMenu(QCursor::pos()); break;

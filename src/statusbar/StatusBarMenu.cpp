@@ -9,6 +9,7 @@
 
 #include "statusbar/GlucoseSparkline.h"
 #include "statusbar/SeenReading.h"
+#include "statusbar/SilentLows.h"
 
 namespace tidewell {
 
@@ -44,8 +45,10 @@ public:
           now_{now},
           zone_{zone},
           seen_{seenReading(state, now)},
-          canReconnect_{state.currentError && state.currentError->canReconnect},
-          waitsForPerson_{canReconnect_ || (state.currentError && state.currentError->needsSignIn)}
+          needsTerms_{state.currentError && state.currentError->needsTerms},
+          canReconnect_{!needsTerms_ && state.currentError && state.currentError->canReconnect},
+          needsSignIn_{!needsTerms_ && state.currentError && state.currentError->needsSignIn},
+          waitsForPerson_{needsTerms_ || canReconnect_ || needsSignIn_}
     {
     }
 
@@ -131,9 +134,16 @@ private:
         }
         if (state_.historyProblem)
             addAlert("Saved history needs attention", {*state_.historyProblem});
+        for (SilentLowWarning& warning :
+             silentLowWarnings(settings_, state_.alertsSnoozedUntil, now_, zone_)) {
+            if (warning.cause != SilentLowCause::snooze)
+                addAlert(std::move(warning.text), {});
+        }
+        if (needsTerms_)
+            items_.push_back({.title = "Show terms…", .command = MenuCommand::showTerms});
         if (canReconnect_)
             items_.push_back({.title = "Reconnect", .command = MenuCommand::reconnect});
-        if (waitsForPerson_)
+        if (canReconnect_ || needsSignIn_)
             items_.push_back({.title = "Sign in…", .command = MenuCommand::signIn});
         if (items_.size() > before)
             items_.push_back(separator());
@@ -167,7 +177,9 @@ private:
     Date now_;
     TimeZone zone_;
     std::optional<SeenReading> seen_;
-    bool canReconnect_;    ///< The same account may be tried again.
+    bool needsTerms_;    ///< The terms of use have to be accepted first.
+    bool canReconnect_;  ///< The same account may be tried again.
+    bool needsSignIn_;
     bool waitsForPerson_;  ///< Nothing is polled until the person has done something.
     std::vector<MenuItem> items_{};
 };

@@ -29,6 +29,7 @@ struct ErrorInfo {
     std::string remediation;    ///< May be empty.
     bool needsSignIn = false;   ///< Signing in is what helps; nothing is polled until then.
     bool canReconnect = false;  ///< The same account may be tried again.
+    bool needsTerms = false;    ///< Accepting the terms of use is what helps; nothing is polled until then.
     bool operator==(const ErrorInfo&) const = default;
 };
 

@@ -97,6 +97,41 @@ TEST(StatusBarMenu, hasItsSectionsInOneOrder)
                   snooze + places);
 }
 
+TEST(StatusBarMenu, whatLeavesLowsSilentStandsBelowTheProblemsAndAboveWhatHelps)
+{
+    StatusBarState state = showing(120, Seconds{0});
+    const auto rest = [&state](const AppSettings& settings) {
+        const std::vector<MenuItem> all = menu(state, start, settings);
+        return text({all.begin() + 2, all.end()});
+    };
+    const std::string off = "[Alerts are off: a low is not announced.]|";
+    const std::string quiet = "[Quiet hours from 22:00 to 07:00: a low is not announced then.]|";
+    EXPECT_EQ(rest({.alertsEnabled = false}), off + "--|" + snooze + places);
+    state.currentError = {.title = "T", .needsSignIn = true};
+    state.historyProblem = "H";
+    EXPECT_EQ(rest({.quietHoursEnabled = true}),
+              "[T]|[Saved history needs attention / H]|" + quiet + "Sign in…|--|" + snooze + places);
+    state = showing(120, Seconds{0});
+    state.alertsSnoozedUntil = start + Seconds{60};
+    EXPECT_EQ(
+        rest({.quietHoursEnabled = true}),
+        quiet + "--|[Low, high and rapid-change alerts snoozed until 08:01]|Resume alerts now|--|" + places)
+        << "the snooze has one line";
+    const std::vector<MenuItem> lines = menuOfLines(menu(state, start, {.alertOnLowThreshold = false}));
+    EXPECT_EQ(text({lines.begin() + 4, lines.begin() + 6}),
+              "[⚠ Low alerts are off: a low is not announced.]|--");
+}
+
+TEST(StatusBarMenu, beforeTheTermsAreAcceptedNothingElseHelps)
+{
+    StatusBarState state;
+    state.currentError = {.title = "T", .needsTerms = true};
+    EXPECT_EQ(text(menu(state, start, {}, {})).substr(text({menu(state)[0]}).size()),
+              "|[No update yet]|[T]|Show terms…|--|" + snooze + "Quit");
+    state.currentError->needsSignIn = state.currentError->canReconnect = true;
+    EXPECT_EQ(rest(state), "[T]|Show terms…|--|" + snooze + places);
+}
+
 TEST(StatusBarMenu, leadsOnlyToPlacesThatThereAre)
 {
     StatusBarState state = showing(120, Seconds{0});
@@ -171,6 +206,9 @@ TEST(StatusBarMenu, everyCommandDoesWhatItsTitleSays)
         }
     };
     collect(collect, menuOfLines(menu(state)));
+    state.currentError->needsTerms = true;
+    const std::vector<MenuItem> withTerms = menu(state);
+    EXPECT_EQ(std::ranges::count(withTerms, showTerms, &MenuItem::command), 1);
     EXPECT_EQ(found, (std::vector{showGraph, graphWindow1, graphWindow3, graphWindow6, graphWindow12,
                                   graphWindow24, refresh, reconnect, signIn, installUpdate, snooze30Minutes,
                                   snooze2Hours, showInsights, showSettings, quit}));
