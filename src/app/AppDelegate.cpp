@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/TermsAgreement.h"
 #include "support/Log.h"
 
 namespace tidewell {
@@ -17,12 +18,19 @@ constexpr std::array<std::chrono::milliseconds, 4> passwordRetryWaits{10s, 30s, 
 constexpr std::chrono::milliseconds alertPathInterval = 15min;
 constexpr std::chrono::milliseconds alertProblemInterval = 10min;
 
-/// What keeps alerts from being noticed, apart from what the menu shows anyway: the account, its data and a
-/// snooze count as good here.
-std::optional<std::string> alertProblem(const AlertPath& path, const AppSettings& settings, Date now)
+ErrorInfo termsProblem()
 {
-    const auto findings = alertFindings(
-        {.now = now, .zone = TimeZone::current(), .settings = settings, .path = path, .newestReading = now});
+    return {.title = "Terms of use",
+            .message = "Tidewell shows no readings before you have accepted its terms of use.",
+            .remediation = "Read and accept them: choose \"Show terms…\" in the menu.",
+            .needsTerms = true};
+}
+
+/// What keeps the desktop from showing alerts or from making them heard. What the menu shows anyway counts as
+/// good here: the account, its data, and what the person has set.
+std::optional<std::string> alertProblem(const AlertPath& path, Date now)
+{
+    const auto findings = alertFindings({.now = now, .path = path, .newestReading = now});
     if (findings.empty() || findings.front().severity != AlertFinding::Severity::problem)
         return std::nullopt;
     const auto& [severity, subject, text, remedy] = findings.front();
@@ -110,8 +118,20 @@ asio::awaitable<void> AppDelegate::launch()
         co_return;
     if (services_.feedbackPromptController)
         services_.feedbackPromptController->noteLaunch();
-    if (services_.termsAgreementCoordinator)
+    checkTerms();
+}
+
+void AppDelegate::checkTerms()
+{
+    if (services_.termsAgreementCoordinator && services_.configurationManager.account() &&
+        !std::exchange(termsChecked_, true))
         services_.termsAgreementCoordinator->checkAgreement();
+}
+
+void AppDelegate::termsDidChange()
+{
+    if (!terminating_ && waitsForTerms_ && hasAcceptedTerms(services_.defaults))
+        followAccount();
 }
 
 void AppDelegate::observeWorkspace()
@@ -139,8 +159,10 @@ void AppDelegate::observeWorkspace()
 void AppDelegate::configurationDidUpdate()
 {
     // During the first-run steps nothing polls, whatever has been stored so far.
-    if (!terminating_ && services_.defaults.boolean(onboardingCompletedKey))
-        followAccount();
+    if (terminating_ || !services_.defaults.boolean(onboardingCompletedKey))
+        return;
+    followAccount();
+    checkTerms();
 }
 
 void AppDelegate::storedStateDidReload()
@@ -154,6 +176,7 @@ void AppDelegate::storedStateDidReload()
         configurationDidUpdate();
         return;
     }
+    termsDidChange();
     const auto confirmed = services_.defaults.date(accountConfirmedAtKey);
     if (std::exchange(accountConfirmedAt_, confirmed) != confirmed)
         services_.pollingCoordinator.reconnect();
@@ -161,7 +184,7 @@ void AppDelegate::storedStateDidReload()
 
 void AppDelegate::setPollingRole(PollingRole role, PollingResumption resumption)
 {
-    if (terminating_ || std::exchange(services_.pollingRole, role) == role || !following_)
+    if (terminating_ || std::exchange(services_.pollingRole, role) == role || !following_ || waitsForTerms_)
         return;
     const auto& account = services_.configurationManager.account();
     if (!account)
@@ -182,6 +205,7 @@ void AppDelegate::followAccount()
     if (passwordTask_.running())
         passwordTask_.cancel();
     const auto& account = services_.configurationManager.account();
+    waitsForTerms_ = account && services_.termsAgreementCoordinator && !hasAcceptedTerms(services_.defaults);
     if (services_.history)
         services_.history->follow(account ? HistoryScopeID::of(*account) : std::nullopt);
     auto& coordinator = services_.pollingCoordinator;
@@ -197,6 +221,11 @@ void AppDelegate::followAccount()
     }
     if (account->password.empty())
         passwordTask_ = startTask(services_.main, retryPassword());
+    if (waitsForTerms_) {
+        // Somebody may rely on alerts that came before the program had terms, and be told that none come now.
+        coordinator.resetForUnreachableAccount(account->provider, termsProblem());
+        return;
+    }
     if (services_.pollingRole == PollingRole::follows) {
         services_.statusBarViewModel.clear();
         coordinator.resetForFollowing();
@@ -232,8 +261,11 @@ asio::awaitable<void> AppDelegate::watchAlertPath()
         std::optional<std::string> problem;
         // Before the first load the preferences are not known yet.
         if (services_.configurationManager.loaded()) {
-            const AlertPath path = co_await services_.lookAtAlertPath();
-            problem = alertProblem(path, services_.configurationManager.settings(), services_.clock.now());
+            // Without alerts nobody misses what would show them.
+            if (services_.configurationManager.settings().alertsEnabled) {
+                const AlertPath path = co_await services_.lookAtAlertPath();
+                problem = alertProblem(path, services_.clock.now());
+            }
             services_.statusBarViewModel.setAlertProblem(problem);
         }
         co_await services_.clock.sleepFor(problem ? alertProblemInterval : alertPathInterval);
@@ -250,7 +282,7 @@ asio::awaitable<void> AppDelegate::retryPassword()
             co_return;
         // A password that has come is announced as a change, which follows the account and ends this task.
         (void)co_await services_.configurationManager.load();
-        if (services_.pollingRole == PollingRole::polls)
+        if (services_.pollingRole == PollingRole::polls && !waitsForTerms_)
             services_.statusBarViewModel.setCurrentError(passwordProblem());
     }
 }

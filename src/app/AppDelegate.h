@@ -22,7 +22,7 @@ public:
     virtual void showOnboarding() = 0;
 };
 
-/// The terms-of-use sheet.
+/// The terms-of-use sheet. Who accepts there is told of by AppDelegate::termsDidChange().
 class TermsAgreementCoordinating {
 public:
     virtual ~TermsAgreementCoordinating() = default;
@@ -53,7 +53,8 @@ enum class PollingRole { polls, follows };
 /// Wires the services together: the launch sequence, sleep and wake, changes of the configuration, the end.
 ///
 /// Main thread only. Owns no service; every reference outlives it. A service that a build does not have is
-/// null.
+/// null. Where there is somebody to ask for the terms of use, nothing is polled before some version of them
+/// was accepted; a newer version is asked for while polling goes on.
 class AppDelegate {
 public:
     using MakeAPIClient =
@@ -95,6 +96,10 @@ public:
     void storedStateDidReload();
     /// Begins or ends polling; what is shown stays. `resumption` is where a run that begins goes on from.
     void setPollingRole(PollingRole role, PollingResumption resumption = {});
+    /// The person accepted the terms of use: polling begins, when it had to wait for that.
+    void termsDidChange();
+    /// Whether nothing is polled, and nothing of others shown, until the person accepts the terms of use.
+    [[nodiscard]] bool waitsForTerms() const { return waitsForTerms_; }
     /// A notification server came or went, or the last alert was or was not noticed: looks anew at whether
     /// alerts would be.
     void alertPathDidChange();
@@ -111,7 +116,10 @@ private:
     asio::awaitable<void> watchAlertPath();
     void observeWorkspace();
     void configurationDidUpdate();
-    /// Lets the coordinator follow the stored account, or shows that there is none.
+    /// Once there is an account: the terms are asked for once a run, when they were not accepted.
+    void checkTerms();
+    /// Lets the coordinator follow the stored account, or shows that there is none, or that the terms of use
+    /// have to be accepted first.
     void followAccount();
     [[nodiscard]] ErrorInfo passwordProblem() const;
 
@@ -122,7 +130,9 @@ private:
     std::unique_ptr<AppWorkspaceObservers> workspaceObservers_;
     std::vector<std::shared_ptr<void>> observers_;
     std::optional<Date> accountConfirmedAt_;  ///< As far as it has been acted upon.
-    bool following_ = false;  ///< The first-run steps are over, and the account is followed or missed.
+    bool following_ = false;      ///< The first-run steps are over, and the account is followed or missed.
+    bool waitsForTerms_ = false;  ///< It is not followed: no terms of use were ever accepted.
+    bool termsChecked_ = false;
     bool terminating_ = false;
 };
 

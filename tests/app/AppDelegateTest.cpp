@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "app/TermsAgreement.h"
 #include "config/MemoryKeychainItemStore.h"
 #include "polling/FakeNotificationCenter.h"
 #include "support/AtomicFile.h"
@@ -85,6 +86,7 @@ protected:
         folder = ::mkdtemp(pattern.data());
         makeManager();
         path.report(true);
+        acceptTerms(defaults, start);
     }
     ~AppDelegateTest() override
     {
@@ -132,7 +134,7 @@ protected:
             .ensureStatusItem = [this] { recorder.calls.emplace_back("item"); },
             .workspace = &workspace,
             .onboardingCoordinator = &recorder,
-            .termsAgreementCoordinator = &recorder,
+            .termsAgreementCoordinator = asksForTerms ? &recorder : nullptr,
             .feedbackPromptController = &recorder,
             .updateController = &recorder,
             .lookAtAlertPath = [this]() -> asio::awaitable<AlertPath> {
@@ -176,6 +178,7 @@ protected:
     AlertPath alertPath{.serverAnswers = true, .soundOutput = true};
     int looks = 0;
     PollingRole role = PollingRole::polls;
+    bool asksForTerms = true;
     std::vector<std::string> clientsMadeFor;
     std::unique_ptr<AppDelegate> delegate;
 };
@@ -341,6 +344,108 @@ TEST_F(AppDelegateTest, followingShowsWhatOthersTellAndPollingGoesOnFromThere)
     EXPECT_EQ(api->fetches, 2);
 }
 
+TEST_F(AppDelegateTest, nothingIsPolledBeforeTermsWereAcceptedAndAtOnceAfterwards)
+{
+    const auto title = [this] {
+        const auto& error = viewModel.state().currentError;
+        return error && error->needsTerms ? error->title : "";
+    };
+    storeAccount();
+    defaults.remove(acceptedTermsVersionKey);
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    EXPECT_EQ(recorder.calls, (Calls{"item", "launch", "terms"}));
+    EXPECT_EQ(title(), "Terms of use");
+    EXPECT_TRUE(delegate->waitsForTerms());
+
+    const std::vector<std::function<void()>> attempts{
+        [&] { workspace.send(WorkspaceEvent::didWake); },
+        [&] { coordinator.reconnect(); },
+        [&] { asio::co_spawn(io, coordinator.refreshNow(), asio::detached); },
+        [&] { asio::co_spawn(io, manager->saveAccount(account("grace")), asio::detached); },
+        [&] { delegate->setPollingRole(PollingRole::follows); },
+        [&] { delegate->setPollingRole(PollingRole::polls); },
+        [&] {
+            defaults.set(accountConfirmedAtKey, clock.now());
+            delegate->storedStateDidReload();
+        },
+        [&] { delegate->termsDidChange(); },
+    };
+    for (std::size_t i = 0; i < attempts.size(); ++i) {
+        attempts[i]();
+        clock.advance(1h);
+        EXPECT_EQ(title(), "Terms of use") << i;
+        EXPECT_EQ(api->fetches, 0) << i;
+    }
+    EXPECT_TRUE(clientsMadeFor.empty());
+    EXPECT_EQ(std::ranges::count(recorder.calls, "terms"), 1) << "the sheet does not come again and again";
+    ASSERT_FALSE(center.posted.empty()) << "whoever relies on alerts must hear that none come";
+    EXPECT_TRUE(center.posted.front().body.starts_with("Terms of use. ")) << center.posted.front().body;
+
+    acceptTerms(defaults, clock.now());
+    delegate->termsDidChange();
+    settle();
+    EXPECT_EQ(title(), "");
+    EXPECT_EQ(viewModel.state().activity, StatusBarActivity::loading);
+    clock.advance(6s);
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+    EXPECT_EQ(clientsMadeFor, Calls{"grace"});
+    delegate->termsDidChange();
+    delegate->storedStateDidReload();
+    clock.advance(6s);
+    EXPECT_EQ(clientsMadeFor.size(), 1U) << "what is polled already is left alone";
+}
+
+TEST_F(AppDelegateTest, termsThatAnotherProcessAcceptedCountHereAndWhoAsksNobodyNeedsNone)
+{
+    storeAccount();
+    defaults.remove(acceptedTermsVersionKey);
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    acceptTerms(defaults, clock.now());
+    delegate->storedStateDidReload();
+    clock.advance(6s);
+    EXPECT_EQ(api->fetches, 1);
+    delegate->applicationWillTerminate();
+
+    defaults.remove(acceptedTermsVersionKey);
+    asksForTerms = false;
+    launch();
+    clock.advance(6s);
+    EXPECT_EQ(api->fetches, 2);
+}
+
+TEST_F(AppDelegateTest, newerTermsAreShownWhilePollingGoesOnAlsoWhenTheAccountComesLater)
+{
+    defaults.set(acceptedTermsVersionKey, "0");
+    ASSERT_FALSE(hasAcceptedCurrentTerms(defaults));
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    EXPECT_EQ(recorder.calls, Calls{"item"}) << "nobody is asked before there is an account";
+    asio::co_spawn(io, manager->saveAccount(account()), asio::detached);
+    clock.advance(6s);
+    EXPECT_EQ(recorder.calls, (Calls{"item", "terms"}));
+    EXPECT_FALSE(delegate->waitsForTerms());
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+}
+
+TEST_F(AppDelegateTest, followingShowsNothingBeforeTermsWereAccepted)
+{
+    storeAccount();
+    defaults.remove(acceptedTermsVersionKey);
+    defaults.set(onboardingCompletedKey, true);
+    role = PollingRole::follows;
+    launch();
+    EXPECT_TRUE(delegate->waitsForTerms());
+    acceptTerms(defaults, clock.now());
+    delegate->termsDidChange();
+    settle();
+    EXPECT_EQ(viewModel.state().activity, StatusBarActivity::loading);
+    EXPECT_FALSE(viewModel.state().currentError);
+    clock.advance(1h);
+    EXPECT_EQ(api->fetches, 0) << "another process polls";
+}
+
 TEST_F(AppDelegateTest, aDamagedDocumentSaysSoAndIsLeftAlone)
 {
     ASSERT_FALSE(writeFileAtomically(folder / "configuration.json", "{\"app\":"));
@@ -424,14 +529,21 @@ TEST_F(AppDelegateTest,
     settle();
     EXPECT_EQ(problem(), "");
 
-    AppSettings off;
-    off.alertsEnabled = false;
-    asio::co_spawn(io, manager->saveSettings(off), asio::detached);
-    settle();
-    EXPECT_TRUE(problem().starts_with("Alerts are off.\n")) << problem();
-    asio::co_spawn(io, manager->saveSettings({}), asio::detached);
-    settle();
-    EXPECT_EQ(problem(), "");
+    const auto save = [this](AppSettings settings) {
+        asio::co_spawn(io, manager->saveSettings(std::move(settings)), asio::detached);
+        settle();
+    };
+    alertPath.serverAnswers = false;
+    save({.alertsEnabled = false});
+    EXPECT_EQ(problem(), "") << "nothing would be shown anyway";
+    save({});
+    EXPECT_NE(problem(), "");
+    alertPath.serverAnswers = true;
+    save({.alertOnLowThreshold = false,
+          .quietHoursEnabled = true,
+          .quietHoursStartMinutes = 0,
+          .quietHoursEndMinutes = 0});
+    EXPECT_EQ(problem(), "") << "what the person has set is told elsewhere";
 
     const int looksBefore = looks;
     alertPath.muted = true;
