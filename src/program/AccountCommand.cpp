@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdio>
 
-#include "program/AccountCheck.h"
+#include "app/AccountCheck.h"
 #include "program/CommandSession.h"
 #include "program/Commands.h"
 #include "program/PasswordInput.h"

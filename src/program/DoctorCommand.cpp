@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
+#include "app/AccountCheck.h"
 #include "platform/linux/AlertProbe.h"
 #include "platform/linux/DesktopHelper.h"
-#include "platform/linux/OnExecutor.h"
 #include "polling/StatusBarPollingCoordinator.h"
-#include "program/AccountCheck.h"
 #include "program/AlertFindingText.h"
 #include "program/CommandSession.h"
 #include "program/Commands.h"
@@ -14,6 +13,7 @@
 #include "program/EventLoopRun.h"
 #include "program/HistoryStorage.h"
 #include "program/Process.h"
+#include "support/OnExecutor.h"
 
 namespace tidewell {
 
@@ -60,8 +60,7 @@ asio::awaitable<AccountCheck> askService(CommandSession& session)
 {
     auto client = makeServiceClient(session.clientParts(), *session.configuration().account());
     const auto engine = session.engine().executor();
-    auto check = co_await within(session.clock(), serviceDeadline,
-                                 runOnExecutor(engine, checkAccount(engine, std::move(client))));
+    auto check = co_await within(session.clock(), serviceDeadline, checkAccount(engine, std::move(client)));
     if (check)
         co_return std::move(*check);
     co_return AccountCheck{.result = AccountCheck::Result::unreachable,

@@ -2,7 +2,7 @@
 
 #include <QCoreApplication>
 
-#include "program/AccountCheck.h"
+#include "app/AccountCheck.h"
 #include "support/Log.h"
 
 namespace tidewell {

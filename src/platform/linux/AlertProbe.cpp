@@ -11,7 +11,7 @@
 #include "platform/linux/BusConnection.h"
 #include "platform/linux/DesktopHelper.h"
 #include "platform/linux/NotificationSignals.h"
-#include "platform/linux/OnExecutor.h"
+#include "support/OnExecutor.h"
 
 namespace tidewell {
 namespace {

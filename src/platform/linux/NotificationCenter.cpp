@@ -10,8 +10,8 @@
 #include "platform/linux/BusCaller.h"
 #include "platform/linux/BusConnection.h"
 #include "platform/linux/NotificationSignals.h"
-#include "platform/linux/OnExecutor.h"
 #include "support/Log.h"
+#include "support/OnExecutor.h"
 
 namespace tidewell {
 namespace {

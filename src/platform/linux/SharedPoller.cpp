@@ -6,11 +6,11 @@
 
 #include "platform/linux/BusCaller.h"
 #include "platform/linux/BusConnection.h"
-#include "platform/linux/OnExecutor.h"
 #include "platform/linux/SharedPollerObject.h"
 #include "platform/linux/SharedPollerSignals.h"
 #include "polling/ReadingMerge.h"
 #include "support/Log.h"
+#include "support/OnExecutor.h"
 
 namespace tidewell {
 namespace {

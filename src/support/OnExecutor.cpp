@@ -1,4 +1,4 @@
-#include "platform/linux/OnExecutor.h"
+#include "support/OnExecutor.h"
 
 #include <boost/asio/experimental/awaitable_operators.hpp>
 #include <boost/asio/multiple_exceptions.hpp>

@@ -1,6 +1,8 @@
-#include "program/AccountCheck.h"
+#include "app/AccountCheck.h"
 
 #include <algorithm>
+
+#include "support/OnExecutor.h"
 
 namespace tidewell {
 
@@ -8,7 +10,7 @@ asio::awaitable<AccountCheck> checkAccount(asio::any_io_executor engine,
                                            std::shared_ptr<GlucoseAPIProtocol> client)
 {
     auto fetch = client->fetchLatestReadings();
-    const auto readings = co_await asio::co_spawn(engine, std::move(fetch), asio::use_awaitable);
+    const auto readings = co_await runOnExecutor(engine, std::move(fetch));
     if (readings) {
         const auto newest = std::ranges::max_element(*readings, {}, &GlucoseReading::date);
         co_return AccountCheck{.newest = *newest};
@@ -36,7 +38,7 @@ asio::awaitable<std::expected<LibreConnections, GlucoseAPIError>> askConnections
     asio::any_io_executor engine, std::shared_ptr<LibreLinkUpAPI> client)
 {
     auto list = client->listConnections();
-    co_return co_await asio::co_spawn(engine, std::move(list), asio::use_awaitable);
+    co_return co_await runOnExecutor(engine, std::move(list));
 }
 
 std::string noConnectionsText()
