@@ -43,11 +43,8 @@ InsightsAGP insightsAGP(std::span<const InsightsWeightedReading> weighted,
             lastDates[bin] = shown.date;
             ++agp.bins[bin].dayCount;
         }
-        // One that comes from before the period counts for the first date of the period.
-        const Date start = weighted[i].observed.start;
-        const auto date = start == weighted[i].reading.date ? shown.date : clock.at(start).date;
-        if (dates.empty() || dates.back() != date)
-            dates.push_back(date);
+        if (dates.empty() || dates.back() != shown.date)
+            dates.push_back(shown.date);
     }
     std::ranges::sort(dates);
     dates.erase(std::ranges::unique(dates).begin(), dates.end());

@@ -92,7 +92,7 @@ struct InsightsAGP {
     static constexpr std::size_t binCount = 96;
     static constexpr int minimumDays = 3;  ///< Of a bin that is not left blank.
     std::array<InsightsAGPBin, binCount> bins{};
-    int contributingDayCount = 0;  ///< Local dates with readings.
+    int contributingDayCount = 0;  ///< Local dates of all bins together.
     std::string timeZoneIdentifier{};
 };
 

@@ -395,11 +395,12 @@ TEST(InsightsCalculation, leavesBinsOfFewerThanThreeDatesBlank)
     EXPECT_FALSE(agp.bins[1].percentiles);
     // The first two stand for a minute, the last one for five.
     EXPECT_TRUE(agp.bins[0].percentiles);
-    // One from the evening before belongs to its bin, and to no date that the period does not have.
-    at(-1, 86'399, 100);
-    const auto evening = calculateInsights(input).summary.agp;
-    EXPECT_EQ(evening.contributingDayCount, 3);
-    EXPECT_EQ(evening.bins[95].dayCount, 1);
+    // One from the evening before reaches into the period: its bin has one date more, and so has the profile.
+    auto evening = input;
+    evening.readings.push_back(sample(unixSeconds(day) - 1, 100));
+    const auto four = calculateInsights(evening).summary.agp;
+    EXPECT_EQ(four.bins[95].dayCount, 1);
+    EXPECT_EQ(four.contributingDayCount, 4);
     input.interval.end -= Seconds{86'400};
     const auto two = calculateInsights(input).summary.agp;
     EXPECT_EQ(two.contributingDayCount, 2);
