@@ -82,6 +82,7 @@ void InsightsController::makeWindow()
                                           },
                                       .refresh = [this] { reload(); },
                                       .completionSeen = [this] { completionSeen(); },
+                                      .openSettings = openSettings_,
                                       .closed = [this] { windowClosed(); }};
     if (saveReport_)
         handlers.saveReport = [this] {
@@ -181,7 +182,8 @@ asio::awaitable<std::optional<InsightsViewState>> InsightsController::collection
                                  .readiness = insightsReadiness(state),
                                  .progress = state.progress,
                                  .advice = std::string{advice},
-                                 .isSaving = facts.isSaving};
+                                 .isSaving = facts.isSaving,
+                                 .offersSaving = request.followed.scope && !facts.isSaving};
     };
     if (!request.followed.scope) {
         if (!core_.configuration().account())
@@ -197,7 +199,7 @@ asio::awaitable<std::optional<InsightsViewState>> InsightsController::collection
     if (!facts.hasSavedBefore && status.problem)
         co_return unavailable(*status.problem);  // Nobody can tell whether it was.
     if (!facts.hasSavedBefore)
-        co_return collecting({}, insightsSavingAdvice);
+        co_return collecting({}, {});
     auto latest = co_await core_.history().snapshot(request.now - initialCollection - longestSample,
                                                     request.now + longestSample);
     if (!request.isCurrent())
@@ -217,7 +219,7 @@ asio::awaitable<std::optional<InsightsViewState>> InsightsController::collection
     if (!request.isCurrent())
         co_return std::nullopt;
     if (!progress.isComplete())
-        co_return collecting(progress, facts.isSaving ? std::string_view{} : insightsSavingAdvice);
+        co_return collecting(progress, {});
     // Shown until the report is there.
     present(request, collecting(progress, {}));
     if (const auto noted = co_await core_.history().setInsightsUnlocked(*request.followed.scope); !noted)

@@ -34,6 +34,9 @@ public:
     /// What "Save report…" does; without one there is no such button. Before the first show().
     void onSaveReport(std::function<void(InsightsShown)> handler) { saveReport_ = std::move(handler); }
 
+    /// What "Insights settings" does; without one the window names the command. Before the first show().
+    void onOpenSettings(std::function<void()> handler) { openSettings_ = std::move(handler); }
+
     /// Called when the report that is shown is not the followed person's any more, or its history was
     /// deleted.
     void onReportGone(std::function<void()> handler) { reportGone_ = std::move(handler); }
@@ -77,6 +80,7 @@ private:
 
     Core& core_;
     std::function<void(InsightsShown)> saveReport_{};
+    std::function<void()> openSettings_{};
     std::function<void()> reportGone_{};
     QPointer<InsightsWindow> window_{};  ///< Made when it is shown, and gone when it was closed.
     InsightsViewState state_{};

@@ -552,6 +552,9 @@ InsightsPanel::InsightsPanel(Handlers handlers, QWidget* parent)
     });
     my.quality = addNotice("insightsQualityNotice", Notice::Weight::doubt);
     my.savingOff = addNotice("insightsSavingOffNotice");
+    if (my.handlers.openSettings)
+        connect(my.savingOff->addButton(tr("&Insights settings")), &QPushButton::clicked, this,
+                [this] { impl_->handlers.openSettings(); });
     my.incomplete = addNotice("insightsIncompleteNotice", Notice::Weight::doubt);
     my.periodText = wrappedLabel(this);
     layout->addWidget(my.periodText);
@@ -663,6 +666,20 @@ void InsightsPanel::present(const InsightsViewState& state)
     my.table->setFixedHeight(my.table->horizontalHeader()->sizeHint().height() +
                              rows * my.table->verticalHeader()->defaultSectionSize() +
                              2 * my.table->frameWidth());
+}
+
+QString InsightsPanel::spokenReport() const
+{
+    const InsightsReportContent& report = *impl_->report;
+    const auto& figures = report.result.summary;
+    QStringList parts{impl_->periodText->text()};
+    const auto& inRange = figures.bands.at(static_cast<std::size_t>(InsightsBand::inRange));
+    parts << tr("Time in range: %1").arg(percent(inRange.fraction));
+    if (figures.meanMgdl)
+        parts << tr("Mean glucose: %1").arg(spokenGlucose(*figures.meanMgdl, report.unit));
+    if (report.quality)
+        parts << text(report.quality->message);
+    return parts.join(QStringLiteral(". "));
 }
 
 void InsightsPanel::resizeEvent(QResizeEvent* event)

@@ -17,12 +17,15 @@ public:
         std::function<void(std::size_t)> openDay;          ///< A day of the report's days.
         std::function<void()> completionSeen;              ///< The person has seen that the report opened.
         std::function<void(QWidget&, QRect)> walkReached;  ///< A walk went there, in a widget of the panel.
+        std::function<void()> openSettings{};              ///< Empty: there is no button for it.
     };
     explicit InsightsPanel(Handlers handlers, QWidget* parent = nullptr);
     ~InsightsPanel() override;
 
     /// A state with a report in it.
     void present(const InsightsViewState& state);
+    /// The report in a few words: its period, what comes first, and what is to be doubted.
+    [[nodiscard]] QString spokenReport() const;
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

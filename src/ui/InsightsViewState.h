@@ -37,6 +37,7 @@ struct InsightsViewState {
     std::string advice{};  ///< What helps now; of collecting and unavailable.
     std::shared_ptr<const InsightsReportContent> report{};
     bool isSaving = true;          ///< Whether the report's history still grows.
+    bool offersSaving = false;     ///< Of collecting: that readings are saved again is what helps now.
     bool showsCompletion = false;  ///< The report has just opened, and the person has not said "seen" yet.
     bool isDemonstration = false;  ///< The readings are nobody's own.
 };

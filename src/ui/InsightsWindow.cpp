@@ -1,12 +1,14 @@
 #include "ui/InsightsWindow.h"
 
 #include <QAbstractButton>
+#include <QCalendarWidget>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QGroupBox>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -21,6 +23,7 @@
 #include <utility>
 
 #include "insights/InsightsTexts.h"
+#include "ui/Announcer.h"
 #include "ui/InsightsDayDialog.h"
 #include "ui/InsightsPanel.h"
 
@@ -88,6 +91,65 @@ QFont titleFont(const QFont& base)
     return font;
 }
 
+/// Its days that cannot be picked look like it.
+class PeriodCalendar final : public QCalendarWidget {
+public:
+    using QCalendarWidget::QCalendarWidget;
+
+protected:
+    void paintCell(QPainter* painter, const QRect& rect, QDate date) const override
+    {
+        if (date >= minimumDate() && date <= maximumDate())
+            return QCalendarWidget::paintCell(painter, rect, date);
+        QColor faint = palette().color(QPalette::Disabled, QPalette::Text);
+        faint.setAlphaF(faint.alphaF() * 0.6F);
+        painter->save();
+        painter->setPen(faint);
+        painter->drawText(rect, Qt::AlignCenter, QString::number(date.day()));
+        painter->restore();
+    }
+};
+
+/// What a state says to who cannot see it, and when it says something else: figures that grow by themselves
+/// are no news.
+struct News {
+    InsightsViewState::Phase phase{};
+    InsightsPeriod period{};
+    InsightsCollectionStatus kind{};
+    int collectedDays = 0;
+    bool hasReadings = false;
+    std::string advice{};
+    bool operator==(const News&) const = default;
+};
+
+News newsOf(const InsightsViewState& state)
+{
+    News news{.phase = state.phase, .advice = state.advice};
+    if (state.phase == InsightsViewState::Phase::collecting) {
+        news.kind = state.readiness.kind;
+        if (state.progress)
+            news.collectedDays = static_cast<int>(state.progress->collected / Seconds{86'400});
+    } else {
+        news.period = state.period;
+        news.hasReadings = state.report && state.report->result.summary.readingCount > 0;
+    }
+    return news;
+}
+
+/// Whole sentences one after the other.
+QString sentences(const QStringList& parts)
+{
+    QString all;
+    for (const QString& part : parts) {
+        if (part.isEmpty())
+            continue;
+        if (!all.isEmpty())
+            all += all.endsWith(u'.') ? QStringLiteral(" ") : QStringLiteral(". ");
+        all += part;
+    }
+    return all;
+}
+
 }  // namespace
 
 struct InsightsWindow::Impl {
@@ -99,6 +161,7 @@ struct InsightsWindow::Impl {
     QDateEdit* from = nullptr;
     QDateEdit* to = nullptr;
     QLabel* dash = nullptr;
+    QLabel* moved = nullptr;  ///< That the other end of the period gave way.
     QWidget* header = nullptr;
     QLabel* busy = nullptr;
     QPushButton* save = nullptr;
@@ -113,6 +176,9 @@ struct InsightsWindow::Impl {
     QLabel* progressText = nullptr;
     QLabel* advice = nullptr;
     QPushButton* retry = nullptr;
+    QPushButton* settings = nullptr;
+    Announcer* announcer = nullptr;
+    std::optional<News> told{};  ///< What was announced last, and the person has asked for nothing since.
     QScrollArea* scroll = nullptr;
     InsightsPanel* panel = nullptr;
     InsightsDayDialog* day = nullptr;
@@ -127,24 +193,38 @@ struct InsightsWindow::Impl {
         const bool dates = picksDates();
         for (QWidget* widget : std::initializer_list<QWidget*>{from, dash, to})
             widget->setVisible(dates);
+        if (!dates)
+            sayMoved({});
         if (filling || !handlers.periodPicked)
             return;
+        told.reset();
         InsightsPeriod picked{.days = {}};
         if (!dates) {
             picked.days = offeredDays.at(static_cast<std::size_t>(std::max(period->currentIndex(), 0)));
         } else {
             // The other end gives way, so that a period always has a length.
             const bool movedFrom = daysOf(from->date()) != state.period.from || state.period.days;
-            if (from->date() > to->date()) {
+            const bool crossed = from->date() > to->date();
+            if (crossed) {
                 filling = true;
                 movedFrom ? to->setDate(from->date()) : from->setDate(to->date());
                 filling = false;
             }
+            sayMoved(!crossed    ? QString{}
+                     : movedFrom ? tr("The last day was moved too: a period cannot end before it begins.")
+                                 : tr("The first day was moved too: a period cannot end before it begins."));
             picked.from = daysOf(from->date());
             picked.to = daysOf(to->date());
         }
         if (picked != state.period)
             handlers.periodPicked(picked);
+    }
+
+    void sayMoved(const QString& words) const
+    {
+        moved->setText(words);
+        moved->setVisible(!words.isEmpty());
+        announcer->say(words);
     }
 
     void showPeriod(const InsightsPeriod& shown)
@@ -172,7 +252,40 @@ struct InsightsWindow::Impl {
         advice->setVisible(!hint.isEmpty());
         progressBox->hide();
         retry->hide();
+        settings->hide();
         pages->setCurrentWidget(messagePage);
+    }
+
+    /// What to do about saving: a way to its settings, or the command.
+    void offerSaving(bool withCommand)
+    {
+        settings->setVisible(static_cast<bool>(handlers.openSettings));
+        if (handlers.openSettings || !withCommand)
+            return;
+        advice->setText(text(insightsSavingAdvice));
+        advice->show();
+    }
+
+    /// To screen readers. What is only waited for and what is renewed are no news.
+    void announce()
+    {
+        const bool waiting = state.phase == InsightsViewState::Phase::loading ||
+                             state.phase == InsightsViewState::Phase::calculating;
+        if (waiting || state.isBusy)
+            return;
+        const News news = newsOf(state);
+        if (std::exchange(told, news) == news)
+            return;
+        if (pages->currentWidget() == scroll)
+            return announcer->say(panel->spokenReport());
+        const auto visible = [](const QLabel* label) {
+            return label->isHidden() ? QString{} : label->text();
+        };
+        // The first lines say how far it is, the others are an explanation.
+        QString progress = text(state.readiness.progress).section(QStringLiteral("\n\n"), 0, 0);
+        progress.replace(u'\n', QStringLiteral(". "));
+        announcer->say(sentences({visible(title), visible(message),
+                                  progressBox->isHidden() ? QString{} : progress, visible(advice)}));
     }
 
     void showProgress()
@@ -205,6 +318,7 @@ void InsightsWindow::Impl::makeHeader(InsightsWindow* window)
         edit->setAccessibleName(spoken);
         edit->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
         edit->setCalendarPopup(true);
+        edit->setCalendarWidget(new PeriodCalendar{edit});
         edit->setKeyboardTracking(false);
         edit->hide();
         return edit;
@@ -217,12 +331,18 @@ void InsightsWindow::Impl::makeHeader(InsightsWindow* window)
     busy->setObjectName(QStringLiteral("insightsBusy"));
     save = new QPushButton{tr("&Save report…"), header};
     save->setObjectName(QStringLiteral("insightsSaveReport"));
-    auto* layout = new QHBoxLayout{header};
+    moved = wrappedLabel(header);
+    moved->setObjectName(QStringLiteral("insightsMovedDate"));
+    moved->hide();
+    auto* row = new QHBoxLayout;
     for (QWidget* widget : std::initializer_list<QWidget*>{label, period, from, dash, to})
-        layout->addWidget(widget);
-    layout->addStretch();
-    layout->addWidget(busy);
-    layout->addWidget(save);
+        row->addWidget(widget);
+    row->addStretch();
+    row->addWidget(busy);
+    row->addWidget(save);
+    auto* layout = new QVBoxLayout{header};
+    layout->addLayout(row);
+    layout->addWidget(moved);
 }
 
 void InsightsWindow::Impl::makeMessagePage(InsightsWindow* window)
@@ -253,10 +373,16 @@ void InsightsWindow::Impl::makeMessagePage(InsightsWindow* window)
     advice->setObjectName(QStringLiteral("insightsAdvice"));
     retry = new QPushButton{tr("&Try again"), column};
     retry->setObjectName(QStringLiteral("insightsRetry"));
+    settings = new QPushButton{tr("&Insights settings"), column};
+    settings->setObjectName(QStringLiteral("insightsSettings"));
     auto* layout = new QVBoxLayout{column};
     for (QWidget* widget : std::initializer_list<QWidget*>{title, message, progressBox, advice})
         layout->addWidget(widget);
-    layout->addWidget(retry, 0, Qt::AlignLeft);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(retry);
+    buttons->addWidget(settings);
+    buttons->addStretch();
+    layout->addLayout(buttons);
     auto* across = new QHBoxLayout{messagePage};
     across->addStretch(1);
     across->addWidget(column, 8);
@@ -270,6 +396,7 @@ InsightsWindow::InsightsWindow(Handlers handlers) : impl_{std::make_unique<Impl>
     my.handlers = std::move(handlers);
     setObjectName(QStringLiteral("insightsWindow"));
     setWindowTitle(tr("Insights"));
+    my.announcer = new Announcer{this};
     my.makeHeader(this);
     my.makeMessagePage(this);
     my.panel = new InsightsPanel{{.openDay =
@@ -288,7 +415,8 @@ InsightsWindow::InsightsWindow(Handlers handlers) : impl_{std::make_unique<Impl>
                                           const QPoint middle = widget.mapTo(impl_->panel, area.center());
                                           impl_->scroll->ensureVisible(middle.x(), middle.y(), area.width(),
                                                                        area.height());
-                                      }}};
+                                      },
+                                  .openSettings = my.handlers.openSettings}};
     my.scroll = new QScrollArea{this};
     my.scroll->setFrameShape(QFrame::NoFrame);
     my.scroll->setWidgetResizable(true);
@@ -304,7 +432,9 @@ InsightsWindow::InsightsWindow(Handlers handlers) : impl_{std::make_unique<Impl>
 
     my.save->setVisible(static_cast<bool>(my.handlers.saveReport));
     connect(my.save, &QPushButton::clicked, this, [this] { impl_->handlers.saveReport(); });
+    connect(my.settings, &QPushButton::clicked, this, [this] { impl_->handlers.openSettings(); });
     const auto refresh = [this] {
+        impl_->told.reset();
         if (impl_->handlers.refresh)
             impl_->handlers.refresh();
     };
@@ -360,21 +490,27 @@ void InsightsWindow::present(const InsightsViewState& state)
     case Phase::collecting:
         my.showMessage(text(state.readiness.title), text(state.readiness.text), text(state.advice));
         my.showProgress();
+        if (state.offersSaving)
+            my.offerSaving(true);
         break;
     case Phase::unavailable:
         my.showMessage(text(insightsUnavailableTitle), text(insightsUnavailableText), text(state.advice));
         my.retry->show();
+        my.offerSaving(false);
         break;
     case Phase::report:
         if (!hasReadings) {
             my.showMessage(text(insightsEmptyTitle), emptyText(state),
                            state.isSaving ? QString{} : text(insightsSavingOffText));
+            if (!state.isSaving)
+                my.offerSaving(false);
         } else {
             my.panel->present(state);
             my.pages->setCurrentWidget(my.scroll);
         }
         break;
     }
+    my.announce();
 }
 
 void InsightsWindow::open()

@@ -9,8 +9,8 @@
 namespace tidewell {
 
 /// The Insights window: a period to pick, and what a state says: the report, how far its collection has come,
-/// or what is wrong. Decides and calculates nothing. Escape closes; closing never ends the program. Main
-/// thread.
+/// or what is wrong. Decides and calculates nothing. Escape closes; closing never ends the program. What is
+/// new is told to screen readers, renewed figures are not. Main thread.
 class InsightsWindow final : public QWidget {
     Q_OBJECT
 public:
@@ -18,7 +18,8 @@ public:
         std::function<void(InsightsPeriod)> periodPicked;
         std::function<void()> refresh;  ///< Of "Try again" and F5.
         std::function<void()> completionSeen;
-        std::function<void()> saveReport;  ///< Empty: there is no button for it.
+        std::function<void()> saveReport;    ///< Empty: there is no button for it.
+        std::function<void()> openSettings;  ///< Of "Insights settings"; empty: the window names a command.
         std::function<void()> closed;
     };
     explicit InsightsWindow(Handlers handlers);

@@ -1,6 +1,7 @@
 #include "ui/InsightsWindow.h"
 
 #include <gtest/gtest.h>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QDateEdit>
@@ -14,6 +15,7 @@
 #include <cmath>
 
 #include "insights/InsightsTexts.h"
+#include "ui/Announcer.h"
 #include "ui/InsightsChartView.h"
 #include "ui/InsightsDayDialog.h"
 
@@ -80,6 +82,7 @@ protected:
     }
 
     std::vector<InsightsPeriod> picked;
+    int settingsOpened = 0;
     int refreshed = 0;
     int seen = 0;
     int closed = 0;
@@ -164,13 +167,112 @@ TEST_F(InsightsWindowTest, periodHasALengthWhicheverEndMoves)
     window.present({.phase = Phase::report, .period = picked.back(), .report = fortnight()});
     from.setDate(to.date().addDays(-3));
     window.present({.phase = Phase::report, .period = picked.back(), .report = fortnight()});
+    auto& moved = widget<QLabel>("insightsMovedDate");
+    EXPECT_FALSE(moved.isVisible());
     to.setDate(from.date().addDays(-2));
     EXPECT_FALSE(picked.back().days);
     EXPECT_EQ(picked.back().from, picked.back().to) << "the other end gave way";
     EXPECT_EQ(from.date(), to.date());
+    EXPECT_TRUE(moved.isVisible() && moved.text().startsWith(QStringLiteral("The first day was moved")));
+    window.present({.phase = Phase::report, .period = picked.back(), .report = fortnight()});
+    EXPECT_TRUE(moved.isVisible()) << "until something else is picked";
+    from.setDate(to.date().addDays(1));
+    EXPECT_TRUE(moved.text().startsWith(QStringLiteral("The last day was moved")));
+    window.present({.phase = Phase::report, .period = picked.back(), .report = fortnight()});
+    from.setDate(to.date().addDays(-1));
+    EXPECT_FALSE(moved.isVisible());
     to.setDate(QDate{2030, 1, 1});
     EXPECT_EQ(to.date(), to.maximumDate());
     EXPECT_LT(to.date(), QDate(2027, 1, 1)) << "no report of the future";
+}
+
+TEST_F(InsightsWindowTest, tellsScreenReadersOfWhatIsNewOnce)
+{
+    auto& announcer = widget<Announcer>("announcer");
+    const auto collecting = [this](double days, bool isSaving = true) {
+        const InsightsCollectionProgress progress{.collected = days * day, .coverage = days / 4};
+        const auto status = insightsCollectionStatus(
+            {.isSaving = isSaving, .hasSavedBefore = true, .hasSavedReadings = true}, progress);
+        window.present({.phase = Phase::collecting,
+                        .readiness = insightsReadiness(status),
+                        .progress = status.progress});
+    };
+    // Its name is what was said; the next words follow an empty one.
+    const auto told = [&announcer] {
+        const QString words = announcer.accessibleName();
+        announcer.setAccessibleName({});
+        return words.toStdString();
+    };
+    const auto expectTold = [&told](std::initializer_list<const char*> parts) {
+        const std::string words = told();
+        for (const char* part : parts)
+            EXPECT_TRUE(words.find(part) != std::string::npos) << words;
+    };
+    present(Phase::loading);
+    present(Phase::calculating);
+    EXPECT_EQ(told(), "") << "what is only waited for is no news";
+    collecting(1.1);
+    expectTold(
+        {"Building your insights. 2 days left", "1.1 of 3 days. Latest 3 days: 27% saved (70% target)"});
+    collecting(1.4);
+    EXPECT_EQ(told(), "") << "a reading more is no news";
+    collecting(2.1);
+    expectTold({"2.1 of 3 days"});
+    collecting(2.1, false);
+    expectTold({"History collection is paused"});
+    window.present({.phase = Phase::report, .report = fortnight()});
+    expectTold(
+        {"2 Mar 2026", "Time in range: ", "Mean glucose: ", "milligrams per deciliter", "Early insights"});
+    window.present({.phase = Phase::report, .isBusy = true, .report = fortnight()});
+    window.present({.phase = Phase::report, .report = fortnight()});
+    EXPECT_EQ(told(), "") << "a renewal is no news";
+    window.present({.phase = Phase::unavailable, .advice = "What helps"});
+    expectTold({"History unavailable. Your saved history", "What helps"});
+    window.present({.phase = Phase::loading, .isBusy = true});
+    window.present({.phase = Phase::unavailable, .advice = "What helps"});
+    EXPECT_EQ(told(), "");
+    widget<QPushButton>("insightsRetry").click();
+    window.present({.phase = Phase::unavailable, .advice = "What helps"});
+    expectTold({"History unavailable"});
+}
+
+TEST_F(InsightsWindowTest, namesTheCommandOnlyWithoutAWayToTheSettings)
+{
+    const auto collecting = [](InsightsWindow& shown, bool offers) {
+        shown.present({.phase = Phase::collecting,
+                       .readiness = insightsReadiness(insightsCollectionStatus({}, {})),
+                       .isSaving = false,
+                       .offersSaving = offers});
+    };
+    auto* const settings = window.findChild<QPushButton*>(QStringLiteral("insightsSettings"));
+    collecting(window, true);
+    EXPECT_FALSE(settings->isVisible());
+    EXPECT_TRUE(shown().contains(QStringLiteral("tidewell history enable")));
+
+    InsightsWindow withSettings{{.openSettings = [this] { ++settingsOpened; }}};
+    withSettings.open();
+    auto& button = *withSettings.findChild<QPushButton*>(QStringLiteral("insightsSettings"));
+    auto& advice = *withSettings.findChild<QLabel*>(QStringLiteral("insightsAdvice"));
+    collecting(withSettings, false);
+    EXPECT_FALSE(button.isVisible()) << "nobody is signed in";
+    auto empty = std::make_shared<InsightsReportContent>();
+    empty->result.summary.interval = {start, start + day};
+    int opened = 0;
+    for (const auto& state :
+         {InsightsViewState{.phase = Phase::collecting, .offersSaving = true},
+          InsightsViewState{.phase = Phase::unavailable},
+          InsightsViewState{.phase = Phase::report, .report = empty, .isSaving = false}}) {
+        withSettings.present(state);
+        ASSERT_TRUE(button.isVisible());
+        button.click();
+        EXPECT_EQ(settingsOpened, ++opened);
+        EXPECT_FALSE(advice.text().contains(QStringLiteral("tidewell history")));
+    }
+    withSettings.present({.phase = Phase::report, .report = fortnight(), .isSaving = false});
+    for (auto* other : withSettings.findChildren<QPushButton*>())
+        if (other->isVisible() && other->text().contains(QStringLiteral("settings")))
+            other->click();
+    EXPECT_EQ(settingsOpened, 4) << "where saving is off, below the report too";
 }
 
 TEST_F(InsightsWindowTest, chartsAreWalkedSpokenAndLeftByKeyboard)
