@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <future>
 #include <list>
 #include <map>
+#include <mutex>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "support/Log.h"
@@ -56,15 +59,25 @@ struct Outcome {
     GlucoseHistoryStatus status{};
     std::optional<GlucoseHistoryCollectionToken> token{};
     std::optional<GlucoseHistoryError> error{};  ///< Of this call.
+    std::uint64_t number = 0;                    ///< Outcomes reach the engine in another order at times.
 };
 
-Outcome outcomeOf(GlucoseHistoryStore& store, std::optional<GlucoseHistoryError> error)
-{
-    Outcome outcome{.status = store.status(), .token = store.collectionToken(), .error = error};
-    if (error && !outcome.status.problem)
-        outcome.status.problem = error;
-    return outcome;
-}
+/// The store as the strand has it.
+struct Desk {
+    std::shared_ptr<GlucoseHistoryStore> store;
+    std::uint64_t outcomes = 0;
+
+    Outcome outcome(std::optional<GlucoseHistoryError> error)
+    {
+        Outcome made{.status = store->status(),
+                     .token = store->collectionToken(),
+                     .error = error,
+                     .number = ++outcomes};
+        if (error && !made.status.problem)
+            made.status.problem = error;
+        return made;
+    }
+};
 
 template <class T>
 std::optional<GlucoseHistoryError> errorOf(const std::expected<T, GlucoseHistoryError>& result)
@@ -102,15 +115,20 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
     using Self = std::shared_ptr<Impl>;
 
     explicit Impl(Parts given)
-        : parts{std::move(given)}, store{parts.store}, strand{asio::make_strand(parts.workers)}
+        : parts{std::move(given)},
+          desk{std::make_shared<Desk>(parts.store)},
+          strand{asio::make_strand(parts.workers)}
     {
     }
 
     const Parts parts;
-    const std::shared_ptr<GlucoseHistoryStore> store;
+    const std::shared_ptr<Desk> desk;  ///< Its content is the strand's.
     const asio::any_io_executor strand;
     std::atomic<Mark> mark = 0;
     std::atomic<bool> ended = false;
+    std::mutex mutex;
+    std::optional<HistoryScopeID>
+        wanted{};  ///< Of the last call of follow(), with its mark; under the mutex.
 
     // Of main.
 
@@ -135,6 +153,7 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
     std::map<ReadingKey, Unsaved> unsaved{};  ///< To be saved by `token`, or by the first one that is known.
     std::map<ReadingKey, GlucoseReading> saved{};  ///< Of this scope, what need not be saved again.
     std::uint64_t worked = 0;                      ///< How many saves did.
+    std::uint64_t lastTaken = 0;                   ///< The number of the latest outcome.
     bool working = false;
     std::optional<GlucoseHistoryError> lastProblem{};
     Task<void> workTask{};
@@ -201,8 +220,8 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
     template <class Call>
     static asio::awaitable<Outcome> run(Self self, Call call)
     {
-        auto job = [store = self->store, call = std::move(call)]() mutable {
-            return outcomeOf(*store, call(*store));
+        auto job = [desk = self->desk, call = std::move(call)]() mutable {
+            return desk->outcome(call(*desk->store));
         };
         co_return co_await runOnWorker(self->strand, std::move(job));
     }
@@ -310,6 +329,9 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
     {
         if (outcome.error && outcome.error != lastProblem)
             historyLog.error(std::string{description(*outcome.error)});
+        if (outcome.number < lastTaken)
+            return;
+        lastTaken = outcome.number;
         lastProblem = outcome.status.problem;
         auto found = outcome.token;
         if (needsAttachment || (found && found->accountScope != scope))
@@ -356,23 +378,59 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
                                                                                                 Date begin,
                                                                                                 Date end)
     {
-        auto job = [store = self->store, begin, end] { return store->snapshot(begin, end); };
+        auto job = [desk = self->desk, begin, end] { return desk->store->snapshot(begin, end); };
         co_return co_await runOnWorker(self->strand, std::move(job));
     }
 
-    static asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked(Self self,
-                                                                                         HistoryScopeID scope)
+    /// What a change left behind, and what it came to.
+    using Change = std::pair<Outcome, Changed>;
+
+    /// Begins a call of the store at once, for the account that is followed now. Nothing cancels it: the
+    /// awaitable only waits for its result.
+    template <class Call>
+    static asio::awaitable<Changed> change(const Self& self, Call call)
     {
-        using Unlocked = std::expected<GlucoseHistoryStatus, GlucoseHistoryError>;
-        auto job = [store = self->store, scope = std::move(scope), now = self->parts.clock.now()] {
-            // Not the right of whoever is signed in by now.
-            return store->status().scope == scope ? store->setInsightsUnlocked(now)
-                                                  : Unlocked{store->status()};
+        const std::lock_guard lock{self->mutex};
+        auto work = [desk = self->desk, scope = self->wanted, now = self->parts.clock.now(),
+                     call = std::move(call)] {
+            // The account may still wait to be attached. The call itself tells what is wrong with its
+            // history.
+            if (desk->store->status().scope != scope)
+                std::ignore = desk->store->attach(scope);
+            Changed changed = call(*desk->store, now);
+            if (!changed)
+                historyLog.error(std::string{description(changed.error())});
+            // Only what lasts is told by the status: whoever asked hears of the rest.
+            return Change{desk->outcome(std::nullopt), std::move(changed)};
         };
-        const auto unlocked = co_await runOnWorker(self->strand, std::move(job));
-        if (!unlocked)
-            co_return std::unexpected(unlocked.error());
-        self->publish(*unlocked);
+        const auto task = std::make_shared<std::packaged_task<Change()>>(std::move(work));
+        const std::shared_future<Change> done = task->get_future().share();
+        asio::post(self->strand, [task] { (*task)(); });
+        self->onEngine([mark = self->mark.load(), done](Impl& impl) {
+            std::ignore = startTask(impl.parts.engine, takeChange(impl.shared_from_this(), mark, done));
+        });
+        // The strand keeps the order, so nobody waits in get().
+        return runOnWorker(self->strand, [done] { return done.get().second; });
+    }
+
+    static asio::awaitable<void> takeChange(Self self, Mark begun, std::shared_future<Change> done)
+    {
+        auto job = [done = std::move(done)] { return done.get().first; };
+        const Outcome outcome = co_await runOnWorker(self->strand, std::move(job));
+        if (self->ended || begun != self->followed)
+            co_return;
+        if (self->needsAttachment)
+            self->wake();  // Tried again: the change may have mended what kept it from working.
+        else
+            self->take(outcome);
+    }
+
+    static asio::awaitable<std::expected<void, GlucoseHistoryError>> withoutStatus(
+        asio::awaitable<Changed> change)
+    {
+        const Changed changed = co_await std::move(change);
+        if (!changed)
+            co_return std::unexpected(changed.error());
         co_return std::expected<void, GlucoseHistoryError>{};
     }
 
@@ -399,7 +457,8 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
         if (given != self->followed || !self->scope)
             co_return std::vector<GlucoseReading>{};
         const Date now = self->parts.clock.now();
-        auto job = [store = self->store, scope = self->scope, now] {
+        auto job = [desk = self->desk, scope = self->scope, now] {
+            GlucoseHistoryStore* const store = desk->store.get();
             Read read;
             std::optional<GlucoseHistoryError> error;
             if (store->status().scope != scope)
@@ -411,7 +470,7 @@ struct HistoryCoordinator::Impl : std::enable_shared_from_this<Impl> {
                 if (snapshot)
                     read.second = std::move(snapshot->readings);
             }
-            read.first = outcomeOf(*store, error);
+            read.first = desk->outcome(error);
             return read;
         };
         auto reading = runOnWorker(self->strand, std::move(job));
@@ -452,7 +511,9 @@ HistoryCoordinator::~HistoryCoordinator()
 
 void HistoryCoordinator::follow(std::optional<HistoryScopeID> scope)
 {
+    const std::lock_guard lock{impl_->mutex};
     const Mark mark = ++impl_->mark;
+    impl_->wanted = scope;
     impl_->onEngine([mark, scope = std::move(scope)](Impl& self) mutable {
         if (mark > self.followed)
             self.follow(mark, std::move(scope));
@@ -482,7 +543,37 @@ asio::awaitable<std::expected<GlucoseHistorySnapshot, GlucoseHistoryError>> Hist
 asio::awaitable<std::expected<void, GlucoseHistoryError>> HistoryCoordinator::setInsightsUnlocked(
     HistoryScopeID scope)
 {
-    return Impl::setInsightsUnlocked(impl_, std::move(scope));
+    return Impl::withoutStatus(
+        Impl::change(impl_, [scope = std::move(scope)](GlucoseHistoryStore& store, Date now) {
+            // Not the right of whoever is signed in by now.
+            return store.status().scope == scope ? store.setInsightsUnlocked(now) : Changed{store.status()};
+        }));
+}
+
+asio::awaitable<HistoryCoordinator::Changed> HistoryCoordinator::enable(std::int64_t retentionDays,
+                                                                        std::int64_t consentVersion)
+{
+    return Impl::change(impl_, [=](GlucoseHistoryStore& store, Date now) {
+        return store.enable(retentionDays, consentVersion, now);
+    });
+}
+
+asio::awaitable<HistoryCoordinator::Changed> HistoryCoordinator::pause()
+{
+    return Impl::change(impl_, [](GlucoseHistoryStore& store, Date) { return store.pause(); });
+}
+
+asio::awaitable<HistoryCoordinator::Changed> HistoryCoordinator::setRetention(std::int64_t days)
+{
+    return Impl::change(
+        impl_, [days](GlucoseHistoryStore& store, Date now) { return store.setRetention(days, now); });
+}
+
+asio::awaitable<HistoryCoordinator::Changed> HistoryCoordinator::deleteHistory(bool everyAccount)
+{
+    return Impl::change(impl_, [everyAccount](GlucoseHistoryStore& store, Date now) {
+        return everyAccount ? store.deleteAll(now) : store.deleteAttached(now);
+    });
 }
 
 void HistoryCoordinator::historyDidChange()

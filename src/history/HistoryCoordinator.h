@@ -63,9 +63,9 @@ public:
     [[nodiscard]] asio::awaitable<std::expected<void, GlucoseHistoryError>> setInsightsUnlocked(
         HistoryScopeID scope);
 
-    // What the person changes about saved history, of the account of status() and as the store has it. In the
-    // order of the calls, after a follow() that came before; status() follows. Awaited like snapshot(); what
-    // was begun ends whole, also when the caller is cancelled.
+    // What the person changes about saved history, of the account that is followed and as the store has it.
+    // Begins with the call, in the order of the calls, and ends whole, whether or not anybody waits for it;
+    // status() follows. Awaited like snapshot().
     using Changed = std::expected<GlucoseHistoryStatus, GlucoseHistoryError>;
     [[nodiscard]] asio::awaitable<Changed> enable(std::int64_t retentionDays, std::int64_t consentVersion);
     [[nodiscard]] asio::awaitable<Changed> pause();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "HistoryWorld.h"
 #include "testing/FakeClock.h"
 #include "testing/Running.h"
@@ -57,6 +59,15 @@ protected:
                                                        coordinator->restore(coordinator->mark())};
         settle();
         return restoring.ended() ? restoring.result() : std::vector<GlucoseReading>{};
+    }
+
+    using Changed = HistoryCoordinator::Changed;
+    /// What a change came to.
+    Changed changed(asio::awaitable<Changed> change)
+    {
+        const Running<Changed> changing{io.get_executor(), std::move(change)};
+        settle();
+        return changing.ended() ? changing.result() : std::unexpected{GlucoseHistoryError::storageFailure};
     }
 
     /// Another process on the same disk.
@@ -347,6 +358,174 @@ TEST_F(HistoryCoordinatorTest, handsOutWhatIsSavedWithoutWaitingAndTellsThatTheR
     coordinator.reset();
     settle();
     EXPECT_TRUE(left->ended()) << "who asked may outlive who answers";
+}
+
+TEST_F(HistoryCoordinatorTest, whatThePersonChangesIsInForceAtOnce)
+{
+    using enum GlucoseHistoryError;
+    EXPECT_EQ(changed(coordinator->enable(90, 1)).error(), accountRequired);
+    EXPECT_EQ(changed(coordinator->pause()).error(), accountRequired);
+    coordinator->follow(scopeOf("ada"));  // It has not been attached when saving is switched on.
+    EXPECT_EQ(changed(coordinator->enable(60, 1)).error(), invalidRetention);
+    EXPECT_EQ(coordinator->status(), GlucoseHistoryStatus{.scope = scopeOf("ada")}) << "whoever asked knows";
+    coordinator->follow(scopeOf("ada"));
+    const auto enabled = changed(coordinator->enable(30, currentConsentVersion));
+    ASSERT_TRUE(enabled);
+    EXPECT_TRUE(enabled->configuration.isEnabled);
+    EXPECT_EQ(*enabled, coordinator->status());
+
+    // The next readings are saved, those of before are not.
+    save({readingAt(storyNow - oneHour), readingAt(storyNow, 101)});
+    EXPECT_EQ(onDisk("ada"), valuesOf({{readingAt(storyNow, 101), {}}}));
+    // One that waits for its worker when saving is switched off, and on again: it was fetched before.
+    coordinator->save(coordinator->mark(), {readingAt(storyNow + Seconds{1}, 102)}, clock.now());
+    const auto pausing = coordinator->pause();
+    settle();
+    EXPECT_FALSE(coordinator->status().configuration.isEnabled);
+    clock.advance(oneHour);
+    save({readingAt(clock.now(), 103)});
+    ASSERT_TRUE(changed(coordinator->enable(90, currentConsentVersion)));
+    save({readingAt(storyNow + Seconds{2}, 104), readingAt(clock.now(), 105)});
+    EXPECT_EQ(onDisk("ada"), valuesOf({{readingAt(storyNow, 101), {}}, {readingAt(clock.now(), 105), {}}}));
+
+    clock.advance(31 * dayLength);
+    save({readingAt(clock.now(), 106)});
+    EXPECT_EQ(changed(coordinator->setRetention(31)).error(), invalidRetention);
+    EXPECT_EQ(onDisk("ada").size(), 3U);
+    EXPECT_EQ(changed(coordinator->setRetention(30))->configuration.retentionDays, 30);
+    EXPECT_EQ(onDisk("ada").size(), 1U);
+
+    enable("bob");
+    ASSERT_TRUE(changed(coordinator->deleteHistory(false)));
+    EXPECT_TRUE(onDisk("ada").empty());
+    EXPECT_FALSE(coordinator->status().configuration.isEnabled);
+    EXPECT_EQ(world.keychain.items.size(), 1U) << "the other account's";
+    coordinator->follow({});
+    EXPECT_EQ(changed(coordinator->deleteHistory(false)).error(), accountRequired);
+    ASSERT_TRUE(changed(coordinator->deleteHistory(true))) << "needs nobody to be signed in";
+    EXPECT_TRUE(world.keychain.items.empty());
+}
+
+TEST_F(HistoryCoordinatorTest, aChangeThatFailsSaysWhyAndMayBeTriedAgain)
+{
+    using enum GlucoseHistoryError;
+    follow("ada");
+    failSecrets();
+    EXPECT_EQ(changed(coordinator->enable(90, currentConsentVersion)).error(), keychainFailure);
+    EXPECT_EQ(coordinator->status(), GlucoseHistoryStatus{.scope = scopeOf("ada")});
+    fail(true);
+    EXPECT_EQ(changed(coordinator->enable(90, currentConsentVersion)).error(), storageFailure);
+    fail(false);
+    ASSERT_TRUE(changed(coordinator->enable(90, currentConsentVersion)));
+    save({readingAt(storyNow)});
+    fail(true);
+    EXPECT_EQ(changed(coordinator->deleteHistory(false)).error(), storageFailure);
+    fail(false);
+    EXPECT_EQ(onDisk("ada").size(), 1U) << "nothing was begun";
+    save({readingAt(storyNow + Seconds{300})});
+    EXPECT_EQ(onDisk("ada").size(), 2U) << "and saving is on";
+    failSecrets();
+    EXPECT_EQ(changed(coordinator->deleteHistory(false)).error(), deletionIncomplete);
+    EXPECT_EQ(coordinator->status().problem, deletionIncomplete);
+    EXPECT_FALSE(coordinator->status().configuration.isEnabled);
+    fail(false);
+    ASSERT_TRUE(changed(coordinator->deleteHistory(false)));
+    EXPECT_EQ(coordinator->status().problem, std::nullopt);
+
+    // A manifest that is damaged: deleting everything is the way out, and saving works from there on.
+    world.files.put(world.root / "manifest.json", "{");
+    follow("bob");
+    EXPECT_EQ(changed(coordinator->enable(90, currentConsentVersion)).error(), invalidConfiguration);
+    EXPECT_EQ(changed(coordinator->deleteHistory(false)).error(), invalidConfiguration);
+    EXPECT_EQ(coordinator->status().problem, invalidConfiguration);
+    ASSERT_TRUE(changed(coordinator->deleteHistory(true)));
+    EXPECT_EQ(coordinator->status(), GlucoseHistoryStatus{.scope = scopeOf("bob")});
+    ASSERT_TRUE(changed(coordinator->enable(90, currentConsentVersion)));
+    save({readingAt(storyNow)});
+    EXPECT_EQ(onDisk("bob").size(), 1U);
+}
+
+TEST_F(HistoryCoordinatorTest, aChangeThatNobodyWaitsForEndsAllTheSame)
+{
+    follow("ada");
+    Running<Changed> enabling{io.get_executor(), coordinator->enable(90, currentConsentVersion)};
+    clock.runReady();
+    EXPECT_FALSE(enabling.ended()) << "the worker has not had its turn";
+    enabling.cancel();
+    clock.runReady();
+    EXPECT_TRUE(enabling.cancelled());
+    settle();
+    EXPECT_TRUE(coordinator->status().configuration.isEnabled);
+
+    // Another account is followed before the worker had its turn: the change was meant for the first one.
+    const auto never = coordinator->pause();
+    coordinator->follow(scopeOf("bob"));
+    const Running<Changed> other{io.get_executor(), coordinator->enable(30, currentConsentVersion)};
+    settle();
+    EXPECT_EQ(other.result()->scope, scopeOf("bob"));
+    EXPECT_EQ(*other.result(), coordinator->status());
+    follow("ada");
+    EXPECT_FALSE(coordinator->status().configuration.isEnabled);
+
+    const Running<Changed> last{io.get_executor(), coordinator->deleteHistory(true)};
+    coordinator.reset();
+    settle();
+    EXPECT_TRUE(last.result()) << "whoever asked may outlive who answers";
+    EXPECT_TRUE(world.keychain.items.empty());
+}
+
+TEST_F(HistoryCoordinatorTest, changesReadingsAndAccountsInAnyOrderLeaveWhatWasAskedForLast)
+{
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random{seed};
+        std::map<std::string, bool> isEnabled{{"ada", false}, {"bob", false}};
+        std::string user = "ada";
+        follow(user);
+        ASSERT_TRUE(changed(coordinator->deleteHistory(true)));
+        std::vector<Running<Changed>> changes;
+        std::vector<Running<std::vector<GlucoseReading>>> restores;
+        const auto begin = [&](asio::awaitable<Changed> change, bool enables) {
+            changes.emplace_back(io.get_executor(), std::move(change));
+            isEnabled[user] = enables;
+        };
+        for (int step = 0; step < 40; ++step) {
+            switch (random() % 9) {
+            case 0: user = user == "ada" ? "bob" : "ada"; [[fallthrough]];
+            case 1: coordinator->follow(scopeOf(user)); break;
+            case 2: begin(coordinator->enable(90, currentConsentVersion), true); break;
+            case 3: begin(coordinator->pause(), false); break;
+            case 4: begin(coordinator->deleteHistory(false), false); break;
+            case 5:
+                coordinator->save(coordinator->mark(), {readingAt(clock.now())}, clock.now());
+                clock.advance(Seconds{1});
+                break;
+            case 6:
+                restores.emplace_back(io.get_executor(), coordinator->restore(coordinator->mark()));
+                break;
+            case 7:
+                io.restart();
+                io.poll_one();
+                break;
+            case 8:
+                workers.restart();
+                workers.poll_one();
+                break;
+            }
+        }
+        settle();
+        for (const auto& change : changes)
+            ASSERT_TRUE(change.ended() && change.result());
+        EXPECT_EQ(coordinator->status().scope, scopeOf(user));
+        EXPECT_EQ(coordinator->status().configuration.isEnabled, isEnabled[user]);
+        EXPECT_EQ(coordinator->status().problem, std::nullopt);
+        save({readingAt(clock.now())});
+        EXPECT_EQ(onDisk(user).contains(static_cast<std::int64_t>(unixSeconds(clock.now()))),
+                  isEnabled[user]);
+        user = user == "ada" ? "bob" : "ada";
+        follow(user);
+        EXPECT_EQ(coordinator->status().configuration.isEnabled, isEnabled[user]);
+    }
 }
 
 }  // namespace tidewell
