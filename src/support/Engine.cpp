@@ -42,24 +42,34 @@ void keepForever(std::shared_ptr<void> thing)
     kept.push_back(std::move(thing));
 }
 
-std::unique_ptr<asio::thread_pool> makePool(std::size_t threads)
+template <class Pool>
+std::unique_ptr<Pool> makePool(std::size_t threads)
 {
     const SignalsBlocked blocked;
-    return std::make_unique<asio::thread_pool>(threads);
+    return std::make_unique<Pool>(threads);
 }
 
 }  // namespace
 
 Engine::Engine()
     // Without the hint that one thread runs it, so that work runs in the order of posting (see MainLoop).
-    : context_{std::make_unique<asio::io_context>()}, work_{context_->get_executor()}, pool_{makePool(2)}
+    : context_{std::make_unique<EndingContext>()},
+      work_{context_->get_executor()},
+      pool_{makePool<EndingPool>(2)}
 {
 }
 
 Engine::~Engine()
 {
-    if (!stop(usualGrace))
+    if (!stop(usualGrace)) {
         keepForever(std::move(context_));
+        return;
+    }
+    // Coroutines that wait in one of them may hold executors of the others.
+    context_->dropWaiting();
+    pool_->dropWaiting();
+    if (patientPool_)
+        patientPool_->dropWaiting();
 }
 
 void Engine::start()
@@ -74,7 +84,7 @@ void Engine::start()
 asio::any_io_executor Engine::patientWorker()
 {
     if (!patientPool_) {
-        patientPool_ = makePool(1);
+        patientPool_ = makePool<EndingPool>(1);
         if (stopped_)
             patientPool_->stop();
     }

@@ -41,10 +41,19 @@ public:
     bool stop(std::chrono::milliseconds grace);
 
 private:
-    std::unique_ptr<asio::io_context> context_;
+    /// One that lets go of what still waits in it while it, and the others, live on.
+    template <class Context>
+    struct Ending final : Context {
+        using Context::Context;
+        void dropWaiting() { this->shutdown(); }
+    };
+    using EndingContext = Ending<asio::io_context>;
+    using EndingPool = Ending<asio::thread_pool>;
+
+    std::unique_ptr<EndingContext> context_;
     asio::executor_work_guard<asio::io_context::executor_type> work_;
-    std::unique_ptr<asio::thread_pool> pool_;
-    std::unique_ptr<asio::thread_pool> patientPool_;  ///< Once somebody asked for it.
+    std::unique_ptr<EndingPool> pool_;
+    std::unique_ptr<EndingPool> patientPool_;  ///< Once somebody asked for it.
     std::thread thread_;
     std::optional<bool> stopped_;  ///< What stop() returned.
 };

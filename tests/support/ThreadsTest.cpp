@@ -7,6 +7,9 @@
 #include <semaphore>
 #include <thread>
 
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/strand.hpp>
+
 #include "support/Engine.h"
 #include "support/MainLoop.h"
 #include "support/SystemClock.h"
@@ -254,6 +257,29 @@ TEST_P(HangingWorker, holdsUpNeitherTheEndNorOtherWork)
 
 INSTANTIATE_TEST_SUITE_P(Engine, HangingWorker,
                          testing::Values(Hanging{&Engine::workers, 1}, Hanging{&Engine::patientWorker, 9}));
+
+/// Waits without end on the thread where it runs, with an executor of another one in its frame.
+asio::awaitable<void> waitHolding(asio::any_io_executor other, std::shared_ptr<std::latch> begun)
+{
+    const auto strand = asio::make_strand(std::move(other));
+    asio::steady_timer never{co_await asio::this_coro::executor, std::chrono::hours{1}};
+    begun->count_down();
+    co_await never.async_wait(asio::use_awaitable);
+}
+
+// A wrong order of destruction shows with the address sanitizer only.
+TEST(Engine, whatWaitsAtTheEndMayHoldExecutorsOfEachOther)
+{
+    const auto begun = std::make_shared<std::latch>(4);
+    Engine engine;
+    engine.start();
+    for (const auto& pool : {engine.workers(), engine.patientWorker()}) {
+        asio::co_spawn(engine.executor(), waitHolding(pool, begun), asio::detached);
+        asio::co_spawn(pool, waitHolding(engine.executor(), begun), asio::detached);
+    }
+    begun->wait();
+    EXPECT_TRUE(engine.stop(10s));
+}
 
 TEST(Engine, endsWithoutEverHavingStarted)
 {
