@@ -242,4 +242,13 @@ std::expected<AppSettings, std::string> withSetting(AppSettings settings, std::s
     return settings;
 }
 
+AppSettings withChanges(AppSettings settings, const AppSettings& from, const AppSettings& to)
+{
+    forEachAppSetting([&](std::string_view, auto member) {
+        if (from.*member != to.*member)
+            settings.*member = to.*member;
+    });
+    return settings;
+}
+
 }  // namespace tidewell

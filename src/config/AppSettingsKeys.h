@@ -34,4 +34,7 @@ inline constexpr std::array<std::int64_t, 8> lowAlertRepeatMinuteOptions{0, 5, 1
 [[nodiscard]] std::expected<AppSettings, std::string> withSetting(AppSettings settings, std::string_view key,
                                                                   std::string_view value);
 
+/// `settings`, but with the values of `to` where these differ from those of `from`.
+[[nodiscard]] AppSettings withChanges(AppSettings settings, const AppSettings& from, const AppSettings& to);
+
 }  // namespace tidewell

@@ -56,6 +56,14 @@ struct ConfigurationManager::Impl {
         return self->latest.wait();
     }
 
+    static asio::awaitable<Result> save(const std::shared_ptr<Impl>& self, ConfigurationEdit edit)
+    {
+        return begin(self, Kind::save,
+                     [edit = std::move(edit)](const Places& given, const HeldConfiguration& before) {
+                         return saveStored(given, before, edit);
+                     });
+    }
+
     void take(StoredOutcome& outcome, Kind kind)
     {
         problem = outcome.problem;
@@ -108,21 +116,19 @@ asio::awaitable<std::expected<void, ConfigurationProblem>> ConfigurationManager:
 asio::awaitable<std::expected<void, ConfigurationProblem>> ConfigurationManager::saveAccount(
     std::optional<GlucoseAccountConfiguration> account)
 {
-    ConfigurationEdit edit{.replacesAccount = true, .account = std::move(account)};
-    return Impl::begin(impl_, Impl::Kind::save,
-                       [edit = std::move(edit)](const Places& places, const HeldConfiguration& held) {
-                           return saveStored(places, held, edit);
-                       });
+    return Impl::save(impl_, {.replacesAccount = true, .account = std::move(account)});
 }
 
 asio::awaitable<std::expected<void, ConfigurationProblem>> ConfigurationManager::saveSettings(
     AppSettings settings)
 {
-    ConfigurationEdit edit{.settings = std::move(settings)};
-    return Impl::begin(impl_, Impl::Kind::save,
-                       [edit = std::move(edit)](const Places& places, const HeldConfiguration& held) {
-                           return saveStored(places, held, edit);
-                       });
+    return Impl::save(impl_, {.settings = std::move(settings)});
+}
+
+asio::awaitable<std::expected<void, ConfigurationProblem>> ConfigurationManager::changeSettings(
+    AppSettings from, AppSettings to)
+{
+    return Impl::save(impl_, {.settings = std::move(to), .formerSettings = std::move(from)});
 }
 
 std::shared_ptr<void> ConfigurationManager::observe(Observer observer)

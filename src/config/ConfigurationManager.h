@@ -76,6 +76,10 @@ public:
     /// On failure nothing changes, in memory or on disk.
     [[nodiscard]] asio::awaitable<std::expected<void, ConfigurationProblem>> saveSettings(
         AppSettings settings);
+    /// Stores those values in which `to` differs from `from`; the others stay as the document then has them,
+    /// whoever changed them meanwhile. On failure nothing changes, in memory or on disk.
+    [[nodiscard]] asio::awaitable<std::expected<void, ConfigurationProblem>> changeSettings(AppSettings from,
+                                                                                            AppSettings to);
 
     /// Keeps the observer until the returned token goes. Called on `main`, after everything has changed.
     using Observer = std::function<void(ConfigurationChange)>;

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "config/AppSettingsKeys.h"
 #include "config/AsideFile.h"
 #include "support/AtomicFile.h"
 #include "support/Log.h"
@@ -226,7 +227,9 @@ StoredOutcome saveStored(const Places& places, const HeldConfiguration& held, Co
     const HeldConfiguration before =
         document->configuration ? heldForm(std::move(*document->configuration)) : held;
     HeldConfiguration after = before;
-    if (edit.settings)
+    if (edit.settings && edit.formerSettings)
+        after.settings = withChanges(after.settings, *edit.formerSettings, *edit.settings);
+    else if (edit.settings)
         after.settings = std::move(*edit.settings);
     if (edit.replacesAccount) {
         after.account = std::move(edit.account);

@@ -21,6 +21,8 @@ struct ConfigurationEdit {
     bool replacesAccount = false;
     std::optional<GlucoseAccountConfiguration> account{};  ///< Without one, or without a username: sign out.
     std::optional<AppSettings> settings{};
+    /// With them, only those values of `settings` are replaced that differ from these.
+    std::optional<AppSettings> formerSettings{};
 };
 
 struct StoredOutcome {

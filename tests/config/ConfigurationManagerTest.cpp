@@ -225,6 +225,29 @@ TEST_F(ConfigurationManagerTest, anotherProcessesChangeIsKeptAndAnnounced)
     EXPECT_EQ(two.manager.account(), std::nullopt);
 }
 
+TEST_F(ConfigurationManagerTest, aChangeOfSettingsLeavesWhatOthersChangedMeanwhile)
+{
+    store(alice());
+    Process one{*this, loaded};
+    Process two{*this, loaded};
+    AppSettings wanted;
+    wanted.lowGlucoseThreshold = 80;
+    {
+        const auto first = one.manager.changeSettings({}, wanted);
+        const auto menu = one.manager.changeSettings({}, {.graphTimeWindowHours = 12});
+    }
+    ASSERT_TRUE(run(two.manager.changeSettings({}, mmolSettings())));
+    wanted.graphTimeWindowHours = 12;
+    wanted.measurementUnit = "mmol/L";
+    EXPECT_EQ(two.manager.settings(), wanted);
+    expectStored(alice(), wanted);
+
+    // Back to the default, which is what the other process held all the time.
+    ASSERT_TRUE(run(two.manager.changeSettings(wanted, {})));
+    ASSERT_TRUE(run(one.manager.load()));
+    EXPECT_EQ(one.manager.settings(), AppSettings{});
+}
+
 TEST_F(ConfigurationManagerTest, aDamagedDocumentIsKeptReportedAndReplacedOnlyBesideItsCopy)
 {
     for (const std::string& bytes : damagedDocuments()) {
