@@ -457,6 +457,15 @@ TEST_F(HistoryCoordinatorTest, aChangeThatNobodyWaitsForEndsAllTheSame)
     settle();
     EXPECT_TRUE(coordinator->status().configuration.isEnabled);
 
+    // What was read before a change may come after it.
+    const Running<std::vector<GlucoseReading>> restoring{io.get_executor(),
+                                                         coordinator->restore(coordinator->mark())};
+    clock.runReady();
+    const auto pausing = coordinator->pause();
+    settle();
+    EXPECT_FALSE(coordinator->status().configuration.isEnabled);
+    ASSERT_TRUE(changed(coordinator->enable(90, currentConsentVersion)));
+
     // Another account is followed before the worker had its turn: the change was meant for the first one.
     const auto never = coordinator->pause();
     coordinator->follow(scopeOf("bob"));
