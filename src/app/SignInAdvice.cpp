@@ -295,4 +295,29 @@ SignInProblem noReadingsProblem(GlucoseProvider provider)
     std::unreachable();
 }
 
+SignInProblem passwordNeededProblem()
+{
+    return {.title = "The password is needed",
+            .message = "The password of this account is not stored.",
+            .causes = {"The keyring is locked, or the password was removed from it."},
+            .remedy = "Enter the password."};
+}
+
+SignInProblem accountNotSavedProblem(const ConfigurationProblem& problem)
+{
+    SignInProblem advice{.title = "The account could not be saved", .message = problem.message};
+    switch (problem.error.kind) {
+    case ConfigurationError::Kind::keychainError:
+        advice.causes = {"The keyring is locked, or its unlock dialog was closed.",
+                         "No keyring is running in this session."};
+        advice.remedy = "Unlock the keyring and try again; what you entered is kept until then.";
+        break;
+    case ConfigurationError::Kind::invalidConfiguration:
+        advice.causes = {"The disk is full.", "The folder of the settings cannot be written to."};
+        advice.remedy = "Make room or mend the folder's permissions, then try again.";
+        break;
+    }
+    return advice;
+}
+
 }  // namespace tidewell

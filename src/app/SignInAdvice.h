@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "config/ConfigurationManager.h"
 #include "sources/GlucoseAPIProtocol.h"
 
 namespace tidewell {
@@ -25,5 +26,9 @@ struct SignInProblem {
 [[nodiscard]] SignInProblem nobodySharesProblem();
 /// The account is good, but the service has no readings.
 [[nodiscard]] SignInProblem noReadingsProblem(GlucoseProvider provider);
+/// No password was entered, and none is stored for the account.
+[[nodiscard]] SignInProblem passwordNeededProblem();
+/// The account is good, but could not be stored.
+[[nodiscard]] SignInProblem accountNotSavedProblem(const ConfigurationProblem& problem);
 
 }  // namespace tidewell

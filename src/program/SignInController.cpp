@@ -1,7 +1,5 @@
 #include "program/SignInController.h"
 
-#include <QCoreApplication>
-
 #include "app/AccountCheck.h"
 #include "support/Log.h"
 
@@ -10,25 +8,6 @@ namespace tidewell {
 namespace {
 
 const Log signInLog{"SignInController"};
-
-QString text(const std::string& value) { return QString::fromStdString(value); }
-
-QString tr(const char* source) { return QCoreApplication::translate("SignInController", source); }
-
-QString checkHint(GlucoseProvider provider)
-{
-    switch (provider) {
-    case GlucoseProvider::dexcom:
-        return tr(
-            "Check the user name, the password and the region. Use the account of the person who wears "
-            "the sensor, not a follower's, and make sure that sharing is switched on.");
-    case GlucoseProvider::libreLinkUp:
-        return tr(
-            "Use the follower's e-mail address and password, exactly as in the LibreLinkUp app. After "
-            "several wrong ones the service locks the account for a while.");
-    }
-    std::unreachable();
-}
 
 }  // namespace
 
@@ -69,8 +48,7 @@ void SignInController::submit(GlucoseAccountConfiguration account)
         if (stored && stored->provider == account.provider && stored->username == account.username)
             account.password = stored->password;
         if (account.password.empty()) {
-            dialog_->showError(tr("The password is needed"),
-                               tr("The account's password is no longer stored."), tr("Enter it."));
+            dialog_->showProblem(passwordNeededProblem());
             return;
         }
     }
@@ -109,7 +87,7 @@ asio::awaitable<void> SignInController::checkDexcom(GlucoseAccountConfiguration 
     if (check.result == AccountCheck::Result::good)
         co_await store(std::move(account));
     else
-        showFailure(account.provider, *check.error);
+        dialog_->showProblem(signInProblem(account.provider, *check.error, account.username));
 }
 
 asio::awaitable<void> SignInController::checkLibreLinkUp(GlucoseAccountConfiguration account)
@@ -120,50 +98,16 @@ asio::awaitable<void> SignInController::checkLibreLinkUp(GlucoseAccountConfigura
     if (cancellation.cancelled() != asio::cancellation_type::none)
         co_return;
     if (!connections) {
-        showFailure(account.provider, connections.error());
+        dialog_->showProblem(signInProblem(account.provider, connections.error(), account.username));
         co_return;
     }
     dialog_->showPeople(connections->people);
     if (connections->people.empty()) {
-        dialog_->showError(
-            tr("Nobody shares with this account"), text(noConnectionsText()),
-            tr("Ask the person who wears the sensor to invite this e-mail address in the Libre "
-               "app. When the invitation is accepted, go back and sign in again."));
+        dialog_->showProblem(nobodySharesProblem());
         co_return;
     }
     account.region = connections->region;
     pending_ = std::move(account);
-}
-
-void SignInController::showFailure(GlucoseProvider provider, const GlucoseAPIError& error)
-{
-    using enum AccountCheck::Result;
-    QString title = tr("Could not check the account");
-    QString hint;
-    switch (accountCheckResult(error)) {
-    case refused:
-        title = tr("Authentication failed");
-        hint = checkHint(provider);
-        break;
-    case actionRequired:
-        title = provider == GlucoseProvider::libreLinkUp ? tr("LibreLinkUp needs attention")
-                                                         : tr("Authentication failed");
-        hint = tr("When that is done, choose Sign in again.");
-        break;
-    case good:
-    case unreachable:
-        if (error.kind == GlucoseAPIError::Kind::transport)
-            hint = tr("Check your internet connection and try again.");
-        else if (error.kind == GlucoseAPIError::Kind::rateLimited)
-            hint =
-                tr("Wait for %1, then sign in again. The service may have locked the account after several "
-                   "wrong passwords.")
-                    .arg(text(elapsedPhrase(std::max(error.retryAfter.value_or(Seconds{0}), Seconds{60}))));
-        else
-            hint = tr("Wait a few minutes and try again.");
-        break;
-    }
-    dialog_->showError(title, text(error.text), hint);
 }
 
 asio::awaitable<void> SignInController::store(GlucoseAccountConfiguration account)
@@ -174,8 +118,7 @@ asio::awaitable<void> SignInController::store(GlucoseAccountConfiguration accoun
         co_return;
     if (!saved) {
         signInLog.error("The account was not stored: " + saved.error().message);
-        dialog_->showError(tr("Could not save the account"), text(saved.error().message),
-                           tr("Nothing was changed. Try again."));
+        dialog_->showProblem(accountNotSavedProblem(saved.error()));
         co_return;
     }
     pending_.reset();

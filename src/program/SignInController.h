@@ -27,7 +27,6 @@ private:
     asio::awaitable<void> checkDexcom(GlucoseAccountConfiguration account);
     asio::awaitable<void> checkLibreLinkUp(GlucoseAccountConfiguration account);
     asio::awaitable<void> store(GlucoseAccountConfiguration account);
-    void showFailure(GlucoseProvider provider, const GlucoseAPIError& error);
 
     Core& core_;
     std::unique_ptr<SignInDialog> dialog_;                ///< Made when it is first shown.

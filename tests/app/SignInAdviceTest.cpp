@@ -78,6 +78,10 @@ TEST(SignInAdvice, everyFailureOfEitherServiceHasCausesBesideTheSystemsOwnText)
         expectWhole(noReadingsProblem(provider));
     }
     expectWhole(nobodySharesProblem());
+    expectWhole(passwordNeededProblem());
+    for (const auto kind :
+         {ConfigurationError::Kind::keychainError, ConfigurationError::Kind::invalidConfiguration})
+        expectWhole(accountNotSavedProblem({.error = {.kind = kind}, .message = "Text."}));
 }
 
 /// The words of a cause that only some failures have.
