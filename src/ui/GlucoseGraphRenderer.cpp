@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "ui/DisplayText.h"
+
 namespace tidewell {
 
 namespace {
@@ -322,7 +324,7 @@ private:
         painter_.setFont(font);
         painter_.setPen(textColor(text.role));
         painter_.drawText(QPointF{text.origin.x, fromTop(text.origin.y) - QFontMetricsF{font}.descent()},
-                          QString::fromStdString(text.text));
+                          displayText(text.text));
     }
 
     QPainter& painter_;
@@ -342,9 +344,7 @@ GraphTextMeasure graphTextMeasure()
 {
     return [](std::string_view text, double points) -> GraphSize {
         const QFontMetricsF metrics{graphFont(points)};
-        return {
-            metrics.horizontalAdvance(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()))),
-            metrics.height()};
+        return {metrics.horizontalAdvance(displayText(text)), metrics.height()};
     };
 }
 
@@ -371,7 +371,7 @@ QImage glucoseGraphImage(const GlucoseGraphContent& content, const GraphPictureS
     QPainter painter{&image};
     paintGlucoseGraph(painter, layoutOf(content, style), style.theme);
     painter.end();
-    image.setText(QStringLiteral("Description"), QString::fromStdString(graphAccessibilityLabel(content)));
+    image.setText(QStringLiteral("Description"), displayText(graphAccessibilityLabel(content)));
     return image;
 }
 
@@ -384,7 +384,7 @@ QByteArray glucoseGraphSvg(const GlucoseGraphContent& content, const GraphPictur
     generator.setSize(QSizeF{style.size.width, style.size.height}.toSize());
     generator.setViewBox(QRectF{0, 0, style.size.width, style.size.height});
     generator.setTitle(QStringLiteral("Glucose graph"));
-    generator.setDescription(QString::fromStdString(graphAccessibilityLabel(content)));
+    generator.setDescription(displayText(graphAccessibilityLabel(content)));
     QPainter painter{&generator};
     painter.fillRect(generator.viewBoxF(), palette(style.theme).background);
     paintGlucoseGraph(painter, layoutOf(content, style), style.theme);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "sources/GlucoseUnits.h"
+#include "ui/DisplayText.h"
 
 namespace tidewell {
 namespace {
@@ -138,9 +139,9 @@ void GlucoseGraphView::setPointer(std::optional<double> x)
 
 void GlucoseGraphView::speak()
 {
-    setSpokenName(*this, QString::fromStdString(walked_ ? spokenGraphReading(readingAt(*walked_),
-                                                                             content_.settings, content_.zone)
-                                                        : graphAccessibilityLabel(content_)));
+    setSpokenName(
+        *this, displayText(walked_ ? spokenGraphReading(readingAt(*walked_), content_.settings, content_.zone)
+                                   : graphAccessibilityLabel(content_)));
 }
 
 void GlucoseGraphView::paintEvent(QPaintEvent*)

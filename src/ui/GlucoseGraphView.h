@@ -17,6 +17,7 @@ namespace tidewell {
 /// that it does not use go on to the parent. Colours and letters follow the palette and the application's
 /// font. Main thread.
 class GlucoseGraphView final : public QWidget, public SpokenWidget {
+    Q_DECLARE_TR_FUNCTIONS(GlucoseGraphView)
 public:
     explicit GlucoseGraphView(QWidget* parent = nullptr);
 

@@ -14,9 +14,14 @@
 #include <vector>
 
 #include "insights/InsightsTexts.h"
+#include "ui/DisplayText.h"
 
 namespace tidewell {
 namespace {
+
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(InsightsCharts)
+};
 
 constexpr double letterHeight = 11;
 constexpr double minutesPerDay = 1440;
@@ -73,10 +78,7 @@ const Palette& palette(GraphTheme theme)
     return theme == GraphTheme::light ? light : dark;
 }
 
-QString text(std::string_view words)
-{
-    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
-}
+QString text(std::string_view words) { return displayText(words); }
 
 QFont chartFont(const InsightsChartStyle& style, bool bold = false)
 {
@@ -309,10 +311,10 @@ void paintLegend(QPainter& painter, const Plot& plot, const InsightsChartStyle& 
         QColor color;
         bool isLine;
     };
-    const std::array entries{Entry{QStringLiteral("median"), colors.line, true},
-                             Entry{QStringLiteral("middle 50%"), colors.middle50, false},
-                             Entry{QStringLiteral("middle 90%"), colors.middle90, false},
-                             Entry{QStringLiteral("target range"), colors.target, false}};
+    const std::array entries{Entry{Words::tr("median"), colors.line, true},
+                             Entry{Words::tr("middle 50%"), colors.middle50, false},
+                             Entry{Words::tr("middle 90%"), colors.middle90, false},
+                             Entry{Words::tr("target range"), colors.target, false}};
     double width = 0;
     for (const Entry& entry : entries)
         width += 2.6 * side + metrics.horizontalAdvance(entry.name);
@@ -527,8 +529,12 @@ void paintInsightsBands(QPainter& painter, const QRectF& area,
     const double gap = style.textScale;
     const double rowHeight = bandRowHeight(style);
     const double side = 0.8 * metrics.height();
-    const double nameWidth = metrics.horizontalAdvance(QStringLiteral("Very high")) + 2.4 * side;
-    const double limitsWidth = metrics.horizontalAdvance(limitsText(InsightsBand::high, style)) + side;
+    double nameWidth = 0;
+    double limitsWidth = 0;
+    for (const InsightsBandSummary& band : bands) {
+        nameWidth = std::max(nameWidth, metrics.horizontalAdvance(text(bandTitle(band.band))) + 2.4 * side);
+        limitsWidth = std::max(limitsWidth, metrics.horizontalAdvance(limitsText(band.band, style)) + side);
+    }
     const double shareWidth = metrics.horizontalAdvance(QStringLiteral("100.0%")) + 2 * side;
     painter.fillRect(QRectF{area.left(), area.top(), area.width(), bandBarHeight(style)}, colors.grid);
     for (std::size_t i = 0; i < bands.size(); ++i) {
@@ -604,21 +610,20 @@ void paintInsightsProfile(QPainter& painter, const QRectF& area_, const Insights
         return;
     const InsightsAGPBin& bin = agp.bins[*marked];
     const double x = plot.xOfMinute(bin.startMinute + InsightsAGP::binMinutes / 2.0);
-    std::vector<QString> lines{
-        timeText(bin.startMinute) + QStringLiteral("–") +
-        timeText(bin.startMinute + InsightsAGP::binMinutes) +
-        QString::fromStdString(fmt::format(", {} day{}", bin.dayCount, bin.dayCount == 1 ? "" : "s"))};
+    std::vector<QString> lines{timeText(bin.startMinute) + QStringLiteral("–") +
+                               timeText(bin.startMinute + InsightsAGP::binMinutes) + QStringLiteral(", ") +
+                               text(fmt::format("{} day{}", bin.dayCount, bin.dayCount == 1 ? "" : "s"))};
     const auto range = [&](double from, double to) {
         return value(from, style) + QStringLiteral("–") + value(to, style) + u' ' +
                text(rawValue(style.unit));
     };
     if (const auto& percentiles = bin.percentiles) {
-        lines.push_back(QStringLiteral("median ") + value(percentiles->medianMgdl, style) + u' ' +
-                        text(rawValue(style.unit)));
-        lines.push_back(QStringLiteral("middle 50%: ") + range(percentiles->p25Mgdl, percentiles->p75Mgdl));
-        lines.push_back(QStringLiteral("middle 90%: ") + range(percentiles->p5Mgdl, percentiles->p95Mgdl));
+        lines.push_back(Words::tr("median %1")
+                            .arg(value(percentiles->medianMgdl, style) + u' ' + text(rawValue(style.unit))));
+        lines.push_back(Words::tr("middle 50%: %1").arg(range(percentiles->p25Mgdl, percentiles->p75Mgdl)));
+        lines.push_back(Words::tr("middle 90%: %1").arg(range(percentiles->p5Mgdl, percentiles->p95Mgdl)));
     } else {
-        lines.push_back(QString::fromStdString(fmt::format("fewer than {} days", InsightsAGP::minimumDays)));
+        lines.push_back(Words::tr("fewer than %1 days").arg(InsightsAGP::minimumDays));
     }
     paintMark(painter, plot, x, lines, style);
     if (bin.percentiles) {
@@ -663,7 +668,7 @@ void paintInsightsSmallDay(QPainter& painter, const QRectF& area, const Insights
     painter.restore();
     if (day.points.empty()) {
         painter.setPen(colors.faintText);
-        painter.drawText(plot.area, Qt::AlignCenter, QStringLiteral("no readings"));
+        painter.drawText(plot.area, Qt::AlignCenter, Words::tr("no readings"));
     }
     if (marked) {
         painter.setPen(QPen{colors.mark, 2 * line});
@@ -789,7 +794,7 @@ std::optional<std::size_t> insightsColumnAt(const QRectF& area, std::size_t coun
 QString insightsDateText(std::chrono::sys_days date)
 {
     const QDate shown = QDate{1970, 1, 1}.addDays(date.time_since_epoch().count());
-    return QLocale::c().toString(shown, QStringLiteral("ddd, d MMM"));
+    return displayDate(shown, QStringLiteral("ddd, d MMM"));
 }
 
 }  // namespace tidewell

@@ -10,16 +10,14 @@
 #include <utility>
 
 #include "insights/InsightsTexts.h"
+#include "ui/DisplayText.h"
 #include "ui/InsightsChartView.h"
 #include "ui/InsightsPanel.h"
 
 namespace tidewell {
 namespace {
 
-QString text(std::string_view words)
-{
-    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
-}
+QString text(std::string_view words) { return displayText(words); }
 
 /// Readings of five minutes in an hour.
 constexpr std::size_t readingsPerPage = 12;
@@ -114,7 +112,7 @@ void InsightsDayDialog::showDay(std::size_t day)
     const InsightsReportContent& report = *my.report;
     const InsightsDay& shown = report.days.at(day);
     const QDate date = QDate{1970, 1, 1}.addDays(shown.date.time_since_epoch().count());
-    const QString title = QLocale::c().toString(date, QStringLiteral("dddd, d MMMM yyyy"));
+    const QString title = displayDate(date, QStringLiteral("dddd, d MMMM yyyy"));
     my.title->setText(title);
     setWindowTitle(title);
     QString figures = tr("No readings");

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "insights/InsightsTexts.h"
+#include "ui/DisplayText.h"
 #include "ui/InsightsCharts.h"
 
 namespace tidewell {
@@ -12,10 +13,7 @@ namespace {
 
 enum Column { began, lasted, kind, extreme, remarks, columnCountOfTable };
 
-QString text(std::string_view words)
-{
-    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
-}
+QString text(std::string_view words) { return displayText(words); }
 
 /// "Mon, 2 Mar 08:15".
 QString momentText(Date date, TimeZone zone)

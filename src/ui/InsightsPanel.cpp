@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "insights/InsightsTexts.h"
+#include "ui/DisplayText.h"
 #include "ui/InsightsChartView.h"
 #include "ui/InsightsEpisodesModel.h"
 
@@ -29,10 +30,7 @@ constexpr int cardLetters = 26;
 constexpr int mostCardColumns = 4;
 constexpr int tableRows = 8;
 
-QString text(std::string_view words)
-{
-    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
-}
+QString text(std::string_view words) { return displayText(words); }
 
 template <class... Arguments>
 QString formatted(fmt::format_string<Arguments...> format, Arguments&&... arguments)
@@ -54,7 +52,7 @@ QString spokenGlucose(double mgdL, GlucoseUnits unit)
 /// "1 day", "14 days".
 QString counted(std::size_t count, const char* one)
 {
-    return formatted("{} {}{}", count, one, count == 1 ? "" : "s");
+    return displayText(fmt::format("{} {}{}", count, one, count == 1 ? "" : "s"));
 }
 
 QString percent(double fraction) { return formatted("{:.1f}%", fraction * 100); }

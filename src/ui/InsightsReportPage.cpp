@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "insights/InsightsTexts.h"
+#include "ui/DisplayText.h"
 #include "ui/InsightsCharts.h"
 #include "ui/PersonName.h"
 
@@ -46,16 +47,13 @@ constexpr double mostProfile = 230 * pt;
 constexpr double leastDay = 45 * pt;  ///< Of a row of days ...
 constexpr double mostDay = 76 * pt;   ///< ... where there is room.
 
-QString fromText(std::string_view words)
-{
-    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
-}
+QString fromText(std::string_view words) { return displayText(words); }
 
 /// "2 Mar 2026"; of a local date, as if the local time were UTC.
 QString dateText(std::chrono::sys_days date)
 {
-    return QLocale{QLocale::English}.toString(QDate{1970, 1, 1}.addDays(date.time_since_epoch().count()),
-                                              u"d MMM yyyy");
+    return displayDate(QDate{1970, 1, 1}.addDays(date.time_since_epoch().count()),
+                       QStringLiteral("d MMM yyyy"));
 }
 
 std::chrono::sys_days localDate(Date moment, TimeZone zone) { return LocalClock{zone}.at(moment).date; }

@@ -24,6 +24,7 @@
 
 #include "insights/InsightsTexts.h"
 #include "ui/Announcer.h"
+#include "ui/DisplayText.h"
 #include "ui/InsightsDayDialog.h"
 #include "ui/InsightsPanel.h"
 
@@ -35,10 +36,7 @@ constexpr std::array offeredDays{7, 14, 30, 90};
 constexpr int mostDays = 366;
 constexpr int messageWidth = 520;
 
-QString text(std::string_view words)
-{
-    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
-}
+QString text(std::string_view words) { return displayText(words); }
 
 QDate dateOf(std::chrono::sys_days date)
 {

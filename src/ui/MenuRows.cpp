@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/DisplayText.h"
+
 namespace tidewell {
 namespace {
 
@@ -20,18 +22,16 @@ namespace {
 constexpr int rowMargin = 8;
 constexpr int rowGap = 3;
 
-QString plain(const std::string& text) { return QString::fromStdString(text); }
-
 /// For a style: its "&" are text, not marks of a mnemonic.
 QString withoutMnemonic(QString text) { return text.replace(u'&', QStringLiteral("&&")); }
 
 QString spokenText(const MenuItem& item)
 {
     if (!item.accessibleText.empty())
-        return plain(item.accessibleText);
-    QString spoken = plain(item.title);
+        return displayText(item.accessibleText);
+    QString spoken = displayText(item.title);
     for (const std::string& line : item.details)
-        spoken += (spoken.endsWith(u'.') ? QStringLiteral(" ") : QStringLiteral(". ")) + plain(line);
+        spoken += (spoken.endsWith(u'.') ? QStringLiteral(" ") : QStringLiteral(". ")) + displayText(line);
     return spoken;
 }
 
@@ -134,7 +134,7 @@ public:
     void setItem(const MenuItem& item) override
     {
         command_ = item.command;
-        button_->setText(plain(item.title));
+        button_->setText(displayText(item.title));
         button_->setAvailable(item.enabled);
         setSpokenName(*button_, spokenText(item));
         button_->updateGeometry();
@@ -152,6 +152,7 @@ private:
 /// Says something: one line, or an alert with a triangle and all of its lines. The keyboard stops here, so
 /// that a screen reader can read it.
 class NoteRow final : public MenuRow, public SpokenWidget {
+    Q_DECLARE_TR_FUNCTIONS(NoteRow)
 public:
     NoteRow()
     {
@@ -164,12 +165,12 @@ public:
     void setItem(const MenuItem& item) override
     {
         alert_ = item.kind == MenuItem::Kind::alert;
-        title_ = plain(item.title);
+        title_ = displayText(item.title);
         QStringList lines;
         for (const std::string& line : item.details)
-            lines.append(plain(line));
+            lines.append(displayText(line));
         details_ = lines.join(u'\n');
-        setSpokenName(*this, (alert_ ? tr("Warning") + QStringLiteral(": ") : QString{}) + spokenText(item));
+        setSpokenName(*this, alert_ ? tr("Warning: %1").arg(spokenText(item)) : spokenText(item));
         setObjectName(alert_ ? QStringLiteral("alert") : QString{});
         updateGeometry();
         update();
@@ -283,8 +284,7 @@ public:
           refresh_{new FlatButton{QAccessible::PushButton, [this] { chosen_(command_); }}}
     {
         words_->setTextFormat(Qt::PlainText);
-        refresh_->setText(
-            QString::fromUtf8(refreshTitle.data(), static_cast<qsizetype>(refreshTitle.size())));
+        refresh_->setText(displayText(refreshTitle));
         setSpokenName(*refresh_, refresh_->text());
         auto* const layout = new QHBoxLayout{this};
         layout->setContentsMargins(rowMargin, 0, 0, 0);
@@ -295,9 +295,9 @@ public:
     void setItem(const MenuItem& item) override
     {
         command_ = item.command;
-        words_->setText(plain(item.title));
+        words_->setText(displayText(item.title));
         refresh_->setAvailable(item.enabled);
-        refresh_->setAccessibleDescription(plain(item.title));
+        refresh_->setAccessibleDescription(displayText(item.title));
     }
 
     [[nodiscard]] std::vector<QWidget*> stops() override { return {refresh_}; }
@@ -408,7 +408,7 @@ void TimeWindowPicker::setItems(const std::vector<MenuItem>& choices)
             new FlatButton{QAccessible::RadioButton, [this, command = item.command] { chosen_(command); }};
         button->setText(tr("%1 h").arg(static_cast<int>(*window)));
         button->setCheckable(true);
-        setSpokenName(*button, plain(item.title));
+        setSpokenName(*button, displayText(item.title));
         layout()->addWidget(button);
         choices_.push_back({item.command, button});
     }

@@ -65,6 +65,7 @@ protected:
 
 /// The windows of the graph as toggle buttons, one of which is on. Left, Right, Home and End pick at once.
 class TimeWindowPicker final : public QWidget, public SpokenWidget {
+    Q_DECLARE_TR_FUNCTIONS(TimeWindowPicker)
 public:
     explicit TimeWindowPicker(ChosenHandler chosen);
     void setItems(const std::vector<MenuItem>& choices);

@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 
+#include "ui/DisplayText.h"
 #include "ui/SpokenWidget.h"
 
 namespace tidewell {
@@ -16,11 +17,11 @@ SpokenStatusItem::~SpokenStatusItem() { announceStatusItem(nullptr); }
 
 void SpokenStatusItem::present(const StatusItemContent& content)
 {
-    const QString name = QString::fromStdString(content.accessibilityLabel);
-    QString description = QString::fromStdString(content.accessibilityValue);
+    const QString name = displayText(content.accessibilityLabel);
+    QString description = displayText(content.accessibilityValue);
     if (!description.isEmpty())
         description += u' ';
-    description += QString::fromStdString(content.accessibilityHelp);
+    description += displayText(content.accessibilityHelp);
     if (name == name_ && description == description_)
         return;
     name_ = name;

@@ -13,4 +13,7 @@ namespace tidewell {
 /// for the life of the application object. English needs none. Once, after the application was made.
 void installTranslations(const QLocale& locale);
 
+/// For dates in texts: the locale of the language that is spoken. English keeps the forms of the C locale.
+[[nodiscard]] QLocale displayLocale();
+
 }  // namespace tidewell

@@ -12,6 +12,7 @@
 #include "platform/linux/NotificationSignals.h"
 #include "support/Log.h"
 #include "support/OnExecutor.h"
+#include "ui/DisplayText.h"
 
 namespace tidewell {
 namespace {
@@ -62,10 +63,11 @@ std::optional<Capabilities> capabilitiesOf(const QDBusMessage& answer)
                         .sound = announced("sound")};
 }
 
-/// Text as it may stand in a message: a bus closes the connection of who sends it control characters.
+/// Text as it is shown and may stand in a message: a bus closes the connection of who sends it control
+/// characters.
 QString cleanText(const std::string& text)
 {
-    QString clean = QString::fromStdString(text);
+    QString clean = displayText(text);
     for (QChar& character : clean)
         if (character < u' ' && character != u'\n')
             character = u' ';
@@ -89,9 +91,9 @@ QDBusMessage notifyCall(const UserNotification& notification, const Capabilities
 
     QStringList actions;
     if (server.actions) {
-        actions << openAction << QStringLiteral("Show");
+        actions << openAction << displayText("Show");
         if (notification.offersSnooze)
-            actions << snoozeAction << QStringLiteral("Snooze 30 min");
+            actions << snoozeAction << displayText("Snooze 30 min");
     }
     QVariantMap hints{{QStringLiteral("urgency"), QVariant::fromValue<uchar>(urgent ? 2 : 1)},
                       {QStringLiteral("category"), QStringLiteral("device")},

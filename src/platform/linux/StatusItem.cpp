@@ -21,6 +21,7 @@
 #include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/StatusWatcher.h"
 #include "support/Log.h"
+#include "ui/DisplayText.h"
 #include "ui/StatusMenu.h"
 
 namespace tidewell {
@@ -48,13 +49,13 @@ constexpr std::chrono::milliseconds turnInterval{1000};
 /// Some panels take a tooltip's title as text and some as markup; this reads the same in both.
 QString neutralTitle(const std::string& title)
 {
-    return QString::fromStdString(title).replace(u'&', u'+').replace(u'<', u'‹').replace(u'>', u'›');
+    return displayText(title).replace(u'&', u'+').replace(u'<', u'‹').replace(u'>', u'›');
 }
 
 QString markup(const std::string& text, std::string_view lineBreak)
 {
     const QLatin1String replacement{lineBreak.data(), static_cast<qsizetype>(lineBreak.size())};
-    return QString::fromStdString(text).toHtmlEscaped().replace(u'\n', replacement);
+    return displayText(text).toHtmlEscaped().replace(u'\n', replacement);
 }
 
 /// Worth the panel's notice: the person has to act, or the value is in the red.
@@ -432,16 +433,17 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
             updateLegacyTray();
         if (!item || !host)
             return;
-        busMenu->setItems(menuOfLines(content.menu));
+        // Translated whole before lines are broken, and then what stands in lines only.
+        busMenu->setItems(displayMenu(menuOfLines(displayMenu(content.menu))));
         item->setFace(face());
     }
 
     ItemFace face()
     {
         ItemFace face;
-        face.title = QString::fromStdString(content.accessibilityLabel);
+        face.title = displayText(content.accessibilityLabel);
         if (!content.accessibilityValue.empty())
-            face.title += QLatin1String(": ") + QString::fromStdString(content.accessibilityValue);
+            face.title += QLatin1String(": ") + displayText(content.accessibilityValue);
         face.status = needsAttention(content) ? QStringLiteral("NeedsAttention") : QStringLiteral("Active");
         for (const int height : host->heights)
             face.pixmaps.append(iconPixmap(paint(host->shape, height)));
@@ -450,7 +452,7 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
             if (iconFiles.look(picture, options.time.now()) == StatusIconFiles::State::ready)
                 face.iconName = QString::fromStdString(iconFiles.file(picture).string());
             face.label = QString::fromStdString(content.label);
-            face.description = face.title + u' ' + QString::fromStdString(content.accessibilityHelp);
+            face.description = face.title + u' ' + displayText(content.accessibilityHelp);
         }
         face.toolTip.title = neutralTitle(content.tooltipTitle);
         face.toolTip.text = markup(content.tooltipText, host->lineBreak);
@@ -479,9 +481,9 @@ struct StatusItem::Impl : std::enable_shared_from_this<Impl> {
             legacyTray->setIcon(icon);
             legacyPictures = std::move(pictures);
         }
-        QString text = QString::fromStdString(content.tooltipTitle);
+        QString text = displayText(content.tooltipTitle);
         if (!content.tooltipText.empty())
-            text += u'\n' + QString::fromStdString(content.tooltipText);
+            text += u'\n' + displayText(content.tooltipText);
         legacyTray->setToolTip(text);
     }
 };
