@@ -267,6 +267,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
 
     void update()
     {
+        const Self self = shared_from_this();  // An observer may let everything go.
         state.path.clear();
         for (const auto& [step, name] : stepNames)
             if (step != Step::person || state.account.provider == GlucoseProvider::libreLinkUp)
@@ -318,7 +319,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         case Step::person: enterPerson(); break;
         case Step::firstReading: enterFirstReading(); break;
         case Step::alerts: look(); break;
-        case Step::history: enterHistory(); break;
+        case Step::history: followHistory(); break;
         case Step::login: lookAtLoginItem(); break;
         case Step::welcome:
         case Step::terms:
@@ -393,7 +394,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     {
         const AppSettings& stored = services.configuration.settings();
         const bool untouched = reached <= Step::glucose && merged({}, stored) == merged({}, AppSettings{});
-        hasUnsavedSettings = untouched;
+        hasUnsavedSettings = false;
         state.settings = untouched ? merged(stored, initialSettings(services.country)) : snapped(stored);
     }
 
@@ -752,7 +753,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         case AccountCheck::Result::refused:
         case AccountCheck::Result::actionRequired:
             self->mayGoOn = false;
-            self->forgetReading();
+            self->forgetPeople();  // They are asked for anew: one may no longer share.
             self->failToSignIn(asked, *check.error);
             break;
         }
@@ -923,11 +924,13 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     {
         if (!hasChosenHistory)
             state.savesHistory = isSavingHistory();
+        if (isSavingHistory())
+            state.retentionDays = services.history.status().configuration.retentionDays;
     }
 
-    void enterHistory()
+    /// Tells whether an earlier run has switched saving on; nothing is written by that.
+    void followHistory()
     {
-        // Tells whether an earlier run has switched saving on; nothing is written by that.
         if (services.history.status().scope != scope())
             services.history.follow(scope());
         takeHistoryStatus();
@@ -935,6 +938,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
 
     void leaveHistory()
     {
+        followHistory();  // Another process may have changed the account meanwhile.
         startWork([](Self self, std::uint64_t number) { return changeHistory(self, number); });
         update();
     }
