@@ -46,6 +46,7 @@ struct SettingsState {
 
     std::vector<AlertFinding> findings{};  ///< Worst first; empty until looked at.
     bool isLooking = false;
+    bool operator==(const SettingsState&) const = default;
 };
 
 /// The settings without their window: shows what is stored, stores each change at once, one after the other,
@@ -55,6 +56,7 @@ struct SettingsState {
 /// itself, unseen.
 class SettingsModel {
 public:
+    /// What is referred to outlives the model and the last turn of `main`.
     struct Services {
         asio::any_io_executor main;
         asio::any_io_executor workers;  ///< For the login item.
@@ -81,8 +83,9 @@ public:
     /// The window is shown or came to the front: looks at permission, login item, what is saved, and what
     /// there is to find.
     void refresh();
-    /// Stores preferences that differ from state().settings. startAtLogin is not looked at. A threshold that
-    /// none of the options is, and other values that the settings do not offer, are not taken.
+    /// Stores preferences that differ from state().settings, and leaves all others as they then are.
+    /// startAtLogin is not looked at. A threshold that none of the options is, and other values that the
+    /// settings do not offer, are not taken; saveProblem says so.
     void change(AppSettings wanted);
     /// The desktop's entry first, then the preference, which follows what is so.
     void setStartAtLogin(bool starts);
