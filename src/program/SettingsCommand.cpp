@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include "config/AppSettingsKeys.h"
+#include "platform/linux/AutostartFile.h"
 #include "program/CommandSession.h"
 #include "program/Commands.h"
 
@@ -28,6 +29,18 @@ CommandError unknownKey(const std::string& key)
     return {ExitCode::usage, fmt::format("There is no setting \"{}\". There are: {}.", key, known)};
 }
 
+constexpr std::string_view startAtLoginKey = "startAtLogin";
+
+/// The settings with what the desktop really does at login; what is wrong with that goes to standard error.
+AppSettings withLoginItem(AppSettings settings)
+{
+    const LoginItemStatus status = AutostartFile{AutostartFile::standardPlaces()}.status();
+    if (!status.problem.empty())
+        fmt::print(stderr, "tidewell: {}\n", status.problem);
+    settings.startAtLogin = status.isEnabled;
+    return settings;
+}
+
 }  // namespace
 
 ExitCode runSettingsGet(const std::optional<std::string>& key)
@@ -35,7 +48,9 @@ ExitCode runSettingsGet(const std::optional<std::string>& key)
     const auto session = loadedSession();
     if (!session)
         return report(session.error());
-    const auto& settings = (*session)->configuration().settings();
+    AppSettings settings = (*session)->configuration().settings();
+    if (!key || *key == startAtLoginKey)
+        settings = withLoginItem(std::move(settings));
     if (key) {
         const auto value = settingText(settings, *key);
         if (!value)
@@ -59,6 +74,12 @@ ExitCode runSettingsSet(const std::string& key, const std::string& value)
     auto changed = withSetting(configuration.settings(), key, value);
     if (!changed)
         return report({ExitCode::usage, changed.error()});
+    if (key == startAtLoginKey) {
+        AutostartFile file{AutostartFile::standardPlaces()};
+        if (const auto done = file.setEnabled(changed->startAtLogin); !done)
+            return report({ExitCode::failure, done.error()});
+        changed = withLoginItem(std::move(*changed));
+    }
     if (const auto saved = (*session)->run(configuration.saveSettings(std::move(*changed))); !saved)
         return report({ExitCode::failure, saved.error().message});
     (*session)->announceChange();

@@ -390,6 +390,30 @@ TEST_F(CommandLineTest, settingsAreKeptAndShown)
     EXPECT_EQ(contents(home / ".config/tidewell/configuration.json"), "[]");
 }
 
+TEST_F(CommandLineTest, startAtLoginIsWhatTheDesktopDoes)
+{
+    environment["XDG_CONFIG_DIRS"] = (home / "xdg").string();
+    const auto entry = home / ".config/autostart/org.tidewell.Tidewell.desktop";
+    const auto value = [this] { return run({"settings", "get", "startAtLogin"}).output; };
+    EXPECT_EQ(value(), "false\n");
+    EXPECT_EQ(run({"settings", "set", "startAtLogin", "on"}).output, "startAtLogin = true\n");
+    EXPECT_NE(contents(entry).find("Exec=" TIDEWELL_PROGRAM "\n"), std::string::npos) << contents(entry);
+    EXPECT_EQ(value(), "true\n");
+
+    // Somebody else switched it off.
+    std::ofstream{entry, std::ios::app} << "Hidden=true\n";
+    EXPECT_EQ(value(), "false\n");
+    EXPECT_NE(run({"settings"}).output.find("startAtLogin = false\n"), std::string::npos);
+
+    EXPECT_EQ(run({"settings", "set", "startAtLogin", "off"}).output, "startAtLogin = false\n");
+    EXPECT_FALSE(std::filesystem::exists(entry));
+    std::ofstream{entry} << "Dear diary\n";
+    const auto refused = run({"settings", "set", "startAtLogin", "on"});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_TRUE(refused.errors.ends_with(" is not a desktop entry.\n")) << refused.errors;
+    EXPECT_EQ(contents(entry), "Dear diary\n");
+}
+
 TEST_F(CommandLineTest, aSnoozeIsKeptSaidAndEnded)
 {
     const auto bookkeeping = home / ".local/state/tidewell/defaults.json";
