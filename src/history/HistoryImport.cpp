@@ -58,6 +58,9 @@ bool isOneOf(std::string_view value, T... wanted)
     return ((value == wanted) || ...);
 }
 
+/// Begins a line of Tidewell's own CSV that is none of readings.
+constexpr char remarkMark = '#';
+
 /// A field as a number, with a decimal comma where it cannot be anything else.
 std::optional<double> numberIn(const CsvField& field, char separator)
 {
@@ -238,6 +241,8 @@ struct HistoryImportReader::Impl {
         sawRecord = true;
         if (!columns)
             return onHeader(line, record);
+        if (record.front() == remarkMark && !columns->kind)
+            return true;
         ++file.rows;
         onRow(line, record);
         return !file.problem;

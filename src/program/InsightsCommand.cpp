@@ -186,7 +186,7 @@ ExitCode writePage(const InsightsOptions& options, const InsightsReport& content
     add(options.png, InsightsReportFormat::png);
     if (options.withReadings)
         files.push_back({readingsBeside(files.front().path),
-                         exportHistory(parts.attached, HistoryExportFormat::csv), options.force});
+                         attachedReadings(parts.attached, content.unreadableDays), options.force});
     if (const auto problem = writeReportFiles(files))
         return report({ExitCode::failure, *problem});
     // Of a document nothing else may stand on standard output.

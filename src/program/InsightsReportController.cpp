@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "history/HistoryExport.h"
 #include "program/InsightsReportFiles.h"
 #include "support/Workers.h"
 
@@ -45,6 +44,7 @@ asio::awaitable<void> InsightsReportController::save(std::shared_ptr<const Insig
                                                      InsightsReportRequest request)
 {
     std::vector<StoredReading> readings;
+    std::vector<std::string> missingDays;
     if (request.withReadings) {
         const auto& [start, end] = content->result.summary.interval;
         auto saved = co_await core_.history().snapshot(start, end);
@@ -60,9 +60,11 @@ asio::awaitable<void> InsightsReportController::save(std::shared_ptr<const Insig
             co_return;
         }
         readings = std::move(saved->readings);
+        for (const std::int64_t day : saved->unreadableDays)
+            missingDays.push_back(isoText(dateFromUnix(static_cast<double>(day) * 86'400)).substr(0, 10));
     }
     auto write = [content = std::move(content), request = std::move(request), readings = std::move(readings),
-                  isDemonstration = core_.isDemonstration()] {
+                  missingDays, isDemonstration = core_.isDemonstration()] {
         InsightsReportContent page = *content;
         page.name = request.name;
         page.isDemonstration = isDemonstration;
@@ -70,8 +72,7 @@ asio::awaitable<void> InsightsReportController::save(std::shared_ptr<const Insig
             {request.file, insightsReport(page, request.paper, request.format).toStdString(),
              request.replace}};
         if (request.withReadings)
-            files.push_back(
-                {readingsBeside(request.file), exportHistory(readings, HistoryExportFormat::csv), false});
+            files.push_back({readingsBeside(request.file), attachedReadings(readings, missingDays), false});
         return writeReportFiles(files);
     };
     const auto problem = co_await runOnWorker(core_.workers(), std::move(write));
@@ -80,7 +81,7 @@ asio::awaitable<void> InsightsReportController::save(std::shared_ptr<const Insig
     if (problem)
         dialog_->showError(QString::fromStdString(*problem));
     else
-        dialog_->finish();
+        dialog_->finish(missingDays);
 }
 
 }  // namespace tidewell

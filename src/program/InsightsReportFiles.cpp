@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <system_error>
 
+#include "history/HistoryExport.h"
 #include "support/AtomicFile.h"
 
 namespace tidewell {
@@ -16,6 +17,16 @@ std::filesystem::path readingsBeside(const std::filesystem::path& page)
 {
     std::filesystem::path readings = page;
     return readings.replace_extension(".csv");
+}
+
+std::string attachedReadings(const std::vector<StoredReading>& readings,
+                             const std::vector<std::string>& unreadableDays)
+{
+    std::string text = exportHistory(readings, HistoryExportFormat::csv);
+    if (!unreadableDays.empty())
+        text += fmt::format("# Missing, since saved readings of these days (UTC) cannot be read: {}\n",
+                            fmt::join(unreadableDays, " "));
+    return text;
 }
 
 std::optional<std::string> existsAlready(const std::filesystem::path& path, bool replace)
@@ -31,10 +42,13 @@ std::optional<std::string> writeReportFiles(const std::vector<InsightsReportFile
     for (const auto& [path, content, replace] : files)
         if (auto exists = existsAlready(path, replace))
             return *exists + ".";
-    for (const auto& [path, content, replace] : files)
+    std::string written;
+    for (const auto& [path, content, replace] : files) {
         if (const auto error = content.empty() ? std::make_error_code(std::errc::not_enough_memory)
                                                : writeFileAtomically(path, content))
-            return fmt::format("\"{}\" cannot be written: {}.", path.string(), error.message());
+            return fmt::format("\"{}\" cannot be written: {}.{}", path.string(), error.message(), written);
+        written += fmt::format(" \"{}\" was written.", path.string());
+    }
     return {};
 }
 

@@ -14,6 +14,8 @@
 #include <array>
 #include <utility>
 
+#include "ui/Announcer.h"
+
 namespace tidewell {
 namespace {
 
@@ -56,6 +58,8 @@ struct InsightsReportDialog::Impl {
     QCheckBox* withReadings = nullptr;
     QLabel* problem = nullptr;
     QPushButton* choose = nullptr;
+    QPushButton* cancel = nullptr;
+    Announcer* announcer = nullptr;
 
     [[nodiscard]] const Kind& chosenKind() const
     {
@@ -73,7 +77,7 @@ struct InsightsReportDialog::Impl {
     {
         problem->setText(text);
         problem->setVisible(!text.isEmpty());
-        problem->setAccessibleName(text);
+        announcer->say(text);
     }
 
     void askWhere(InsightsReportDialog* dialog)
@@ -124,7 +128,10 @@ InsightsReportDialog::InsightsReportDialog(QWidget* parent) : QDialog{parent}, i
     impl_->name->setMaxLength(80);
     impl_->name->setPlaceholderText(tr("Leave empty for a page without a name"));
     impl_->withReadings = new QCheckBox{tr("Attach the &readings as CSV, in a file beside it"), this};
+    impl_->announcer = new Announcer{this};
     impl_->problem = wrappedLabel({}, this);
+    impl_->problem->setObjectName(QStringLiteral("insightsReportProblem"));
+    impl_->problem->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     impl_->problem->hide();
 
     auto* form = new QFormLayout;
@@ -133,6 +140,7 @@ InsightsReportDialog::InsightsReportDialog(QWidget* parent) : QDialog{parent}, i
     form->addRow(tr("&Name on the page:"), impl_->name);
     form->addRow(QString{}, impl_->withReadings);
     auto* const buttons = new QDialogButtonBox{QDialogButtonBox::Cancel, this};
+    impl_->cancel = buttons->button(QDialogButtonBox::Cancel);
     impl_->choose = buttons->addButton(QString{}, QDialogButtonBox::AcceptRole);
     auto* const layout = new QVBoxLayout{this};
     layout->addWidget(wrappedLabel(
@@ -166,6 +174,7 @@ void InsightsReportDialog::present(InsightsReportPaper usual, const QString& fil
         impl_->showProblem({});
         impl_->setSaving(false);
         impl_->choose->setDefault(true);
+        impl_->cancel->setText(tr("Cancel"));
         impl_->kind->setFocus();
     }
     show();
@@ -173,11 +182,20 @@ void InsightsReportDialog::present(InsightsReportPaper usual, const QString& fil
     activateWindow();
 }
 
-void InsightsReportDialog::finish()
+void InsightsReportDialog::finish(const std::vector<std::string>& missingDays)
 {
     impl_->name->clear();
     impl_->setSaving(false);
-    accept();
+    if (missingDays.empty())
+        return accept();
+    QStringList days;
+    for (const std::string& day : missingDays)
+        days << QString::fromStdString(day);
+    impl_->showProblem(tr("The report is saved. The saved readings of these days cannot be read, and are "
+                          "missing in the attached file: %1.")
+                           .arg(days.join(QStringLiteral(", "))));
+    impl_->cancel->setText(tr("Close"));
+    impl_->cancel->setFocus();
 }
 
 void InsightsReportDialog::withdraw()
@@ -192,6 +210,7 @@ void InsightsReportDialog::withdraw()
 void InsightsReportDialog::showError(const QString& text)
 {
     impl_->setSaving(false);
+    impl_->cancel->setText(tr("Cancel"));
     impl_->showProblem(text);
     impl_->choose->setFocus();
 }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "ui/InsightsReportPage.h"
 
@@ -35,8 +36,9 @@ public:
     /// Shows and raises it. `usual` is the paper that is marked, `fileName` what is proposed, without an end.
     void present(InsightsReportPaper usual, const QString& fileName);
 
-    /// It is saved: closes.
-    void finish();
+    /// It is saved: closes. Stays open to name the days (in UTC) that are missing in the attached readings,
+    /// should there be any.
+    void finish(const std::vector<std::string>& missingDays = {});
     /// There is nothing to save any more: closes with what it has opened, and forgets what was typed.
     void withdraw();
     /// It is not: says so, and lets the person try again. Plain text.

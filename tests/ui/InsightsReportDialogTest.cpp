@@ -89,6 +89,11 @@ TEST_F(InsightsReportDialogTest, waitsForTheAnswerAndCanTryAgain)
     EXPECT_TRUE(save->isEnabled());
     pick(QStringLiteral("/somewhere/b.pdf"));
     EXPECT_FALSE(says(QStringLiteral("The disk is full.")));
+    dialog.finish({"2026-03-04", "2026-03-06"});
+    EXPECT_TRUE(dialog.isVisible()) << "until that was read";
+    EXPECT_TRUE(says(QStringLiteral("missing in the attached file: 2026-03-04, 2026-03-06.")));
+    pick(QStringLiteral("/somewhere/c.pdf"));
+    EXPECT_FALSE(says(QStringLiteral("2026-03-04")));
     dialog.finish();
     EXPECT_FALSE(dialog.isVisible());
 }
