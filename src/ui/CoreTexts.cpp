@@ -126,7 +126,8 @@ constexpr auto texts = std::to_array<const char*>({
     QT_TRANSLATE_NOOP("Core", "An unexpected error occurred: %1"),
     QT_TRANSLATE_NOOP("Core", "The app will retry automatically."),
     QT_TRANSLATE_NOOP("Core", "Check Settings and ensure your glucose account is active."),
-    QT_TRANSLATE_NOOP("Core", "%1 busy"),
+    QT_TRANSLATE_NOOP("Core", "Dexcom Share busy"),
+    QT_TRANSLATE_NOOP("Core", "LibreLinkUp busy"),
     QT_TRANSLATE_NOOP("Core", "Tidewell will wait before trying again."),
     QT_TRANSLATE_NOOP("Core", "%1 needs attention"),
     QT_TRANSLATE_NOOP("Core", "Resolve the issue, then choose Reconnect in Account settings."),
@@ -659,6 +660,50 @@ constexpr auto texts = std::to_array<const char*>({
                       "You may use, study, share and change Tidewell under the Apache License, version 2.0. "
                       "Its text is in the file LICENSE that comes with the program. These terms take away "
                       "none of the rights that it gives you."),
+    // Changes of the settings.
+    QT_TRANSLATE_NOOP("Core", "The low threshold must stay below the high one. Change the other one first."),
+    QT_TRANSLATE_NOOP("Core", "The settings do not offer this value."),
+    QT_TRANSLATE_NOOP("Core", "The change could not be stored."),
+    QT_TRANSLATE_NOOP("Core", "You are still signed in, since the saved history could not be deleted."),
+    QT_TRANSLATE_NOOP("Core", "Another account was signed in meanwhile. It stays."),
+    QT_TRANSLATE_NOOP("Core", "You are signed out."),
+    QT_TRANSLATE_NOOP("Core", "Saving is on. Readings are kept for 30 days."),
+    QT_TRANSLATE_NOOP("Core", "Saving is on. Readings are kept for 90 days."),
+    QT_TRANSLATE_NOOP("Core", "Saving is off. What is saved stays."),
+    QT_TRANSLATE_NOOP("Core", "Readings are kept for 30 days."),
+    QT_TRANSLATE_NOOP("Core", "Readings are kept for 90 days."),
+    QT_TRANSLATE_NOOP("Core", "All saved history was deleted. Saving is off."),
+    QT_TRANSLATE_NOOP("Core", "The saved history was deleted. Saving is off."),
+    // The first-run steps.
+    QT_TRANSLATE_NOOP("Core",
+                      "The service refused this more than once, and it is not sent again, so that the "
+                      "account is not locked: change something first, or wait for a quarter of an hour."),
+    QT_TRANSLATE_NOOP("Core", "The settings could not be saved"),
+    QT_TRANSLATE_NOOP("Core", "Sending test alert"),
+    QT_TRANSLATE_NOOP("Core", "Saving could not be switched on"),
+    QT_TRANSLATE_NOOP("Core", "Saving could not be switched off"),
+    QT_TRANSLATE_NOOP("Core", "The keyring is locked, or none is running."),
+    QT_TRANSLATE_NOOP("Core", "The disk is full, or the folder of saved readings cannot be written to."),
+    QT_TRANSLATE_NOOP("Core", "Try again, or go on without saving: it can be switched on later."),
+    QT_TRANSLATE_NOOP("Core", "Try again."),
+    // The start at login.
+    QT_TRANSLATE_NOOP("Core", "The autostart entry is meant for other desktops."),
+    QT_TRANSLATE_NOOP("Core", "The autostart entry names no program."),
+    QT_TRANSLATE_NOOP("Core", "The autostart entry starts %1, which is not this program."),
+    QT_TRANSLATE_NOOP("Core", "The autostart entry names %1, which is not there."),
+    QT_TRANSLATE_NOOP("Core", "This desktop starts nothing by itself: let its own configuration start %1."),
+    QT_TRANSLATE_NOOP("Core", "%1 is not a desktop entry."),
+    QT_TRANSLATE_NOOP("Core", "There is no folder for the programs that start at login."),
+    QT_TRANSLATE_NOOP("Core", "%1 could not be written: %2."),
+    // What else there is to find.
+    QT_TRANSLATE_NOOP("Core", "The desktop has a status area for the item."),
+    QT_TRANSLATE_NOOP("Core",
+                      "The desktop has no status area that shows the item; alerts come all the same."),
+    QT_TRANSLATE_NOOP("Core", "See what is saved: tidewell history status"),
+    QT_TRANSLATE_NOOP("Core", "Readings are saved on this computer, encrypted."),
+    QT_TRANSLATE_NOOP("Core", "Saving readings on this computer is off."),
+    QT_TRANSLATE_NOOP("Core", "It is too large"),
+    QT_TRANSLATE_NOOP("Core", "\"%1\" was written."),
 });
 
 }  // namespace

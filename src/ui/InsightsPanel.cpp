@@ -571,7 +571,7 @@ InsightsPanel::InsightsPanel(Handlers handlers, QWidget* parent)
     my.profileText = wrappedLabel(this);
     layout->addWidget(my.profileText);
     my.constructionToggle = new QToolButton{this};
-    my.constructionToggle->setText(text(agpConstructionTitle));
+    my.constructionToggle->setText(u'&' + text(agpConstructionTitle));
     my.constructionToggle->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     my.constructionToggle->setArrowType(Qt::RightArrow);
     my.constructionToggle->setCheckable(true);
@@ -612,7 +612,6 @@ InsightsPanel::InsightsPanel(Handlers handlers, QWidget* parent)
     my.table->setTabKeyNavigation(false);
     my.table->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     my.table->verticalHeader()->hide();
-    my.table->horizontalHeader()->setStretchLastSection(true);
     my.table->horizontalHeader()->setResizeContentsPrecision(tableRows);
     my.table->horizontalHeader()->setHighlightSections(false);
     connect(my.table, &QTableView::activated, this,

@@ -36,13 +36,6 @@ public:
     }
 };
 
-bool install(const QString& name, const QString& folder)
-{
-    auto translator = std::make_unique<Catalogue>(QCoreApplication::instance());
-    // The application owns it from then on.
-    return translator->load(name, folder) && QCoreApplication::installTranslator(translator.release());
-}
-
 /// The first of the locale's languages that the program speaks; English when it speaks none of them.
 QString chosenLanguage(const QLocale& locale)
 {
@@ -63,14 +56,31 @@ std::vector<QString> translatedLanguages()
     return languages;
 }
 
+std::unique_ptr<QTranslator> programTranslator(const QString& language)
+{
+    auto translator = std::make_unique<Catalogue>();
+    if (!translator->load(QStringLiteral("tidewell_") + language, QStringLiteral(":/translations")))
+        return nullptr;
+    return translator;
+}
+
 void installTranslations(const QLocale& locale)
 {
     const QString language = chosenLanguage(locale);
     if (language == QLatin1String("en"))
         return;
-    (void)install(QStringLiteral("qtbase_") + language, QLibraryInfo::path(QLibraryInfo::TranslationsPath));
-    if (install(QStringLiteral("tidewell_") + language, QStringLiteral(":/translations")))
+    const auto install = [](std::unique_ptr<QTranslator> translator) {
+        translator->setParent(QCoreApplication::instance());
+        QCoreApplication::installTranslator(translator.release());
+    };
+    auto toolkit = std::make_unique<QTranslator>();
+    if (toolkit->load(QStringLiteral("qtbase_") + language,
+                      QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        install(std::move(toolkit));
+    if (auto own = programTranslator(language)) {
+        install(std::move(own));
         spokenLocale() = locale.language() == QLocale{language}.language() ? locale : QLocale{language};
+    }
 }
 
 QLocale displayLocale() { return spokenLocale(); }

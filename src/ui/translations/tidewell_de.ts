@@ -546,10 +546,6 @@
         <translation>Sehen Sie in den Einstellungen nach, ob Ihr Glukosekonto aktiv ist.</translation>
     </message>
     <message>
-        <source>%1 busy</source>
-        <translation>%1 ist ausgelastet</translation>
-    </message>
-    <message>
         <source>Tidewell will wait before trying again.</source>
         <translation>Tidewell wartet vor dem nächsten Versuch.</translation>
     </message>
@@ -2137,6 +2133,162 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <source>You may use, study, share and change Tidewell under the Apache License, version 2.0. Its text is in the file LICENSE that comes with the program. These terms take away none of the rights that it gives you.</source>
         <translation>Sie dürfen Tidewell unter der Apache License, Version 2.0, benutzen, untersuchen, weitergeben und ändern. Ihr Text steht in der Datei LICENSE, die mit dem Programm kommt. Diese Bedingungen nehmen keines der Rechte weg, die sie Ihnen gibt.</translation>
     </message>
+    <message>
+        <source>The low threshold must stay below the high one. Change the other one first.</source>
+        <translation>Der untere Grenzwert muss unter dem oberen bleiben. Ändern Sie zuerst den anderen.</translation>
+    </message>
+    <message>
+        <source>The settings do not offer this value.</source>
+        <translation>Die Einstellungen bieten diesen Wert nicht an.</translation>
+    </message>
+    <message>
+        <source>The change could not be stored.</source>
+        <translation>Die Änderung konnte nicht gespeichert werden.</translation>
+    </message>
+    <message>
+        <source>You are still signed in, since the saved history could not be deleted.</source>
+        <translation>Sie sind noch angemeldet, weil der gespeicherte Verlauf nicht gelöscht werden konnte.</translation>
+    </message>
+    <message>
+        <source>Another account was signed in meanwhile. It stays.</source>
+        <translation>Inzwischen wurde ein anderes Konto angemeldet. Es bleibt.</translation>
+    </message>
+    <message>
+        <source>You are signed out.</source>
+        <translation>Sie sind abgemeldet.</translation>
+    </message>
+    <message>
+        <source>Saving is on. Readings are kept for 30 days.</source>
+        <translation>Das Speichern ist eingeschaltet. Messwerte werden 30 Tage aufbewahrt.</translation>
+    </message>
+    <message>
+        <source>Saving is on. Readings are kept for 90 days.</source>
+        <translation>Das Speichern ist eingeschaltet. Messwerte werden 90 Tage aufbewahrt.</translation>
+    </message>
+    <message>
+        <source>Saving is off. What is saved stays.</source>
+        <translation>Das Speichern ist ausgeschaltet. Was gespeichert ist, bleibt.</translation>
+    </message>
+    <message>
+        <source>Readings are kept for 30 days.</source>
+        <translation>Messwerte werden 30 Tage aufbewahrt.</translation>
+    </message>
+    <message>
+        <source>Readings are kept for 90 days.</source>
+        <translation>Messwerte werden 90 Tage aufbewahrt.</translation>
+    </message>
+    <message>
+        <source>All saved history was deleted. Saving is off.</source>
+        <translation>Der gesamte gespeicherte Verlauf wurde gelöscht. Das Speichern ist ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>The saved history was deleted. Saving is off.</source>
+        <translation>Der gespeicherte Verlauf wurde gelöscht. Das Speichern ist ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>The service refused this more than once, and it is not sent again, so that the account is not locked: change something first, or wait for a quarter of an hour.</source>
+        <translation>Der Dienst hat dies mehr als einmal abgelehnt, und es wird nicht noch einmal gesendet, damit das Konto nicht gesperrt wird: Ändern Sie zuerst etwas, oder warten Sie eine Viertelstunde.</translation>
+    </message>
+    <message>
+        <source>The settings could not be saved</source>
+        <translation>Die Einstellungen konnten nicht gespeichert werden</translation>
+    </message>
+    <message>
+        <source>Sending test alert</source>
+        <translation>Testwarnung wird gesendet</translation>
+    </message>
+    <message>
+        <source>Saving could not be switched on</source>
+        <translation>Das Speichern konnte nicht eingeschaltet werden</translation>
+    </message>
+    <message>
+        <source>Saving could not be switched off</source>
+        <translation>Das Speichern konnte nicht ausgeschaltet werden</translation>
+    </message>
+    <message>
+        <source>The keyring is locked, or none is running.</source>
+        <translation>Der Schlüsselbund ist gesperrt, oder es läuft keiner.</translation>
+    </message>
+    <message>
+        <source>The disk is full, or the folder of saved readings cannot be written to.</source>
+        <translation>Die Festplatte ist voll, oder in den Ordner der gespeicherten Messwerte kann nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>Try again, or go on without saving: it can be switched on later.</source>
+        <translation>Versuchen Sie es erneut, oder machen Sie ohne Speichern weiter: Es lässt sich später einschalten.</translation>
+    </message>
+    <message>
+        <source>Try again.</source>
+        <translation>Versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>The autostart entry is meant for other desktops.</source>
+        <translation>Der Autostart-Eintrag ist für andere Desktops bestimmt.</translation>
+    </message>
+    <message>
+        <source>The autostart entry names no program.</source>
+        <translation>Der Autostart-Eintrag nennt kein Programm.</translation>
+    </message>
+    <message>
+        <source>The autostart entry starts %1, which is not this program.</source>
+        <translation>Der Autostart-Eintrag startet %1, und das ist nicht dieses Programm.</translation>
+    </message>
+    <message>
+        <source>The autostart entry names %1, which is not there.</source>
+        <translation>Der Autostart-Eintrag nennt %1, und das ist nicht vorhanden.</translation>
+    </message>
+    <message>
+        <source>This desktop starts nothing by itself: let its own configuration start %1.</source>
+        <translation>Dieser Desktop startet nichts von selbst: Lassen Sie seine eigene Konfiguration %1 starten.</translation>
+    </message>
+    <message>
+        <source>%1 is not a desktop entry.</source>
+        <translation>%1 ist kein Desktop-Eintrag.</translation>
+    </message>
+    <message>
+        <source>There is no folder for the programs that start at login.</source>
+        <translation>Es gibt keinen Ordner für die Programme, die bei der Anmeldung starten.</translation>
+    </message>
+    <message>
+        <source>%1 could not be written: %2.</source>
+        <translation>%1 konnte nicht geschrieben werden: %2.</translation>
+    </message>
+    <message>
+        <source>The desktop has a status area for the item.</source>
+        <translation>Der Desktop hat einen Statusbereich für das Symbol.</translation>
+    </message>
+    <message>
+        <source>The desktop has no status area that shows the item; alerts come all the same.</source>
+        <translation>Der Desktop hat keinen Statusbereich, der das Symbol anzeigt; Warnungen kommen trotzdem.</translation>
+    </message>
+    <message>
+        <source>See what is saved: tidewell history status</source>
+        <translation>Sehen Sie nach, was gespeichert ist: tidewell history status</translation>
+    </message>
+    <message>
+        <source>Readings are saved on this computer, encrypted.</source>
+        <translation>Messwerte werden auf diesem Computer verschlüsselt gespeichert.</translation>
+    </message>
+    <message>
+        <source>Saving readings on this computer is off.</source>
+        <translation>Das Speichern von Messwerten auf diesem Computer ist ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>It is too large</source>
+        <translation>Sie ist zu groß</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; was written.</source>
+        <translation>„%1“ wurde geschrieben.</translation>
+    </message>
+    <message>
+        <source>Dexcom Share busy</source>
+        <translation>Dexcom Share ist ausgelastet</translation>
+    </message>
+    <message>
+        <source>LibreLinkUp busy</source>
+        <translation>LibreLinkUp ist ausgelastet</translation>
+    </message>
 </context>
 <context>
     <name>DonePage</name>
@@ -2934,10 +3086,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <translation>Benutzername</translation>
     </message>
     <message>
-        <source>User name, e-mail address, or phone number with +</source>
-        <translation>Benutzername, E-Mail-Adresse oder Telefonnummer mit +</translation>
-    </message>
-    <message>
         <source>Use a follower&apos;s account: the one signed in to the LibreLinkUp app. Whoever wears the sensor must have invited it in the Libre app, under the connected apps. If that is you, invite yourself. When you are not sure of the region, choose a near one: the service knows the right one.</source>
         <translation>Verwenden Sie das Konto eines Followers: das in der LibreLinkUp-App angemeldete. Wer den Sensor trägt, muss es in der Libre-App unter den verbundenen Apps eingeladen haben. Wenn Sie das sind, laden Sie sich selbst ein. Wenn Sie bei der Region unsicher sind, wählen Sie eine nahe gelegene: Der Dienst kennt die richtige.</translation>
     </message>
@@ -2948,14 +3096,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>E-mail</source>
         <translation>E-Mail</translation>
-    </message>
-    <message>
-        <source>E-mail address of the follower</source>
-        <translation>E-Mail-Adresse des Followers</translation>
-    </message>
-    <message>
-        <source>Leave empty to use the stored password</source>
-        <translation>Leer lassen für das gespeicherte Passwort</translation>
     </message>
     <message>
         <source>Glucose service</source>
@@ -2984,6 +3124,18 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>&amp;Password:</source>
         <translation>&amp;Passwort:</translation>
+    </message>
+    <message>
+        <source>User name, e-mail address, or phone number with + and country code</source>
+        <translation>Benutzername, E-Mail-Adresse oder Telefonnummer mit + und Landesvorwahl</translation>
+    </message>
+    <message>
+        <source>The follower&apos;s address, as in the LibreLinkUp app</source>
+        <translation>Die Adresse des Followers, wie in der LibreLinkUp-App</translation>
+    </message>
+    <message>
+        <source>Leave empty to use the stored password.</source>
+        <translation>Leer lassen, um das gespeicherte Passwort zu verwenden.</translation>
     </message>
 </context>
 <context>
