@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "app/SignInAdvice.h"
 #include "config/AppConfiguration.h"
 #include "sources/LibreLinkUpAPI.h"
 
@@ -12,7 +13,7 @@ namespace tidewell {
 
 /// Asks for the account of a glucose service, and for the person to follow where an account has several.
 ///
-/// It only asks: who shows it checks the account and answers with showProgress(), then showError(),
+/// It only asks: who shows it checks the account and answers with showProgress(), then showProblem(),
 /// showPeople() or finish(). Not modal: show it with present(), never exec(). The fields are cleared whenever
 /// it closes, so that no password stays in a widget. Main thread.
 class SignInDialog final : public QDialog {
@@ -41,10 +42,10 @@ public:
 
     /// The account is being checked or stored: fields are locked, Esc still cancels.
     void showProgress();
-    /// That failed: says so, opens the fields again, with the cursor where it helps. Plain text.
-    void showError(const QString& title, const QString& detail, const QString& hint);
+    /// That failed: says so, opens the fields again, with the cursor where it helps.
+    void showProblem(const SignInProblem& problem);
     /// The account works: asks whose readings to show. Only the person who was followed before is marked, or
-    /// one who is alone; the button decides in any case. With nobody, the only way is back: showError()
+    /// one who is alone; the button decides in any case. With nobody, the only way is back: showProblem()
     /// says why.
     void showPeople(const std::vector<LibreConnection>& people);
     /// The account works: closes.
