@@ -1,14 +1,17 @@
 // What drawings cost on the processor: the graph of a day of values, one each minute, at two pixels to a
-// point, and the days of Insights.
+// point, the days of Insights, and its window.
 
 #include <benchmark/benchmark.h>
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QPainter>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <cmath>
 
 #include "ui/GlucoseGraphRenderer.h"
 #include "ui/InsightsCharts.h"
+#include "ui/InsightsWindow.h"
 
 namespace tidewell {
 
@@ -50,10 +53,8 @@ void draw1440ReadingsAtTwoPixelsAPoint(benchmark::State& state)
 }
 BENCHMARK(draw1440ReadingsAtTwoPixelsAPoint)->Unit(benchmark::kMicrosecond);
 
-/// What a window of Insights paints when it is scrolled by a page: six weeks of a reading a minute.
-void drawSixWeeksOfDays(benchmark::State& state)
+std::vector<InsightsReading> aReadingAMinute(const DateInterval& period)
 {
-    const DateInterval period{now, now + Seconds{42 * 86'400}};
     std::vector<InsightsReading> readings;
     for (Date date = period.start; date < period.end; date += Seconds{60}) {
         const double minute = unixSeconds(date) / 60;
@@ -62,6 +63,14 @@ void drawSixWeeksOfDays(benchmark::State& state)
              .date = date,
              .sampleDuration = Seconds{60}});
     }
+    return readings;
+}
+
+/// What a window of Insights paints when it is scrolled by a page: six weeks of a reading a minute.
+void drawSixWeeksOfDays(benchmark::State& state)
+{
+    const DateInterval period{now, now + Seconds{42 * 86'400}};
+    auto readings = aReadingAMinute(period);
     const auto days = insightsDays(std::move(readings), period, TimeZone::utc());
     const InsightsDayGrid grid{days.front().date, days.size(), std::chrono::Monday};
     QImage image{960, 700, QImage::Format_ARGB32_Premultiplied};
@@ -73,6 +82,53 @@ void drawSixWeeksOfDays(benchmark::State& state)
 }
 BENCHMARK(drawSixWeeksOfDays)->Unit(benchmark::kMicrosecond);
 
+/// The window of 90 days of a reading a minute, which are there already.
+InsightsViewState ninetyDays()
+{
+    const DateInterval period{now - Seconds{90 * 86'400}, now};
+    const auto readings = aReadingAMinute(period);
+    auto content = std::make_shared<InsightsReportContent>();
+    content->days = insightsDays(readings, period, content->zone);
+    content->result =
+        calculateInsights({.readings = readings, .interval = period, .collectionStartedAt = period.start});
+    return {.phase = InsightsViewState::Phase::report, .period = {.days = 90}, .report = std::move(content)};
+}
+
+/// From its making to the first picture.
+void openInsightsOver90Days(benchmark::State& state)
+{
+    const auto shown = ninetyDays();
+    for ([[maybe_unused]] auto turn : state) {
+        InsightsWindow window{{}};
+        window.open();
+        window.present(shown);
+        QApplication::processEvents();
+    }
+}
+BENCHMARK(openInsightsOver90Days)->Unit(benchmark::kMillisecond);
+
+/// The slowest page on the way from top to bottom: the main thread does nothing else meanwhile.
+void scrollInsightsOver90Days(benchmark::State& state)
+{
+    InsightsWindow window{{}};
+    window.open();
+    window.present(ninetyDays());
+    QApplication::processEvents();
+    QScrollBar& bar = *window.findChild<QScrollArea*>()->verticalScrollBar();
+    for ([[maybe_unused]] auto turn : state) {
+        std::chrono::duration<double> slowest{};
+        for (int page = 0; page <= bar.maximum(); page += bar.pageStep()) {
+            const auto begin = std::chrono::steady_clock::now();
+            bar.setValue(page);
+            QApplication::processEvents();
+            slowest =
+                std::max<std::chrono::duration<double>>(slowest, std::chrono::steady_clock::now() - begin);
+        }
+        state.SetIterationTime(slowest.count());
+    }
+}
+BENCHMARK(scrollInsightsOver90Days)->UseManualTime()->Iterations(50)->Unit(benchmark::kMillisecond);
+
 }  // namespace
 
 }  // namespace tidewell
@@ -80,7 +136,7 @@ BENCHMARK(drawSixWeeksOfDays)->Unit(benchmark::kMicrosecond);
 int main(int count, char** values)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QGuiApplication application{count, values};
+    const QApplication application{count, values};
     benchmark::Initialize(&count, values);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -65,10 +65,11 @@ std::optional<std::size_t> InsightsChartView::markedItem() const
 
 void InsightsChartView::walkTo(std::optional<std::size_t> item)
 {
+    const auto before = markedItem();
     walked_ = item;
     hovered_.reset();
     speak();
-    update();
+    markMoved(before);
     if (item && onWalk_ && chart_.itemArea)
         onWalk_(chart_.itemArea(area(), *item).toAlignedRect());
 }
@@ -104,8 +105,23 @@ void InsightsChartView::choose(std::size_t item)
 
 void InsightsChartView::setHovered(std::optional<std::size_t> item)
 {
-    if (std::exchange(hovered_, item) != item)
-        update();
+    const auto before = markedItem();
+    hovered_ = item;
+    markMoved(before);
+}
+
+/// Paints only the two items where their places are known: a chart may have a hundred of them.
+void InsightsChartView::markMoved(std::optional<std::size_t> before)
+{
+    const auto after = markedItem();
+    if (before == after)
+        return;
+    for (const auto item : {before, after}) {
+        if (!chart_.itemArea)
+            update();
+        else if (item && *item < chart_.count)
+            update(chart_.itemArea(area(), *item).toAlignedRect());
+    }
 }
 
 void InsightsChartView::speak()

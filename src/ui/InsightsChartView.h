@@ -27,9 +27,10 @@ struct InsightsChart {
                        std::optional<std::size_t> marked)>
         paint;
     std::function<std::optional<std::size_t>(const QRectF& area, const InsightsChartStyle&, QPointF)> itemAt;
-    std::function<QString(std::size_t)> spoken;                         ///< One item in words.
-    std::function<void(std::size_t)> open{};                            ///< Of Choice::open.
-    std::function<QRectF(const QRectF& area, std::size_t)> itemArea{};  ///< What a walk scrolls to.
+    std::function<QString(std::size_t)> spoken;  ///< One item in words.
+    std::function<void(std::size_t)> open{};     ///< Of Choice::open.
+    /// What a walk scrolls to; the mark of an item stays within.
+    std::function<QRectF(const QRectF& area, std::size_t)> itemArea{};
     std::function<double(double width, const InsightsChartStyle&)> height;
 };
 
@@ -73,6 +74,7 @@ private:
     [[nodiscard]] QRectF area() const;
     void choose(std::size_t item);
     void setHovered(std::optional<std::size_t> item);
+    void markMoved(std::optional<std::size_t> before);
     void speak();
 
     InsightsChart chart_{};
