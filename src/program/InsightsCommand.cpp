@@ -1,6 +1,8 @@
 #include <fmt/format.h>
+#include <malloc.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "insights/InsightsTexts.h"
 #include "program/Commands.h"
@@ -364,10 +366,21 @@ ExitCode reportOnHistory(const InsightsOptions& options, const Request& request)
     return code;
 }
 
+/// A run that ends at once gives no memory back: to fetch and return the pages of lists that grow would take
+/// a tenth of its time.
+void keepMemory()
+{
+    constexpr int large = 32 * 1024 * 1024;
+    (void)::mallopt(M_MMAP_THRESHOLD, large);
+    (void)::mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+    (void)::mallopt(M_TOP_PAD, large / 2);
+}
+
 }  // namespace
 
 ExitCode runInsights(const InsightsOptions& options)
 {
+    keepMemory();
     if (options.days && (options.from || options.to))
         return report({ExitCode::usage, "--days does not go with --from and --to."});
     if (options.dateOrder && !options.csv)
