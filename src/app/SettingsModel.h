@@ -56,7 +56,7 @@ struct SettingsState {
 /// itself, unseen.
 class SettingsModel {
 public:
-    /// What is referred to outlives the model and the last turn of `main`.
+    /// What is referred to outlives the model, and the configuration also the last turn of `main`.
     struct Services {
         asio::any_io_executor main;
         asio::any_io_executor workers;  ///< For the login item.

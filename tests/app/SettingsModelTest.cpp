@@ -161,8 +161,8 @@ protected:
         settle();
     }
 
+    asio::io_context workers{1};  ///< Outlives what waits in the other one.
     asio::io_context io{1};
-    asio::io_context workers{1};
     FakeClock clock{io, evening};
     SeededRandom random{1};
     TemporaryFolder folder;

@@ -106,8 +106,8 @@ protected:
         world.plan.status = keychainStatus::notAvailable;
     }
 
+    asio::io_context workers{1};  ///< Outlives what waits in the other one.
     asio::io_context io{1};
-    asio::io_context workers{1};
     FakeClock clock{io, storyNow};
     HistoryWorld world;
     std::unique_ptr<HistoryCoordinator> coordinator;
