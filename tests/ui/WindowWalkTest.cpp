@@ -16,6 +16,7 @@
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableWidget>
+#include <QTimeEdit>
 #include <QVBoxLayout>
 #include <functional>
 #include <source_location>
@@ -65,6 +66,9 @@ void fillWell(Window& window)
     choice.addItems({QStringLiteral("One"), QStringLiteral("Another")});
     choice.setAccessibleName(QStringLiteral("Choice"));
     window.add(new QSpinBox).setAccessibleName(QStringLiteral("Number"));
+    window.add(new QTimeEdit).setAccessibleName(QStringLiteral("Time"));
+    window.add(new QLabel{QStringLiteral("To be copied")})
+        .setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     window.add(new QCheckBox{QStringLiteral("&Check")});
     window.add(new QRadioButton{QStringLiteral("&This")}).setChecked(true);
     window.add(new QRadioButton{QStringLiteral("T&hat")});

@@ -3111,7 +3111,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>S&amp;how password</source>
-        <translation>Passwort an&amp;zeigen</translation>
+        <translation>Passwort a&amp;nzeigen</translation>
     </message>
     <message>
         <source>Ser&amp;vice:</source>
@@ -3599,7 +3599,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <name>tidewell::PeopleForm</name>
     <message>
         <source>&amp;Whose readings do you want to see?</source>
-        <translation>&amp;Wessen Messwerte möchten Sie sehen?</translation>
+        <translation>Wessen &amp;Messwerte möchten Sie sehen?</translation>
     </message>
     <message>
         <source>People who share their readings with you</source>
@@ -3824,7 +3824,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Rapid &amp;rise</source>
-        <translation>Schneller A&amp;nstieg</translation>
+        <translation>Schneller Ansti&amp;eg</translation>
     </message>
     <message>
         <source>&amp;No data for 15 minutes</source>
@@ -4236,7 +4236,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>&amp;Read what saving means…</source>
-        <translation>&amp;Lesen, was Speichern bedeutet…</translation>
+        <translation>Le&amp;sen, was Speichern bedeutet…</translation>
     </message>
     <message>
         <source>&amp;Resume saving…</source>
