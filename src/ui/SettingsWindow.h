@@ -57,6 +57,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void activationChanged();
     struct Impl;
     std::unique_ptr<Impl> impl_;
 };

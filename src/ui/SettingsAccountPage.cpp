@@ -1,0 +1,149 @@
+#include "ui/SettingsAccountPage.h"
+
+#include <QFormLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "ui/AccountForm.h"
+#include "ui/DisplayText.h"
+#include "ui/PersonName.h"
+#include "ui/WindowText.h"
+
+namespace tidewell {
+namespace {
+
+/// Its lines, those that there are.
+QString problemText(const ErrorInfo& problem)
+{
+    QStringList lines;
+    for (const std::string* line : {&problem.title, &problem.message, &problem.remediation})
+        if (!line->empty())
+            lines.append(displayText(*line));
+    return lines.join(u'\n');
+}
+
+}  // namespace
+
+SettingsAccountPage::SettingsAccountPage(SettingsPageContext& context) : SettingsPage{context}
+{
+    QVBoxLayout* group = addGroup(tr("Glucose service"));
+    nobody_ =
+        copyableLabel(tr("Nobody is signed in, so there are no readings. “Sign in…” asks for the account "
+                         "of your glucose service."),
+                      this);
+    nobody_->setObjectName(QStringLiteral("accountNone"));
+    group->addWidget(nobody_);
+    details_ = new QWidget{this};
+    auto* form = settingsForm();
+    form->setContentsMargins({});
+    details_->setLayout(form);
+    service_ = addRow(*form, "accountService", tr("Service:"));
+    username_ = addRow(*form, "accountUsername", tr("User name:"));
+    region_ = addRow(*form, "accountRegion", tr("Region:"));
+    person_ = addRow(*form, "accountPerson", tr("Person:"));
+    password_ = addRow(*form, "accountPassword", tr("Password:"));
+    group->addWidget(details_);
+    problem_ = new SettingsNotice{this};
+    problem_->setObjectName(QStringLiteral("accountProblem"));
+    group->addWidget(problem_);
+
+    auto* row = new QHBoxLayout;
+    signIn_ = addButton(*row, "signIn", {}, my().handlers.signIn);
+    reconnect_ = addButton(*row, "reconnect", tr("&Reconnect"), my().handlers.reconnect);
+    signOut_ = addButton(*row, "signOut", tr("Sign &out…"), [this] { askToSignOut(); });
+    row->addStretch();
+    group->addLayout(row);
+    message_ = new SettingsNotice{this};
+    message_->setObjectName(QStringLiteral("accountMessage"));
+    group->addWidget(message_);
+    column().addStretch();
+}
+
+SettingsAccountPage::Row SettingsAccountPage::addRow(QFormLayout& form, const char* name,
+                                                     const QString& title)
+{
+    const Row row{new QLabel{title, details_}, copyableLabel({}, details_)};
+    row.label->setTextFormat(Qt::PlainText);
+    row.value->setObjectName(QString::fromLatin1(name));
+    form.addRow(row.label, row.value);
+    return row;
+}
+
+void SettingsAccountPage::presentRow(const Row& row, const QString& title, const QString& value)
+{
+    row.label->setText(title);
+    if (row.value->text() != value)
+        row.value->setText(value);
+    row.value->setAccessibleName(title + u' ' + value);
+    row.label->setVisible(!value.isEmpty());
+    row.value->setVisible(!value.isEmpty());
+}
+
+void SettingsAccountPage::askToSignOut()
+{
+    if (question_ || !state().account)
+        return;
+    askedAbout_ = state().account;
+    const bool hasHistory = state().history.scope && state().history.configuration.hasPreviouslyEnabled;
+    QString consequences =
+        tr("The account and its password are removed from this computer. No readings and no "
+           "alerts come until somebody signs in again.");
+    if (hasHistory)
+        consequences +=
+            QStringLiteral("\n\n") +
+            tr("Saved readings stay on this computer, encrypted, and are there again after signing "
+               "in with this account.");
+    question_ = ask(
+        {.title = tr("Sign out"),
+         .question = tr("Sign out of %1?").arg(serviceTitle(state().account->provider)),
+         .consequences = consequences,
+         .action = tr("Sign &out"),
+         .choice = hasHistory ? tr("Also &delete the saved readings of this account and person") : QString{},
+         .about = window()},
+        [this](bool deletesHistory) {
+            if (my().handlers.signOut)
+                my().handlers.signOut(deletesHistory);
+        });
+}
+
+void SettingsAccountPage::present()
+{
+    const auto& account = state().account;
+    if (question_ && askedAbout_ != account)
+        question_->close();  // It was about another one.
+    nobody_->setVisible(!account);
+    details_->setVisible(account.has_value());
+    if (account) {
+        const bool follows = account->provider == GlucoseProvider::libreLinkUp;
+        presentRow(service_, tr("Service:"), serviceTitle(account->provider));
+        presentRow(username_, follows ? tr("E-mail:") : tr("User name:"),
+                   QString::fromStdString(account->username));
+        presentRow(region_, tr("Region:"), regionTitle(account->provider, account->region));
+        QString person;
+        if (follows)
+            person = account->patientID
+                         ? personName(account->patientName.value_or(std::string{}), *account->patientID)
+                         : tr("Nobody is chosen yet");
+        presentRow(person_, tr("Person:"), person);
+        presentRow(password_, tr("Password:"),
+                   state().hasPassword ? tr("Stored in %1").arg(my().facts.secretsPlace)
+                                       : tr("Not there, or it cannot be read"));
+    }
+    const auto& problem = state().accountProblem;
+    problem_->present(SettingsNotice::Weight::problem, problem ? problemText(*problem) : QString{});
+
+    const bool busy = state().isChangingAccount;
+    const bool again = account && (!state().hasPassword || (problem && problem->needsSignIn));
+    signIn_->setText(!account ? tr("&Sign in…") : again ? tr("&Sign in again…") : tr("&Switch account…"));
+    setUsable(*signIn_, !busy);
+    reconnect_->setVisible(account.has_value());
+    signOut_->setVisible(account.has_value());
+    setUsable(*reconnect_, state().hasPassword && !busy);
+    setUsable(*signOut_, !busy);
+    message_->present(
+        SettingsNotice::Weight::information,
+        busy ? tr("Please wait: the account is being changed.") : displayText(state().accountMessage));
+}
+
+}  // namespace tidewell
