@@ -2349,7 +2349,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Measured %1 ago.</source>
-        <translation>Gemessen vor: %1.</translation>
+        <translation>Alter des Werts: %1.</translation>
     </message>
     <message>
         <source>Compare it with the phone or the receiver: it should be the same.</source>
@@ -4034,7 +4034,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>&amp;Low at or below:</source>
-        <translation>&amp;Niedrig ab:</translation>
+        <translation>&amp;Niedrig bis:</translation>
     </message>
     <message>
         <source>Low threshold</source>
