@@ -1,0 +1,293 @@
+#include "ui/OnboardingWindow.h"
+
+#include <QAbstractButton>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "ui/OnboardingPage.h"
+#include "ui/ProblemPanel.h"
+#include "ui/SpokenWidget.h"
+#include "ui/WindowText.h"
+
+namespace tidewell {
+namespace {
+
+using MakePage = OnboardingPage* (*)(const OnboardingPage::Handlers&, QWidget*);
+
+/// In the order of the steps.
+constexpr std::array<MakePage, 10> makePages{
+    makeWelcomePage, makeTermsPage,  makeAccountPage, makePersonPage, makeFirstReadingPage,
+    makeGlucosePage, makeAlertsPage, makeHistoryPage, makeLoginPage,  makeDonePage};
+static_assert(makePages.size() == static_cast<std::size_t>(OnboardingStep::done) + 1);
+
+/// A page with its problem: screen readers say its name when the focus comes into it.
+class StepContent final : public QWidget, public SpokenWidget {
+public:
+    using QWidget::QWidget;
+    [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Grouping; }
+};
+
+}  // namespace
+
+struct OnboardingWindow::Impl {
+    Handlers handlers;
+
+    QLabel* count = nullptr;
+    QLabel* heading = nullptr;
+    QScrollArea* scroll = nullptr;
+    StepContent* content = nullptr;
+    ProblemPanel* problem = nullptr;
+    std::array<OnboardingPage*, makePages.size()> pages{};
+    QProgressBar* busy = nullptr;
+    QPushButton* close = nullptr;
+    QPushButton* back = nullptr;
+    QPushButton* forward = nullptr;
+
+    std::optional<OnboardingStep> shown{};
+    std::optional<SignInProblem> shownProblem{};
+    /// What had the focus before it was locked, and where the focus went meanwhile.
+    QPointer<QWidget> locked{};
+    QPointer<QWidget> refuge{};
+
+    [[nodiscard]] OnboardingPage& page() const
+    {
+        return *pages.at(static_cast<std::size_t>(shown.value_or(OnboardingStep::welcome)));
+    }
+
+    void presentHeader(const OnboardingState& state)
+    {
+        const auto at = std::ranges::find(state.path, state.step);
+        const QString place =
+            at == state.path.end()
+                ? QString{}
+                : tr("Step %1 of %2").arg(at - state.path.begin() + 1).arg(state.path.size());
+        count->setText(place);
+        heading->setText(page().heading(state));
+        setSpokenName(*content, place.isEmpty() ? heading->text() : tr("%1: %2").arg(place, heading->text()));
+    }
+
+    void presentButtons(const OnboardingState& state)
+    {
+        forward->setText(state.step == OnboardingStep::done ? tr("&Finish") : tr("&Continue"));
+        forward->setEnabled(state.canGoForward && !state.isBusy);
+        back->setEnabled(state.canGoBack);
+        back->setVisible(state.canGoBack || state.step != OnboardingStep::welcome);
+        busy->setVisible(state.isBusy);
+    }
+
+    void showStep(OnboardingStep step)
+    {
+        shown = step;
+        for (OnboardingPage* each : pages)
+            each->setVisible(each == &page());
+        scroll->verticalScrollBar()->setValue(0);
+        locked.clear();
+        refuge.clear();
+    }
+
+    void focusStep()
+    {
+        if (page().focusFirst())
+            return;
+        if (forward->isEnabled())
+            forward->setFocus();
+        else
+            takeRefuge(forward);
+    }
+
+    static bool canHaveFocus(const QWidget* widget) { return widget->isEnabled() && !widget->isHidden(); }
+
+    void takeRefuge(QWidget* from)
+    {
+        if (!locked)
+            locked = from;
+        refuge = canHaveFocus(back) ? back : close;
+        refuge->setFocus();
+    }
+
+    /// A widget that is locked loses the focus, and gets it back when it is open again, unless the person has
+    /// gone elsewhere.
+    void keepFocus(QWidget* window, QWidget* before)
+    {
+        if (before && !canHaveFocus(before)) {
+            takeRefuge(before);
+        } else if (locked && canHaveFocus(locked)) {
+            if (window->focusWidget() == refuge)
+                locked->setFocus();
+            locked.clear();
+            refuge.clear();
+        }
+    }
+
+    void makeHeader(QVBoxLayout& layout, QWidget* window)
+    {
+        count = new QLabel{window};
+        count->setObjectName(QStringLiteral("onboardingStep"));
+        makeQuiet(*count);
+        heading = wrappedLabel({}, window);
+        heading->setObjectName(QStringLiteral("onboardingHeading"));
+        scaleLetters(*heading, 1.6, true);
+        layout.addWidget(count);
+        layout.addWidget(heading);
+        layout.addSpacing(window->fontMetrics().height() / 2);
+    }
+
+    void makeContent(QVBoxLayout& layout, QWidget* window)
+    {
+        scroll = new QScrollArea{window};
+        scroll->setFrameShape(QFrame::NoFrame);
+        scroll->setWidgetResizable(true);
+        scroll->setFocusPolicy(Qt::NoFocus);
+        content = new StepContent;
+        problem = new ProblemPanel{content};
+        auto* const column = new QVBoxLayout{content};
+        column->setContentsMargins({});
+        column->setSpacing(window->fontMetrics().height());
+        column->addWidget(problem);
+        for (std::size_t i = 0; i < makePages.size(); ++i) {
+            pages.at(i) = makePages.at(i)(handlers, content);
+            pages.at(i)->hide();
+            column->addWidget(pages.at(i), 1);
+        }
+        scroll->setWidget(content);
+        layout.addWidget(scroll, 1);
+    }
+
+    void makeButtons(QVBoxLayout& layout, QWidget* window)
+    {
+        busy = new QProgressBar{window};
+        busy->setRange(0, 0);
+        busy->setTextVisible(false);
+        busy->setAccessibleName(tr("Working"));
+        busy->setMaximumHeight(window->fontMetrics().height() / 2);
+        QSizePolicy policy = busy->sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        busy->setSizePolicy(policy);
+        layout.addWidget(busy);
+        close = new QPushButton{tr("Cl&ose"), window};
+        back = new QPushButton{tr("&Back"), window};
+        forward = new QPushButton{tr("&Continue"), window};
+        forward->setDefault(true);
+        auto* const row = new QHBoxLayout;
+        row->addWidget(close);
+        row->addStretch(1);
+        row->addWidget(back);
+        row->addWidget(forward);
+        layout.addLayout(row);
+    }
+};
+
+OnboardingWindow::OnboardingWindow(Handlers handlers)
+    : impl_{std::make_unique<Impl>(Impl{.handlers = std::move(handlers)})}
+{
+    Impl& my = *impl_;
+    setObjectName(QStringLiteral("onboardingWindow"));
+    setWindowTitle(tr("Set up Tidewell"));
+    auto* const layout = new QVBoxLayout{this};
+    const int margin = fontMetrics().height();
+    layout->setContentsMargins(margin * 3 / 2, margin, margin * 3 / 2, margin);
+    my.makeHeader(*layout, this);
+    my.makeContent(*layout, this);
+    my.makeButtons(*layout, this);
+    connect(my.close, &QPushButton::clicked, this, &QWidget::close);
+    connect(my.back, &QPushButton::clicked, this, [this] {
+        if (impl_->handlers.back)
+            impl_->handlers.back();
+    });
+    connect(my.forward, &QPushButton::clicked, this, [this] {
+        if (impl_->handlers.forward)
+            impl_->handlers.forward();
+    });
+    connect(new QShortcut{QKeySequence::Close, this}, &QShortcut::activated, this, &QWidget::close);
+    const QSize wanted = QSize{38, 36} * fontMetrics().height();
+    resize(screen() ? wanted.boundedTo(screen()->availableSize() * 9 / 10) : wanted);
+}
+
+OnboardingWindow::~OnboardingWindow() = default;
+
+void OnboardingWindow::present(const OnboardingState& state)
+{
+    Impl& my = *impl_;
+    const bool entered = my.shown != state.step;
+    const QPointer<QWidget> before = focusWidget();
+    if (entered) {
+        if (my.shown)
+            my.page().leave(state);
+        my.showStep(state.step);
+    }
+    my.presentHeader(state);
+    my.page().present(state, entered);
+    my.presentButtons(state);
+    const bool isNew = state.problem && state.problem != my.shownProblem;
+    my.shownProblem = state.problem;
+    my.problem->present(state.problem.value_or(SignInProblem{}));
+    if (entered) {
+        my.focusStep();
+        return;
+    }
+    my.keepFocus(this, before);
+    if (isNew) {
+        my.scroll->verticalScrollBar()->setValue(0);
+        if (!my.page().focusProblem())
+            my.problem->setFocus();
+    }
+}
+
+void OnboardingWindow::open()
+{
+    if (!isVisible()) {
+        show();
+        impl_->focusStep();
+    }
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    raise();
+    activateWindow();
+}
+
+void OnboardingWindow::closeEvent(QCloseEvent* event)
+{
+    QWidget::closeEvent(event);
+    if (!event->isAccepted())
+        return;
+    for (OnboardingPage* page : impl_->pages)
+        page->clear();
+    impl_->shown.reset();  // The next state fills its page anew.
+    // The handler may take this window down.
+    if (const auto closed = impl_->handlers.closed)
+        closed();
+}
+
+void OnboardingWindow::keyPressEvent(QKeyEvent* event)
+{
+    const bool enters = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    // Buttons of a window that is no dialog know Space only.
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else if (auto* const button = qobject_cast<QPushButton*>(focusWidget()); enters && button)
+        button->click();
+    else if (enters)
+        impl_->forward->click();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void OnboardingWindow::changeEvent(QEvent* event)
+{
+    if ((event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange) && impl_)
+        rescaleLetters(*this);
+    QWidget::changeEvent(event);
+}
+
+}  // namespace tidewell
