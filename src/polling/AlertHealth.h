@@ -52,7 +52,7 @@ struct AlertFinding {
     Severity severity = Severity::good;
     /// A stable word for scripts: tidewell, alerts, notifications, doNotDisturb, account, data, soundOutput,
     /// volume, sounds, low, rapidFall, high, rapidRise, missingData, thresholds, quietHours, snooze, suspend,
-    /// statusArea, savedHistory.
+    /// statusArea, savedHistory, startAtLogin.
     std::string subject{};
     std::string text{};    ///< One sentence.
     std::string remedy{};  ///< What to do; empty for good ones.

@@ -4,6 +4,7 @@
 
 #include "app/AccountCheck.h"
 #include "platform/linux/AlertProbe.h"
+#include "platform/linux/AutostartFile.h"
 #include "platform/linux/DesktopHelper.h"
 #include "polling/StatusBarPollingCoordinator.h"
 #include "program/AlertFindingText.h"
@@ -130,6 +131,8 @@ ExitCode runDoctor(bool asJson)
         addBeforeGood(findings, statusAreaFinding(*statusArea));
     if (account)
         addBeforeGood(findings, savedHistoryFinding(session, *account));
+    if (const auto item = AutostartFile{AutostartFile::standardPlaces()}.status(); !item.problem.empty())
+        addBeforeGood(findings, loginItemFinding(item));
     fmt::print("{}", asJson ? findingsDocument(findings) : findingLines(findings));
     const bool well = std::ranges::all_of(
         findings, [](const AlertFinding& f) { return f.severity >= AlertFinding::Severity::note; });

@@ -31,6 +31,14 @@ AlertFinding savedHistoryFinding(const GlucoseHistoryConfiguration& configuratio
                                             : "Saving readings on this computer is off."};
 }
 
+AlertFinding loginItemFinding(const LoginItemStatus& item)
+{
+    return {.severity = AlertFinding::Severity::note,
+            .subject = "startAtLogin",
+            .text = item.problem,
+            .remedy = "Mend that, or switch it off: tidewell settings set startAtLogin off"};
+}
+
 void replaceAccountFinding(std::vector<AlertFinding>& findings, const ErrorInfo& problem)
 {
     std::erase_if(findings, [](const AlertFinding& f) { return f.subject == "account"; });

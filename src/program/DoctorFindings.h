@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "app/LoginItem.h"
 #include "history/GlucoseHistoryRecords.h"
 #include "polling/AlertHealth.h"
 #include "statusbar/StatusBarViewModel.h"
@@ -20,6 +21,8 @@ inline constexpr std::chrono::milliseconds statusAreaDeadline{2000};
 /// No alert needs saved history, so trouble is no more than a note.
 [[nodiscard]] AlertFinding savedHistoryFinding(const GlucoseHistoryConfiguration& configuration,
                                                const std::optional<GlucoseHistoryError>& problem);
+/// Of a login item with a problem: a note, since no alert needs the item while Tidewell runs.
+[[nodiscard]] AlertFinding loginItemFinding(const LoginItemStatus& item);
 /// Replaces what the facts say of account and data by the problem that polling has, at the front.
 void replaceAccountFinding(std::vector<AlertFinding>& findings, const ErrorInfo& problem);
 /// After everything that is not good.

@@ -411,6 +411,9 @@ TEST_F(CommandLineTest, startAtLoginIsWhatTheDesktopDoes)
     const auto refused = run({"settings", "set", "startAtLogin", "on"});
     EXPECT_EQ(refused.code, 1);
     EXPECT_TRUE(refused.errors.ends_with(" is not a desktop entry.\n")) << refused.errors;
+    const auto doctor = run({"doctor"}).output;
+    EXPECT_NE(doctor.find("note     " + entry.string() + " is not a desktop entry. — "), std::string::npos)
+        << doctor;
     EXPECT_EQ(contents(entry), "Dear diary\n");
 }
 

@@ -2,11 +2,8 @@
 
 #include <QProcess>
 #include <QStandardPaths>
-#include <QStringList>
 
-#include <algorithm>
 #include <array>
-#include <optional>
 #include <string_view>
 
 namespace tidewell {
@@ -41,35 +38,34 @@ constexpr auto settingsPrograms = std::to_array<SettingsProgram>({
     {"dde", "dde-control-center", "notification"},
 });
 
-struct Command {
-    QString program;
-    QStringList arguments;
-};
-
-std::optional<Command> command()
+QString text(std::string_view view)
 {
-    const QStringList desktops =
-        qEnvironmentVariable("XDG_CURRENT_DESKTOP").toLower().split(QLatin1Char{':'}, Qt::SkipEmptyParts);
-    for (const auto& [desktop, program, argument] : settingsPrograms) {
-        const auto text = [](std::string_view view) {
-            return QString::fromUtf8(view.data(), static_cast<qsizetype>(view.size()));
-        };
-        if (!desktops.contains(text(desktop)))
-            continue;
-        if (const QString found = QStandardPaths::findExecutable(text(program)); !found.isEmpty())
-            return Command{found, argument.empty() ? QStringList{} : QStringList{text(argument)}};
-    }
-    return std::nullopt;
+    return QString::fromUtf8(view.data(), static_cast<qsizetype>(view.size()));
 }
+
+QStringList command() { return notificationSettingsCommand(qEnvironmentVariable("XDG_CURRENT_DESKTOP")); }
 
 }  // namespace
 
-bool canOpenNotificationSettings() { return command().has_value(); }
+QStringList notificationSettingsCommand(const QString& currentDesktop)
+{
+    const QStringList desktops = currentDesktop.toLower().split(QLatin1Char{':'}, Qt::SkipEmptyParts);
+    for (const auto& [desktop, program, argument] : settingsPrograms) {
+        if (!desktops.contains(text(desktop)))
+            continue;
+        const QString found = QStandardPaths::findExecutable(text(program));
+        if (!found.isEmpty())
+            return argument.empty() ? QStringList{found} : QStringList{found, text(argument)};
+    }
+    return {};
+}
+
+bool canOpenNotificationSettings() { return !command().isEmpty(); }
 
 bool openNotificationSettings()
 {
-    const auto found = command();
-    return found && QProcess::startDetached(found->program, found->arguments);
+    const QStringList words = command();
+    return !words.isEmpty() && QProcess::startDetached(words.first(), words.mid(1));
 }
 
 }  // namespace tidewell
