@@ -7,10 +7,11 @@
 #include "app/TermsAgreement.h"
 #include "config/ConfigTesting.h"
 #include "history/HistoryWorld.h"
-#include "polling/PollingFixture.h"
+#include "polling/FakeNotificationCenter.h"
 #include "simulator/SimulatedHttpClient.h"
 #include "simulator/SimulatedServices.h"
 #include "sources/DexcomAPI.h"
+#include "testing/FakeClock.h"
 
 namespace tidewell {
 namespace {
@@ -172,10 +173,9 @@ struct Newcomer {
 
     asio::io_context io{};
     FakeClock clock{io, start};
-    InterruptingClock httpClock{clock};
     SeededRandom random{7};
     SimulatedServices services;
-    SimulatedHttpClient http{httpClock};
+    SimulatedHttpClient http{clock};
     const ServiceEndpoints endpoints =
         *ServiceEndpoints::parse(SimulatedServices::endpointsDocument("https://service.test"));
     TemporaryFolder folder{};
@@ -607,68 +607,70 @@ TEST(OnboardingFlow, aStepIsReachedAgainOnlyWhileWhatItNeedsHolds)
 /// Everything that a person may do while something is under way.
 enum class Interruption { back, close, otherAccount, destroy };
 
+/// Runs so many turns of everything that is ready; false when there are not so many.
+bool runTurns(Newcomer& machine, int turns)
+{
+    for (int turn = 0; turn < turns; ++turn) {
+        machine.io.restart();
+        if (machine.io.poll_one() == 0)
+            return false;
+    }
+    return true;
+}
+
 TEST(OnboardingFlow, whatIsGivenUpBringsNothingAnyMore)
 {
-    for (const auto& [from, provider] :
-         {std::pair{Step::account, dexcom}, {Step::account, libreLinkUp}, {Step::person, libreLinkUp}}) {
-        for (const auto what :
-             {Interruption::back, Interruption::close, Interruption::otherAccount, Interruption::destroy}) {
-            for (const bool atItsEnd : {false, true}) {
-                // Each wait for the service in turn, until one run is not interrupted.
-                for (int wait = 0, interrupted = 1; interrupted > 0; ++wait) {
-                    SCOPED_TRACE(fmt::format("{} {} {} {} {}", rawValue(provider), static_cast<int>(from),
-                                             static_cast<int>(what), atItsEnd, wait));
-                    Newcomer machine;
-                    machine.goTo(from, provider);
-                    if (from == Step::account)
-                        machine.enter(provider);
-                    interrupted = 0;
-                    Step expected = from;
-                    machine.httpClock.interrupt = [&] {
-                        ++interrupted;
-                        switch (what) {
-                        case Interruption::back:
-                            // Reading the person's values happens in the step after.
-                            expected = from == Step::account ? Step::terms : Step::person;
-                            machine.flow->goBack();
-                            break;
-                        case Interruption::close:
-                            expected = machine.state().step;
-                            machine.flow->close();
-                            break;
-                        case Interruption::otherAccount:
-                            machine.enter(dexcom, "other", "grace");
-                            expected = machine.state().step;
-                            break;
-                        case Interruption::destroy: machine.flow.reset(); break;
-                        }
-                    };
-                    (atItsEnd ? machine.httpClock.atEndOf : machine.httpClock.inside) =
-                        machine.httpClock.sleeps + wait;
-                    machine.forward();
-                    ASSERT_LE(interrupted, 1);
-                    if (interrupted == 0) {
-                        EXPECT_GE(wait, 2) << "there was nothing to interrupt";
-                        break;
-                    }
-                    if (what == Interruption::otherAccount && expected != Step::account)
-                        continue;  // There are no fields to change.
-                    EXPECT_FALSE(machine.manager->account());
-                    if (what == Interruption::destroy)
-                        continue;
-                    EXPECT_EQ(machine.state().step, expected);
-                    EXPECT_FALSE(machine.state().isBusy);
-                    EXPECT_FALSE(machine.state().firstReading);
-                    EXPECT_EQ(machine.problem(), "");
-                    if (what == Interruption::close)
-                        machine.flow->begin();
-                    machine.httpClock.atEndOf = machine.httpClock.inside = {};
-                    if (what == Interruption::otherAccount)
-                        machine.enter(provider);
-                    machine.goTo(Step::firstReading, provider);
-                    EXPECT_TRUE(machine.state().firstReading);
+    constexpr std::array all{Interruption::back, Interruption::close, Interruption::otherAccount,
+                             Interruption::destroy};
+    for (const auto& [from, provider] : {std::pair{Step::account, dexcom},
+                                         {Step::account, libreLinkUp},
+                                         {Step::person, libreLinkUp},
+                                         {Step::firstReading, dexcom}}) {
+        for (const auto what : all) {
+            if (what == Interruption::otherAccount && from != Step::account)
+                continue;  // There are no fields to change.
+            // Between any two turns of what going on takes.
+            int turns = 0;
+            for (;; ++turns) {
+                SCOPED_TRACE(fmt::format("{} {} {} {}", rawValue(provider), static_cast<int>(from),
+                                         static_cast<int>(what), turns));
+                Newcomer machine;
+                machine.http.setLatency(Seconds{0});
+                machine.goTo(from, provider);
+                if (from == Step::account)
+                    machine.enter(provider);
+                machine.flow->goForward();
+                const Step reached = machine.state().step;
+                // A person's values are read in the step after, as soon as it is shown.
+                EXPECT_EQ(reached, from == Step::person ? Step::firstReading : from);
+                if (!runTurns(machine, turns) || !machine.state().isBusy)
+                    break;
+                switch (what) {
+                case Interruption::back: machine.flow->goBack(); break;
+                case Interruption::close: machine.flow->close(); break;
+                case Interruption::otherAccount: machine.enter(dexcom, "other", "grace"); break;
+                case Interruption::destroy: machine.flow.reset(); break;
                 }
+                const int changes = machine.changes;
+                machine.settle();
+                if (from != Step::firstReading)  // A save that was begun ends, and is told.
+                    EXPECT_EQ(machine.changes, changes) << "nothing changes by itself any more";
+                if (what == Interruption::destroy)
+                    continue;
+                EXPECT_EQ(machine.state().step, what != Interruption::back ? reached
+                                                : reached == Step::account ? Step::terms
+                                                : provider == dexcom       ? Step::account
+                                                                           : Step::person);
+                EXPECT_FALSE(machine.state().isBusy || machine.state().problem);
+                if (what == Interruption::close)
+                    machine.flow->begin();
+                machine.settle();
+                if (what == Interruption::otherAccount)
+                    machine.enter(provider);
+                machine.goTo(Step::firstReading, provider);
+                EXPECT_TRUE(machine.state().firstReading);
             }
+            EXPECT_GE(turns, 4) << "there was nothing to interrupt";
         }
     }
 }
@@ -832,14 +834,13 @@ TEST(OnboardingFlow, historyIsSavedWithConsentOnly)
     EXPECT_EQ(machine.history->status().configuration.consentVersion, currentConsentVersion);
 
     // Another process goes on, and shows what was decided; taking it back pauses.
-    machine.flow->close();
     machine.launch();
     machine.back();
-    EXPECT_TRUE(state.savesHistory);
+    EXPECT_TRUE(machine.state().savesHistory);
     machine.flow->setSavesHistory(false);
     machine.forward();
     EXPECT_FALSE(isOn());
-    EXPECT_EQ(state.step, Step::login);
+    EXPECT_EQ(machine.state().step, Step::login);
 }
 
 TEST(OnboardingFlow, theLoginItemShowsWhatIsSo)
