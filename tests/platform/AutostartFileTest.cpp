@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "platform/linux/DesktopEntry.h"
+#include "support/Random.h"
 #include "testing/TemporaryFolder.h"
 
 namespace tidewell {
@@ -320,6 +321,39 @@ TEST_F(AutostartFileTest, everyPathIsQuotedSoThatItIsReadBackAsItIs)
         EXPECT_EQ(status(), LoginItemStatus{true});
         EXPECT_EQ(setEnabled(false), "");
         EXPECT_FALSE(fs::exists(file));
+    }
+}
+
+TEST(DesktopEntryTest, whateverIsWrittenIsReadBackAndNothingElseChanges)
+{
+    constexpr std::string_view bytes = "ab =;#[]%\"'\\`$\n\t\r~*fU\xC3\xA4";
+    SeededRandom random{1};
+    for (int round = 0; round < 2000; ++round) {
+        const auto word = [&] {
+            std::string made;
+            for (auto length = random.next() % 8; length > 0; --length)
+                made += bytes[random.next() % bytes.size()];
+            return made;
+        };
+        std::string before = "# " + word() + "\n[Desktop Entry]\n";
+        std::ranges::replace(before, '\r', ' ');
+        auto entry = DesktopEntry::parse(before);
+        if (!entry)
+            continue;  // The comment opened another group.
+        Words command{"tidewell"};
+        for (auto count = random.next() % 4; count > 0; --count)
+            command.push_back(word());
+        const std::string name = word();
+        const bool isTrimmed = name.empty() || name.find_last_of(" ") != name.size() - 1;
+        entry->set("Exec", execValue(command));
+        entry->set("Name", name);
+        const auto read = DesktopEntry::parse(entry->text()).value();
+        EXPECT_EQ(execArguments(read.value("Exec").value()), command);
+        if (isTrimmed)
+            EXPECT_EQ(read.value("Name"), name);
+        entry->remove("Exec");
+        entry->remove("Name");
+        EXPECT_EQ(entry->text(), before);
     }
 }
 
