@@ -488,6 +488,24 @@ std::array<QRectF, 5> bandSegments(const QRectF& area, const std::array<Insights
     return segments;
 }
 
+/// Without the weekday, which a column stands for, where it has no room; at last the day alone. The same for
+/// all days of a calendar: a long date decides.
+QString shortDateText(std::chrono::sys_days date, const QFontMetricsF& metrics, double width)
+{
+    using namespace std::chrono;
+    constexpr sys_days longDate{year{2026} / 9 / 30};  // A Wednesday.
+    const auto fits = [&](const QString& words) {
+        return !words.isEmpty() && metrics.horizontalAdvance(words) <= width;
+    };
+    const auto withoutWeekday = [](const QString& words) { return words.section(QStringLiteral(", "), 1); };
+    const QString whole = insightsDateText(date);
+    if (fits(whole) && fits(insightsDateText(longDate)))
+        return whole;
+    if (fits(withoutWeekday(whole)))
+        return withoutWeekday(whole);
+    return QString::number(static_cast<unsigned>(year_month_day{date}.day()));
+}
+
 }  // namespace
 
 double insightsAxisTop(double highestMgdl)
@@ -656,7 +674,7 @@ void paintInsightsSmallDay(QPainter& painter, const QRectF& area, const Insights
     painter.setPen(day.points.empty() ? colors.faintText : colors.text);
     painter.drawText(QRectF{area.left() + 2 * line, area.top(), area.width() - 4 * line, head},
                      Qt::AlignLeft | Qt::AlignVCenter,
-                     metrics.elidedText(insightsDateText(day.date), Qt::ElideRight, area.width() - 4 * line));
+                     shortDateText(day.date, metrics, area.width() - 4 * line));
     QColor ground = colors.grid;
     ground.setAlpha(ground.alpha() / 2);
     painter.fillRect(plot.area, ground);
@@ -668,7 +686,9 @@ void paintInsightsSmallDay(QPainter& painter, const QRectF& area, const Insights
     painter.restore();
     if (day.points.empty()) {
         painter.setPen(colors.faintText);
-        painter.drawText(plot.area, Qt::AlignCenter, Words::tr("no readings"));
+        const QString words = Words::tr("no readings");
+        const bool fits = metrics.horizontalAdvance(words) <= plot.area.width();
+        painter.drawText(plot.area, Qt::AlignCenter, fits ? words : QStringLiteral("–"));
     }
     if (marked) {
         painter.setPen(QPen{colors.mark, 2 * line});

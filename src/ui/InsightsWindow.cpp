@@ -248,20 +248,19 @@ struct InsightsWindow::Impl {
         message->setVisible(!words.isEmpty());
         advice->setText(hint);
         advice->setVisible(!hint.isEmpty());
-        progressBox->hide();
-        retry->hide();
-        settings->hide();
         pages->setCurrentWidget(messagePage);
     }
 
-    /// What to do about saving: a way to its settings, or the command.
-    void offerSaving(bool withCommand)
+    /// Of the message that is shown. Who has the focus is not hidden in between.
+    void showControls(bool retries, bool offersSettings)
     {
-        settings->setVisible(static_cast<bool>(handlers.openSettings));
-        if (handlers.openSettings || !withCommand)
-            return;
-        advice->setText(text(insightsSavingAdvice));
-        advice->show();
+        retry->setVisible(retries);
+        settings->setVisible(offersSettings && handlers.openSettings);
+        const bool hasProgress = state.phase == InsightsViewState::Phase::collecting && state.progress &&
+                                 !state.readiness.progress.empty();
+        progressBox->setVisible(hasProgress);
+        if (hasProgress)
+            showProgress();
     }
 
     /// To screen readers. What is only waited for and what is renewed are no news.
@@ -288,10 +287,6 @@ struct InsightsWindow::Impl {
 
     void showProgress()
     {
-        const bool there = state.progress && !state.readiness.progress.empty();
-        progressBox->setVisible(there);
-        if (!there)
-            return;
         const double days = state.progress->collected / initialCollection;
         collected->setValue(static_cast<int>(std::floor(days * 100)));
         coverage->setValue(static_cast<int>(std::floor(state.progress->coverage * 100)));
@@ -479,35 +474,37 @@ void InsightsWindow::present(const InsightsViewState& state)
     my.save->setEnabled(hasReadings);
     // Before the report opens there is nothing to pick a period for.
     const bool collecting = state.phase == Phase::collecting;
-    if (collecting && my.header->isAncestorOf(focusWidget() ? focusWidget() : my.header))
-        my.title->setFocus();
+    const bool needsFocus = collecting && (!focusWidget() || my.header->isAncestorOf(focusWidget()));
+    bool offersSettings = false;
     my.header->setVisible(!collecting);
     switch (state.phase) {
     case Phase::loading: my.showMessage(text(insightsLoadingText), {}, {}); break;
     case Phase::calculating: my.showMessage(text(insightsCalculatingText), {}, {}); break;
     case Phase::collecting:
-        my.showMessage(text(state.readiness.title), text(state.readiness.text), text(state.advice));
-        my.showProgress();
-        if (state.offersSaving)
-            my.offerSaving(true);
+        offersSettings = state.offersSaving;
+        my.showMessage(
+            text(state.readiness.title), text(state.readiness.text),
+            text(state.offersSaving && !my.handlers.openSettings ? insightsSavingAdvice
+                                                                 : std::string_view{state.advice}));
         break;
     case Phase::unavailable:
         my.showMessage(text(insightsUnavailableTitle), text(insightsUnavailableText), text(state.advice));
-        my.retry->show();
-        my.offerSaving(false);
+        offersSettings = true;
         break;
     case Phase::report:
         if (!hasReadings) {
             my.showMessage(text(insightsEmptyTitle), emptyText(state),
                            state.isSaving ? QString{} : text(insightsSavingOffText));
-            if (!state.isSaving)
-                my.offerSaving(false);
+            offersSettings = !state.isSaving;
         } else {
             my.panel->present(state);
             my.pages->setCurrentWidget(my.scroll);
         }
         break;
     }
+    my.showControls(state.phase == Phase::unavailable, offersSettings);
+    if (needsFocus)
+        my.settings->isHidden() ? my.title->setFocus() : my.settings->setFocus();
     my.announce();
 }
 

@@ -268,6 +268,10 @@ TEST_F(InsightsWindowTest, namesTheCommandOnlyWithoutAWayToTheSettings)
         EXPECT_EQ(settingsOpened, ++opened);
         EXPECT_FALSE(advice.text().contains(QStringLiteral("tidewell history")));
     }
+    collecting(withSettings, true);
+    button.setFocus();
+    collecting(withSettings, true);
+    EXPECT_EQ(withSettings.focusWidget(), &button) << "a renewal leaves the keyboard where it is";
     withSettings.present({.phase = Phase::report, .report = fortnight(), .isSaving = false});
     for (auto* other : withSettings.findChildren<QPushButton*>())
         if (other->isVisible() && other->text().contains(QStringLiteral("settings")))
