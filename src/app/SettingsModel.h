@@ -62,7 +62,6 @@ public:
         asio::any_io_executor workers;  ///< For the login item.
         Clock& clock;
         ConfigurationManager& configuration;
-        UserDefaults& defaults;
         StatusBarViewModel& statusBarViewModel;
         StatusBarPollingCoordinator& coordinator;
         HistoryCoordinator& history;

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QLocale>
 #include <csignal>
 
 #include "platform/linux/BusConnection.h"
@@ -14,11 +15,15 @@
 #include "program/Core.h"
 #include "program/InsightsController.h"
 #include "program/InsightsReportController.h"
+#include "program/OnboardingController.h"
 #include "program/Process.h"
+#include "program/SettingsController.h"
 #include "program/SignInController.h"
+#include "program/TermsController.h"
 #include "support/Log.h"
 #include "ui/SpokenStatusItem.h"
 #include "ui/SpokenWidget.h"
+#include "ui/Translations.h"
 
 namespace tidewell {
 
@@ -61,19 +66,30 @@ UserNotification statusAreaHint()
                                 statusAreaAdvice(desktop))};
 }
 
-constexpr MenuPlaces menuPlaces{.insights = true};
+constexpr MenuPlaces menuPlaces{.insights = true, .settings = true};
 
 /// The status item and the windows, over the core. Main thread.
 class Face {
 public:
     Face(Core& core, const ApplicationOptions& options)
-        : core_{core}, signIn_{core}, insights_{core}, report_{core}, item_{itemOptions(core, options)}
+        : core_{core},
+          onboarding_{core},
+          terms_{core},
+          signIn_{core},
+          insights_{core},
+          report_{core},
+          settingsWindow_{core,
+                          {.signIn = [this] { signIn(); },
+                           .terms = [this] { terms_.show(); },
+                           .insights = [this] { insights_.show(); }}},
+          item_{itemOptions(core, options)}
     {
         if (!options.demo)
             item_.onAbsent([this] { core_.notifyOnce(statusAreaHintShownKey, statusAreaHint()); });
         item_.onCommand([this](MenuCommand command) { carryOut(command); });
         insights_.onSaveReport([this](const InsightsShown& shown) { report_.show(shown); });
         insights_.onReportGone([this] { report_.withdraw(); });
+        insights_.onOpenSettings([this] { settingsWindow_.show(SettingsTab::insights); });
         item_.setGraphSource([this] { return graph(); });
         observer_ = core_.viewModel().observe([this](const StatusBarState&) { present(); });
         settings_ = core_.configuration().observe([this](ConfigurationChange) { present(); });
@@ -89,7 +105,8 @@ public:
     {
         present();
         item_.start();
-        core_.launch([this] { present(); }, &signIn_);
+        core_.launch(
+            {.ensureStatusItem = [this] { present(); }, .onboarding = &onboarding_, .terms = &terms_});
     }
 
     /// The person started the program a second time: the way to the graph by keyboard, and the only one where
@@ -101,10 +118,19 @@ public:
         if (core_.configuration().account())
             item_.showMenu(QCursor::pos());
         else
-            signIn_.show();
+            signIn();
     }
 
 private:
+    /// Who has not been through the first-run steps goes on with these.
+    void signIn()
+    {
+        if (core_.defaults().boolean(onboardingCompletedKey))
+            signIn_.show();
+        else
+            onboarding_.showOnboarding();
+    }
+
     void present()
     {
         const StatusItemContent content = statusItemContent(
@@ -152,7 +178,8 @@ private:
     {
         AppSettings settings = configuration.settings();
         settings.graphTimeWindowHours = hours;
-        const auto saved = co_await configuration.saveSettings(std::move(settings));
+        const auto saved =
+            co_await configuration.changeSettings(configuration.settings(), std::move(settings));
         if (!saved)
             applicationLog.warning("The graph's time window could not be stored: " + saved.error().message);
         else if (*picked == hours)
@@ -171,16 +198,16 @@ private:
                 pickGraphWindow(*window);
             break;
         case MenuCommand::none:
-        case MenuCommand::installUpdate:
-        case MenuCommand::showTerms:
-        case MenuCommand::showSettings: break;
+        case MenuCommand::installUpdate: break;
+        case MenuCommand::showTerms: terms_.show(); break;
+        case MenuCommand::showSettings: settingsWindow_.show(SettingsTab::general); break;
         case MenuCommand::showInsights: insights_.show(); break;
         case MenuCommand::showGraph: item_.showMenu(QCursor::pos()); break;
         case MenuCommand::refresh:
             asio::co_spawn(core_.main(), core_.coordinator().refreshNow(), asio::detached);
             break;
         case MenuCommand::reconnect: core_.coordinator().reconnect(); break;
-        case MenuCommand::signIn: signIn_.show(); break;
+        case MenuCommand::signIn: signIn(); break;
         case MenuCommand::snooze30Minutes: core_.coordinator().snoozeAlerts(30min); break;
         case MenuCommand::snooze2Hours: core_.coordinator().snoozeAlerts(2h); break;
         case MenuCommand::resumeAlerts: core_.coordinator().resumeAlerts(); break;
@@ -189,9 +216,12 @@ private:
     }
 
     Core& core_;
+    OnboardingController onboarding_;
+    TermsController terms_;
     SignInController signIn_;
     InsightsController insights_;
     InsightsReportController report_;
+    SettingsController settingsWindow_;
     StatusItem item_;
     SpokenStatusItem spokenItem_{[this] { item_.showMenu(QCursor::pos()); }};
     /// Of the graph's window, until the settings have them.
@@ -223,6 +253,7 @@ ExitCode runApplication(const ApplicationOptions& options)
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName("org.tidewell.Tidewell");
     QApplication::setQuitOnLastWindowClosed(false);
+    installTranslations(QLocale::system());
     installSpokenWidgets();
 
     // They wait for the event loop from here on, so that what was made goes again.

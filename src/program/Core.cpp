@@ -2,6 +2,8 @@
 
 #include <future>
 
+#include "app/TermsAgreement.h"
+#include "platform/linux/AutostartFile.h"
 #include "polling/PollFailure.h"
 #include "program/DemoHistory.h"
 #include "program/HistoryStorage.h"
@@ -48,6 +50,27 @@ public:
         co_return std::unexpected{NotificationError{"This run posts no notifications."}};
     }
 };
+
+/// Of a demonstration, which leaves no trace.
+class DemoLoginItem final : public LoginItemControlling {
+public:
+    LoginItemStatus status() override { return {.isEnabled = enabled_}; }
+    std::expected<void, std::string> setEnabled(bool enabled) override
+    {
+        enabled_ = enabled;
+        return {};
+    }
+
+private:
+    bool enabled_ = false;
+};
+
+std::shared_ptr<LoginItemControlling> makeLoginItem(bool isDemonstration)
+{
+    if (isDemonstration)
+        return std::make_shared<DemoLoginItem>();
+    return std::make_shared<AutostartFile>(AutostartFile::standardPlaces());
+}
 
 void afterTurns(asio::any_io_executor executor, int turns, std::function<void()> work)
 {
@@ -127,6 +150,7 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
             },
     });
     workspace_ = std::make_unique<LogindEvents>();
+    loginItem_ = makeLoginItem(isDemonstration());
     if (!environment_.demo)
         makeSharing(options.sharing);
     engine_.start();
@@ -151,13 +175,17 @@ void Core::makeSharing(SharingKind kind)
 std::string Core::sharedAccount() const
 {
     const auto& account = configuration_->account();
-    return account ? sharingAccount(environment_, *account) : std::string{};
+    // Before terms were accepted nothing is shown, whoever asks for it.
+    if (!account || (delegate_ && delegate_->waitsForTerms()))
+        return {};
+    return sharingAccount(environment_, *account);
 }
 
 bool Core::canPoll() const
 {
     const auto& account = configuration_->account();
-    return account && !account->password.empty() && defaults_->boolean(onboardingCompletedKey);
+    return account && !account->password.empty() && defaults_->boolean(onboardingCompletedKey) &&
+           (!asksForTerms_ || hasAcceptedTerms(*defaults_));
 }
 
 asio::awaitable<void> Core::beginSharing()
@@ -289,8 +317,10 @@ asio::awaitable<void> Core::postOnce(std::string key, UserNotification notificat
         coreLog.warning(posted.error().message);
 }
 
-void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding)
+void Core::launch(Windows windows)
 {
+    // A demonstration asks nobody's service.
+    asksForTerms_ = windows.terms && !isDemonstration();
     AppDelegate::Services services{
         .main = main(),
         .clock = clock_,
@@ -302,10 +332,11 @@ void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating
             [this](const GlucoseAccountConfiguration& account) {
                 return makeServiceClient(clientParts(), account);
             },
-        .ensureStatusItem = std::move(ensureStatusItem),
+        .ensureStatusItem = std::move(windows.ensureStatusItem),
         .history = history_.get(),
         .workspace = workspace_.get(),
-        .onboardingCoordinator = onboarding,
+        .onboardingCoordinator = windows.onboarding,
+        .termsAgreementCoordinator = asksForTerms_ ? windows.terms : nullptr,
     };
     if (alertProbe_)
         services.lookAtAlertPath = [this] { return lookAtAlertPath(); };
@@ -328,8 +359,12 @@ void Core::launch(std::function<void()> ensureStatusItem, OnboardingCoordinating
 asio::awaitable<void> Core::concludeFromAccount()
 {
     (void)co_await configuration_->load();
-    if (configuration_->account())
+    if (configuration_->account()) {
         defaults_->set(onboardingCompletedKey, true);
+        // Nobody got that far without terms; of which version they were is lost, so they are asked for.
+        if (!hasAcceptedTerms(*defaults_))
+            defaults_->set(acceptedTermsVersionKey, "unknown");
+    }
     delegate_->applicationDidFinishLaunching();
     sharingBegin_ = startTask(main(), beginSharing());
 }
@@ -412,8 +447,20 @@ asio::awaitable<void> Core::reload(bool configurationToo)
         (void)co_await configuration_->load();
     if (!delegate_)
         co_return;
+    storedStateDidChange();
+}
+
+void Core::storedStateDidChange()
+{
     delegate_->storedStateDidReload();
     if (sharedConfiguration_)  // The first-run steps may be over.
+        sharing_->setAccount(sharedAccount(), canPoll());
+}
+
+void Core::termsDidChange()
+{
+    delegate_->termsDidChange();
+    if (sharedConfiguration_)
         sharing_->setAccount(sharedAccount(), canPoll());
 }
 

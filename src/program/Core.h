@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "app/AppDelegate.h"
+#include "app/LoginItem.h"
 #include "platform/linux/AlertProbe.h"
 #include "platform/linux/GioNetworkPathMonitor.h"
 #include "platform/linux/LogindEvents.h"
@@ -54,7 +55,14 @@ public:
     [[nodiscard]] AppDelegate& delegate() { return *delegate_; }
     /// Whether the readings are the built-in demonstration's.
     [[nodiscard]] bool isDemonstration() const { return environment_.demo != nullptr; }
+    [[nodiscard]] const Environment& environment() const { return environment_; }
     [[nodiscard]] const Folders& folders() const { return environment_.folders; }
+    [[nodiscard]] UserNotificationGlucoseAlertDelivery& alertDelivery() { return *alertDelivery_; }
+    /// In a demonstration, one that changes nothing.
+    [[nodiscard]] const std::shared_ptr<LoginItemControlling>& loginItem() const { return loginItem_; }
+    /// What the probe finds, and what became of the last alert. Of a run that alerts; awaited on main(), for
+    /// some seconds at most.
+    [[nodiscard]] asio::awaitable<AlertPath> lookAtAlertPath();
 
     /// For the clients of accounts that are checked before they are stored.
     [[nodiscard]] ServiceClientParts clientParts();
@@ -63,15 +71,24 @@ public:
     /// One that the desktop did not take comes another time. Nothing in a run that posts none.
     void notifyOnce(std::string_view key, UserNotification notification);
 
-    /// Begins the launch sequence. `ensureStatusItem` and `onboarding` may be empty for a run without
-    /// windows.
-    void launch(std::function<void()> ensureStatusItem, OnboardingCoordinating* onboarding);
+    /// The windows that the launch sequence may need; a run without windows has none.
+    struct Windows {
+        std::function<void()> ensureStatusItem{};
+        OnboardingCoordinating* onboarding = nullptr;
+        TermsAgreementCoordinating* terms = nullptr;
+    };
+    /// Begins the launch sequence.
+    void launch(Windows windows);
     /// Called when the person chose an alert's notification itself.
     void onAlertOpened(std::function<void()> handler) { alertOpened_ = std::move(handler); }
     /// Reads the stored configuration again: another process says that it changed it.
     void reloadConfiguration() { reloadTimer_.start(); }
     /// The same for the user defaults alone, which need no keyring.
     void reloadDefaults() { defaultsTimer_.start(); }
+    /// The person has accepted the terms of use.
+    void termsDidChange();
+    /// This process stored an account, or ended the first-run steps.
+    void storedStateDidChange();
     /// Another process changed saved history, or how it is saved.
     void reloadHistory() { history_->historyDidChange(); }
     /// Resumes when the launch sequence has ended, and it is decided who polls.
@@ -100,8 +117,6 @@ private:
     /// Whose data this run wants; empty without an account.
     [[nodiscard]] std::string sharedAccount() const;
     [[nodiscard]] bool canPoll() const;
-    /// What the probe finds, and what became of the last alert.
-    asio::awaitable<AlertPath> lookAtAlertPath();
     void watchStoredState();
     void saveDefaultsLater();
     /// Lets the engine do what waits for it; false when it is too busy.
@@ -132,6 +147,8 @@ private:
     std::unique_ptr<HistoryCoordinator> history_;
     std::unique_ptr<StatusBarPollingCoordinator> coordinator_;
     std::unique_ptr<LogindEvents> workspace_;
+    std::shared_ptr<LoginItemControlling> loginItem_;
+    bool asksForTerms_ = false;              ///< Nothing is polled before terms of use were accepted.
     std::unique_ptr<SharedPoller> sharing_;  ///< Not of a demonstration.
     PollingProgress progress_{};             ///< Of whoever polls.
     bool startedByPerson_ = false;           ///< And has not polled yet.

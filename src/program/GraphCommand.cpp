@@ -122,7 +122,7 @@ ExitCode runGraph(const GraphOptions& options)
         return report(core.error());
     ExitCode code = ExitCode::failure;
     {
-        (*core)->launch({}, nullptr);
+        (*core)->launch({});
         const FirstState first{**core};
         QCoreApplication::exec();
         code = first.came() ? drawState(**core, options, first.exitCode())

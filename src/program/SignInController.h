@@ -9,14 +9,14 @@
 namespace tidewell {
 
 /// The sign-in window and what it does: checks the account with its service, asks whom to follow where the
-/// service leaves that open, stores it, and lets polling begin. Until the first-run steps have windows of
-/// their own, it stands for them. Main thread.
-class SignInController final : public OnboardingCoordinating {
+/// service leaves that open, stores it, and lets polling begin. Main thread.
+class SignInController final {
 public:
     explicit SignInController(Core& core);
-    ~SignInController() override;
+    ~SignInController();
+    SignInController(const SignInController&) = delete;
+    SignInController& operator=(const SignInController&) = delete;
 
-    void showOnboarding() override { show(); }
     /// Shows the window, or brings it to the front.
     void show();
 

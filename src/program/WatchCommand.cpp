@@ -84,7 +84,7 @@ ExitCode runWatch(const WatchOptions& options)
     {
         Watcher watcher{**core, options};
         watcher.print();
-        (*core)->launch({}, nullptr);
+        (*core)->launch({});
         std::optional<FirstState> first;
         if (options.once)
             first.emplace(**core);

@@ -88,7 +88,6 @@ protected:
             .workers = workers.get_executor(),
             .clock = clock,
             .configuration = *manager,
-            .defaults = defaults,
             .statusBarViewModel = viewModel,
             .coordinator = coordinator,
             .history = *history,
@@ -184,7 +183,6 @@ protected:
                                              .random = random,
                                              .viewModel = viewModel,
                                              .networkMonitor = network,
-                                             .defaults = defaults,
                                              .settings = [this] { return manager->settings(); },
                                              .alertDelivery = delivery}};
     HistoryWorld world;

@@ -1,0 +1,132 @@
+#include "program/SettingsController.h"
+
+#include <QCoreApplication>
+
+#include "platform/linux/DesktopHelper.h"
+#include "platform/linux/NotificationSettings.h"
+#include "program/DoctorFindings.h"
+#include "program/HistoryStorage.h"
+
+namespace tidewell {
+
+namespace {
+
+QString secretsPlace(const Environment& environment)
+{
+    const auto translated = [](const char* source) {
+        return QCoreApplication::translate("SettingsController", source);
+    };
+    if (environment.demo)
+        return translated(QT_TRANSLATE_NOOP("SettingsController", "nowhere: this is a demonstration"));
+    if (environment.keychainFile.empty())
+        return translated(QT_TRANSLATE_NOOP("SettingsController", "your keyring"));
+    return translated(QT_TRANSLATE_NOOP("SettingsController",
+                                        "the file %1: whoever can read your files can read them too"))
+        .arg(QString::fromStdString(environment.keychainFile.string()));
+}
+
+SettingsFacts factsOf(const Core& core)
+{
+    const Environment& environment = core.environment();
+    const auto text = [](const std::filesystem::path& path) { return QString::fromStdString(path.string()); };
+    return {.version = QStringLiteral(TIDEWELL_VERSION),
+            .configurationFile = text(environment.document()),
+            .historyFolder = text(historyRoot(environment.folders)),
+            .stateFile = text(environment.defaults()),
+            .secretsPlace = secretsPlace(environment),
+            .isDemonstration = core.isDemonstration(),
+            .canOpenNotificationSettings = canOpenNotificationSettings()};
+}
+
+}  // namespace
+
+SettingsController::SettingsController(Core& core, Places places) : core_{core}, places_{std::move(places)} {}
+
+SettingsController::~SettingsController()
+{
+    observer_.reset();
+    delete window_;
+}
+
+void SettingsController::show(SettingsTab tab)
+{
+    if (!window_)
+        make();
+    window_->open(tab);
+}
+
+void SettingsController::make()
+{
+    model_ = std::make_unique<SettingsModel>(SettingsModel::Services{
+        .main = core_.main(),
+        .workers = core_.workers(),
+        .clock = core_.clock(),
+        .configuration = core_.configuration(),
+        .statusBarViewModel = core_.viewModel(),
+        .coordinator = core_.coordinator(),
+        .history = core_.history(),
+        .alertDelivery = core_.alertDelivery(),
+        .loginItem = core_.loginItem(),
+        .look = [this] { return look(); },
+    });
+    SettingsModel& model = *model_;
+    window_ = new SettingsWindow{
+        factsOf(core_),
+        {.changed = [&model](AppSettings wanted) { model.change(std::move(wanted)); },
+         .startAtLoginChanged = [&model](bool starts) { model.setStartAtLogin(starts); },
+         .sendTestAlert = [&model] { model.sendTestAlert(); },
+         .openNotificationSettings = [] { openNotificationSettings(); },
+         .enableHistory = [&model](std::int64_t days) { model.enableHistory(days); },
+         .pauseHistory = [&model] { model.pauseHistory(); },
+         .historyRetentionChanged = [&model](std::int64_t days) { model.setHistoryRetention(days); },
+         .deleteHistory = [&model](bool everyAccount) { model.deleteHistory(everyAccount); },
+         .signIn = [this] { places_.signIn(); },
+         .reconnect = [&model] { model.reconnect(); },
+         .signOut = [&model](bool deletesHistory) { model.signOut(deletesHistory); },
+         .showTerms = [this] { places_.terms(); },
+         .showInsights = [this] { places_.insights(); },
+         .lookAgain = [&model] { model.refresh(); },
+         .closed = [this] { closed(); }}};
+    observer_ = model.observe([this] {
+        if (window_)
+            window_->present(model_->state());
+    });
+    model.refresh();
+    window_->present(model.state());
+}
+
+void SettingsController::closed()
+{
+    observer_.reset();
+    if (window_)
+        std::exchange(window_, nullptr)->deleteLater();
+    // Not under the feet of the call that closed the window.
+    asio::post(core_.main(), [gone = std::shared_ptr<SettingsModel>{std::move(model_)}] {});
+}
+
+asio::awaitable<std::vector<AlertFinding>> SettingsController::look()
+{
+    const StatusBarState& shown = core_.viewModel().state();
+    AlertHealthFacts facts{.zone = TimeZone::current(),
+                           .settings = core_.configuration().settings(),
+                           .snoozedUntil = shown.alertsSnoozedUntil,
+                           .hasAccount = core_.configuration().account().has_value()};
+    if (!shown.glucoseHistory.empty())
+        facts.newestReading = shown.glucoseHistory.back().date;
+    const std::optional<ErrorInfo> problem = shown.currentError;
+    const GlucoseHistoryStatus history = core_.history().status();
+    Core& core = core_;
+    facts.path = co_await core.lookAtAlertPath();
+    const auto statusArea = co_await statusAreaFromHelper(desktopHelperProgram, statusAreaDeadline);
+    facts.now = core.clock().now();
+    auto findings = alertFindings(facts);
+    if (problem)
+        replaceAccountFinding(findings, *problem);
+    if (statusArea)
+        addBeforeGood(findings, statusAreaFinding(*statusArea));
+    if (facts.hasAccount)
+        addBeforeGood(findings, savedHistoryFinding(history.configuration, history.problem));
+    co_return findings;
+}
+
+}  // namespace tidewell
