@@ -281,6 +281,13 @@ TEST_F(AutostartFileTest, whatIsNoEntryIsNamedAndLeftAlone)
             EXPECT_EQ(content(file), before);
         fs::remove_all(file);
     }
+    // A home that cannot be written to; some users may write everywhere.
+    fs::permissions(places.userFolder, fs::perms::owner_read | fs::perms::owner_exec);
+    if (::access(places.userFolder.c_str(), W_OK) != 0) {
+        EXPECT_TRUE(setEnabled(true).contains("could not be written"));
+        EXPECT_TRUE(fs::is_empty(places.userFolder));
+    }
+    fs::permissions(places.userFolder, fs::perms::owner_all);
     // A file where the folder should be, and no place at all.
     fs::remove_all(root / "config");
     put(root / "config", "x");
