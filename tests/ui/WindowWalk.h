@@ -3,6 +3,9 @@
 #include <QString>
 #include <QTranslator>
 #include <QWidget>
+#include <memory>
+#include <set>
+#include <string>
 
 namespace tidewell {
 
@@ -40,6 +43,23 @@ public:
 
 private:
     PseudoTranslator translator_;
+};
+
+/// While it lives, the program speaks one of its languages. Fails at the end for each text that was asked for
+/// and that the language lacks, for instance because it is marked for another context.
+class SpokenLanguage final : public QTranslator {
+public:
+    explicit SpokenLanguage(const QString& language);
+    ~SpokenLanguage() override;
+    SpokenLanguage(const SpokenLanguage&) = delete;
+    SpokenLanguage& operator=(const SpokenLanguage&) = delete;
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char* context, const char* sourceText, const char* disambiguation,
+                                    int n) const override;
+
+private:
+    std::unique_ptr<QTranslator> translator_;
+    mutable std::set<std::string> missing_;
 };
 
 /// Names the visible texts below `window` that the pseudo-language did not reach, but for numbers, user data

@@ -3768,10 +3768,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <translation>Noch niemand gewählt</translation>
     </message>
     <message>
-        <source>Stored in %1</source>
-        <translation>Gespeichert in: %1</translation>
-    </message>
-    <message>
         <source>Not there, or it cannot be read</source>
         <translation>Nicht vorhanden oder nicht lesbar</translation>
     </message>
@@ -3790,6 +3786,10 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>Please wait: the account is being changed.</source>
         <translation>Bitte warten: Das Konto wird geändert.</translation>
+    </message>
+    <message>
+        <source>Stored: %1</source>
+        <translation>Gespeichert: %1</translation>
     </message>
 </context>
 <context>
@@ -4000,10 +4000,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>Password, and the key of the saved readings:</source>
         <translation>Passwort und Schlüssel der gespeicherten Messwerte:</translation>
-    </message>
-    <message>
-        <source>%1 %2</source>
-        <translation>%1 %2</translation>
     </message>
     <message>
         <source>Default (%1)</source>
