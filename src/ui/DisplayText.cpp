@@ -169,7 +169,7 @@ std::optional<QString> known(std::string_view whole, int depth)
         return translation(fixed);
     if (const auto found = sources.pattern(whole))
         return filled(*found->first, found->second, depth);
-    if (whole.size() > 1 && whole.ends_with('.'))
+    if (whole.size() > 1 && whole.ends_with('.') && !whole.ends_with(".."))
         if (auto inner = known(whole.substr(0, whole.size() - 1), depth))
             return *inner + u'.';
     return std::nullopt;

@@ -388,6 +388,12 @@ TEST(DisplayText, fillsInWhatTheCoreFilledIn)
     for (int i = 0; i < 2000; ++i)
         nested = "Login failed: " + nested;
     EXPECT_FALSE(filled(nested).empty());
+    for (const std::string_view piece : {".", "a. ", "1 ", "Low. ", "%1 h "}) {
+        std::string many;
+        while (many.size() + piece.size() < 8192)
+            many += piece;
+        EXPECT_GE(displayText(many).size(), 8000);
+    }
 }
 
 TEST(DisplayText, knowsNoSourceTwice)
