@@ -183,6 +183,7 @@ protected:
                                              .random = random,
                                              .viewModel = viewModel,
                                              .networkMonitor = network,
+                                             .defaults = defaults,
                                              .settings = [this] { return manager->settings(); },
                                              .alertDelivery = delivery}};
     HistoryWorld world;
