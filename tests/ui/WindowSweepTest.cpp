@@ -111,7 +111,7 @@ protected:
     void TearDown() override { QApplication::setFont(font_); }
 
     /// Looks at every window, with letters of the usual size and of twice that.
-    static void sweep(const QString& language, const std::function<void(QWidget&)>& more = {})
+    void sweep(const QString& language, const std::function<void(QWidget&)>& more = {}) const
     {
         for (const int scale : {1, 2}) {
             QFont larger = font_;
@@ -136,7 +136,7 @@ protected:
         }
     }
 
-    inline static const QFont font_ = QFont{};
+    const QFont font_ = QApplication::font();
 };
 
 TEST_F(WindowSweep, keepsItsPromisesInEnglish) { sweep(QStringLiteral("en")); }
