@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <filesystem>
 #include <fstream>
@@ -100,6 +101,20 @@ TEST_F(InsightsReportControllerTest, savesWhatIsShownAndSaysWhyItCannot)
     EXPECT_TRUE(comes([&] { return !dialog->isVisible(); }));
     std::ifstream stream{folder / "report.pdf"};
     EXPECT_TRUE((std::string{std::istreambuf_iterator<char>{stream}, {}}.starts_with("%PDF-")));
+}
+
+TEST_F(InsightsReportControllerTest, withdrawsWhatIsSomebodyElsesByNow)
+{
+    auto& name = *dialog->findChild<QLineEdit*>();
+    name.setText(QStringLiteral("Ada"));
+    save(folder / "report.pdf", true);  // Asks for the readings first.
+    controller->withdraw();
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_EQ(name.text(), QString{}) << "of the person before";
+    for (int turn = 0; turn < 20; ++turn)
+        QCoreApplication::processEvents();
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
 }
 
 TEST_F(InsightsReportControllerTest, letsTheWindowGoMeanwhile)
