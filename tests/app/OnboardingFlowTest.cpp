@@ -675,6 +675,48 @@ TEST(OnboardingFlow, whatIsGivenUpBringsNothingAnyMore)
     }
 }
 
+TEST(OnboardingFlow, whatIsStoredWhileThePersonGoesBackIsSeenAgainAsItIs)
+{
+    struct Beginning {
+        Step step;
+        std::function<void(OnboardingFlow&)> act;
+    };
+    const std::vector<Beginning> beginnings{
+        {Step::glucose, [](OnboardingFlow& flow) { flow.goForward(); }},
+        {Step::alerts, [](OnboardingFlow& flow) { flow.sendTestAlert(); }},
+        {Step::history,
+         [](OnboardingFlow& flow) {
+             flow.setSavesHistory(true);
+             flow.goForward();
+         }},
+        {Step::login, [](OnboardingFlow& flow) { flow.setStartsAtLogin(true); }},
+    };
+    for (const Beginning& beginning : beginnings) {
+        int turns = 0;
+        for (;; ++turns) {
+            SCOPED_TRACE(fmt::format("{} {}", static_cast<int>(beginning.step), turns));
+            Newcomer machine;
+            const OnboardingState& state = machine.state();
+            machine.goTo(beginning.step);
+            beginning.act(*machine.flow);
+            if (!runTurns(machine, turns) || state.step != beginning.step ||
+                !(state.isBusy || state.isSendingTestAlert))
+                break;
+            machine.flow->goBack();
+            const Step before = state.step;
+            EXPECT_LT(before, beginning.step);
+            machine.settle();
+            EXPECT_EQ(state.step, before);
+            EXPECT_FALSE(state.isBusy || state.isSendingTestAlert || state.problem);
+            EXPECT_EQ(state.testAlertAnswer, Answer::none);
+            machine.goTo(beginning.step);
+            EXPECT_EQ(state.startsAtLogin, machine.loginItem->is.isEnabled);
+            EXPECT_EQ(state.settings, machine.manager->settings());
+        }
+        EXPECT_GE(turns, 2) << "there was nothing to interrupt";
+    }
+}
+
 TEST(OnboardingFlow, namesAndPasswordsArriveAsTheyWereMeant)
 {
     const std::string longOne(1000, 'x');
