@@ -2,7 +2,8 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFormLayout>
+#include <QGridLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
 #include <QVBoxLayout>
@@ -216,26 +217,30 @@ AccountForm::AccountForm(QWidget* parent) : QWidget{parent}, impl_{std::make_uni
     my.passwordHint = wrappedLabel(tr("Leave empty to use the stored password."), this);
     my.showPassword = new QCheckBox{tr("S&how password"), this};
 
-    auto* const form = new QFormLayout;
-    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
-    form->addRow(tr("Ser&vice:"), my.service);
-    form->addRow(tr("&Region:"), my.region);
-    form->addRow(QStringLiteral("&U"), my.username);  // Named with the service.
-    my.usernameLabel = qobject_cast<QLabel*>(form->labelForField(my.username));
-    form->addRow(QString{}, my.usernameHint);
-    form->addRow(tr("&Password:"), my.password);
-    form->addRow(QString{}, my.passwordHint);
-    form->addRow(QString{}, my.showPassword);
+    // A grid gives a hint that wraps the height of its width, which a form does not.
+    auto* const form = new QGridLayout;
+    form->setColumnStretch(1, 1);
+    const auto addField = [&](const QString& title, QWidget* field, QLabel* hint) {
+        auto* const label = new QLabel{title, this};
+        label->setBuddy(field);
+        const int row = form->rowCount();
+        form->addWidget(label, row, 0);
+        form->addWidget(field, row, 1);
+        if (hint)
+            form->addWidget(hint, row + 1, 1);
+        return label;
+    };
+    addField(tr("Ser&vice:"), my.service, nullptr);
+    addField(tr("&Region:"), my.region, nullptr);
+    my.usernameLabel = addField({}, my.username, my.usernameHint);  // Named with the service.
+    addField(tr("&Password:"), my.password, my.passwordHint);
+    form->addWidget(my.showPassword, form->rowCount(), 1);
+    for (QLabel* hint : {my.usernameHint, my.passwordHint})
+        makeQuiet(*hint);
     auto* const layout = new QVBoxLayout{this};
     layout->setContentsMargins({});
     layout->addWidget(my.intro);
     layout->addLayout(form);
-    for (QLabel* hint : {my.usernameHint, my.passwordHint})
-        makeQuiet(*hint);
-    const std::array<QWidget*, 5> order{my.service, my.region, my.username, my.password, my.showPassword};
-    for (std::size_t i = 1; i < order.size(); ++i)
-        setTabOrder(order.at(i - 1), order.at(i));
 
     connect(my.showPassword, &QCheckBox::toggled, this,
             [this](bool on) { impl_->password->setEchoMode(on ? QLineEdit::Normal : QLineEdit::Password); });

@@ -61,7 +61,10 @@ public:
                "when you are not sure; everything can be changed later."),
             this));
         layout->addSpacing(fontMetrics().height() / 2);
-        auto* const form = settingsForm();
+        auto* const form = new QFormLayout;
+        form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+        form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+        form->setLabelAlignment(Qt::AlignLeft);
         auto* const choice = new QHBoxLayout;
         for (QRadioButton* button : units_)
             choice->addWidget(button);

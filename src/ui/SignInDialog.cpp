@@ -1,10 +1,10 @@
 #include "ui/SignInDialog.h"
 
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -22,6 +22,8 @@ constexpr int lineLetters = 60;
 }  // namespace
 
 struct SignInDialog::Impl {
+    QWidget* content = nullptr;
+    QScrollArea* scroll = nullptr;
     Submit submit{};
     Choose choose{};
     std::function<void()> back{};
@@ -56,6 +58,7 @@ struct SignInDialog::Impl {
         progressText->setText(withPeople ? tr("Saving the choice…") : tr("Checking the account…"));
         problem->present({});
         setChecking(false);
+        refit();
     }
 
     void setChecking(bool on)
@@ -73,6 +76,15 @@ struct SignInDialog::Impl {
     {
         signIn->setEnabled(!checking && account->isComplete());
         follow->setEnabled(!checking && people->chosen());
+    }
+
+    /// Gives the window the size of what it shows now, from its top.
+    void refit() const
+    {
+        content->layout()->activate();
+        scroll->updateGeometry();
+        scroll->window()->layout()->activate();
+        scroll->verticalScrollBar()->setValue(0);
     }
 
     void clearFields()
@@ -106,7 +118,7 @@ SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_u
     Impl& my = *impl_;
     setWindowTitle(tr("Sign in to Tidewell"));
     setModal(false);
-    auto* const content = new QWidget{this};
+    auto* const content = my.content = new QWidget{this};
     const int line = lineLetters * fontMetrics().averageCharWidth();
     content->setMinimumWidth(screen() ? std::min(line, screen()->availableSize().width() * 3 / 4) : line);
     my.problem = new ProblemPanel{content};
@@ -118,7 +130,7 @@ SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_u
     column->addWidget(my.account);
     column->addWidget(my.people);
     column->addStretch();
-    auto* const scroll = new GrowingScrollArea{this};
+    auto* const scroll = my.scroll = new GrowingScrollArea{this};
     scroll->setWidget(content);
     my.progress = new QProgressBar{this};
     my.progress->setRange(0, 0);
@@ -126,11 +138,18 @@ SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_u
     my.progress->setAccessibleName(tr("Checking the account"));
     my.progressText = wrappedLabel({}, this);
 
-    auto* buttons = new QDialogButtonBox{this};
-    my.signIn = buttons->addButton(tr("&Sign in"), QDialogButtonBox::AcceptRole);
-    my.follow = buttons->addButton(tr("&Follow"), QDialogButtonBox::AcceptRole);
-    my.goBack = buttons->addButton(tr("&Back"), QDialogButtonBox::ActionRole);
-    QPushButton* cancel = buttons->addButton(tr("&Cancel"), QDialogButtonBox::RejectRole);
+    // A button box would cut the Tab key's way from the fields to its buttons while the account is hidden.
+    auto* const buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    const auto addButton = [this, buttons](const QString& title) {
+        auto* const button = new QPushButton{title, this};
+        buttons->addWidget(button);
+        return button;
+    };
+    my.signIn = addButton(tr("&Sign in"));
+    my.follow = addButton(tr("&Follow"));
+    my.goBack = addButton(tr("&Back"));
+    QPushButton* const cancel = addButton(tr("&Cancel"));
     cancel->setAutoDefault(false);
 
     auto* layout = new QVBoxLayout{this};
@@ -138,7 +157,7 @@ SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_u
     layout->addWidget(scroll);
     layout->addWidget(my.progressText);
     layout->addWidget(my.progress);
-    layout->addWidget(buttons);
+    layout->addLayout(buttons);
 
     my.account->onEdited([this] { impl_->updateButtons(); });
     my.people->onChosen([this] { impl_->updateButtons(); });
@@ -148,8 +167,9 @@ SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_u
         if (impl_->back)
             impl_->back();
     });
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(buttons, &QDialogButtonBox::accepted, this, [this] { impl_->accepted(); });
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    for (QPushButton* button : {my.signIn, my.follow})
+        connect(button, &QPushButton::clicked, this, [this] { impl_->accepted(); });
     my.showPage(false);
 }
 
@@ -181,12 +201,14 @@ void SignInDialog::showProgress()
 {
     impl_->problem->present({});
     impl_->setChecking(true);
+    impl_->refit();
 }
 
 void SignInDialog::showProblem(const SignInProblem& problem)
 {
     impl_->setChecking(false);
     impl_->problem->present(problem);
+    impl_->refit();
     if (!impl_->choosing())
         impl_->account->focusPassword();
     else if (impl_->nobody)

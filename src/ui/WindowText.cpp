@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QScrollBar>
+#include <algorithm>
 #include <cmath>
 
 namespace tidewell {
@@ -120,11 +121,11 @@ QSize GrowingScrollArea::sizeHint() const
     QSize size =
         widget()->sizeHint().expandedTo(widget()->minimumSizeHint()).expandedTo(widget()->minimumSize());
     if (widget()->hasHeightForWidth())
-        size.setHeight(widget()->heightForWidth(size.width()));
+        size.setHeight(
+            std::max(widget()->heightForWidth(size.width()), widget()->minimumSizeHint().height()));
     const int room = screen() ? screen()->availableSize().height() * 7 / 10 : size.height();
-    if (size.height() > room)
-        size = {size.width() + verticalScrollBar()->sizeHint().width(), room};
-    return size;
+    // There is always room for the bar, so that nothing is cut when it is needed for a line or two.
+    return {size.width() + verticalScrollBar()->sizeHint().width(), std::min(size.height(), room)};
 }
 
 QSize GrowingScrollArea::minimumSizeHint() const { return {sizeHint().width(), fontMetrics().height() * 6}; }

@@ -321,6 +321,7 @@ TEST_F(SignInDialogTest, canBeUsedInEveryStateSizeAndLanguage)
                     QString{"sign-in-%1-%2%3"}.arg(state).arg(int(scale * 100)).arg(pseudo ? "-pseudo" : "");
                 const testing::ScopedTrace trace{__FILE__, __LINE__, name.toStdString()};
                 QApplication::processEvents();
+                saveScreenshot(shown, name);
                 EXPECT_LE(shown.width(), 1024);
                 expectEveryControlNamed(shown);
                 expectUniqueMnemonics(shown);
@@ -329,7 +330,6 @@ TEST_F(SignInDialogTest, canBeUsedInEveryStateSizeAndLanguage)
                 if (pseudo && isOurs)
                     expectAllTranslated(shown, {"ada@example.org", "Ada Muster", "Ben", "(…en-1)", "(…en-2)",
                                                 "Dexcom Share", "LibreLinkUp"});
-                saveScreenshot(shown, name);
             };
             for (const GlucoseProvider provider : allGlucoseProviders) {
                 shown.present({.provider = provider,
