@@ -85,7 +85,8 @@ bool isPartOfAnother(const QWidget& widget)
     return qobject_cast<const QScrollBar*>(&widget) || qobject_cast<const QHeaderView*>(&widget) ||
            qobject_cast<const QTabBar*>(parent) || qobject_cast<const QLineEdit*>(parent) ||
            qobject_cast<const QAbstractSpinBox*>(parent) || qobject_cast<const QComboBox*>(parent) ||
-           (qobject_cast<const QTableView*>(parent) && qobject_cast<const QAbstractButton*>(&widget));
+           (qobject_cast<const QTableView*>(parent) && qobject_cast<const QAbstractButton*>(&widget)) ||
+           widget.objectName() == QLatin1String("qt_msgboxex_icon_label");  // The box's role says the same.
 }
 
 QAccessible::Role roleOf(QWidget* widget)
