@@ -196,7 +196,6 @@ void SettingsAboutPage::makeComponents()
     table->setTabKeyNavigation(false);
     table->setShowGrid(false);
     table->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    table->horizontalHeader()->setStretchLastSection(true);
     int row = 0;
     for (const auto& [name, use, licence] : components) {
         table->setItem(row, 0, new QTableWidgetItem{QString::fromLatin1(name)});

@@ -1,6 +1,6 @@
 #include "ui/SettingsAccountPage.h"
 
-#include <QFormLayout>
+#include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -35,14 +35,14 @@ SettingsAccountPage::SettingsAccountPage(SettingsPageContext& context) : Setting
     nobody_->setObjectName(QStringLiteral("accountNone"));
     group->addWidget(nobody_);
     details_ = new QWidget{this};
-    auto* form = settingsForm();
-    form->setContentsMargins({});
-    details_->setLayout(form);
-    service_ = addRow(*form, "accountService", tr("Service:"));
-    username_ = addRow(*form, "accountUsername", tr("User name:"));
-    region_ = addRow(*form, "accountRegion", tr("Region:"));
-    person_ = addRow(*form, "accountPerson", tr("Person:"));
-    password_ = addRow(*form, "accountPassword", tr("Password:"));
+    auto* grid = new QGridLayout{details_};
+    grid->setContentsMargins({});
+    grid->setColumnStretch(1, 1);
+    service_ = addRow(*grid, "accountService", tr("Service:"));
+    username_ = addRow(*grid, "accountUsername", tr("User name:"));
+    region_ = addRow(*grid, "accountRegion", tr("Region:"));
+    person_ = addRow(*grid, "accountPerson", tr("Person:"));
+    password_ = addRow(*grid, "accountPassword", tr("Password:"));
     group->addWidget(details_);
     problem_ = new SettingsNotice{this};
     problem_->setObjectName(QStringLiteral("accountProblem"));
@@ -60,13 +60,15 @@ SettingsAccountPage::SettingsAccountPage(SettingsPageContext& context) : Setting
     column().addStretch();
 }
 
-SettingsAccountPage::Row SettingsAccountPage::addRow(QFormLayout& form, const char* name,
+SettingsAccountPage::Row SettingsAccountPage::addRow(QGridLayout& grid, const char* name,
                                                      const QString& title)
 {
     const Row row{new QLabel{title, details_}, copyableLabel({}, details_)};
     row.label->setTextFormat(Qt::PlainText);
     row.value->setObjectName(QString::fromLatin1(name));
-    form.addRow(row.label, row.value);
+    const int at = grid.rowCount();
+    grid.addWidget(row.label, at, 0, Qt::AlignTop);
+    grid.addWidget(row.value, at, 1);
     return row;
 }
 
@@ -127,7 +129,7 @@ void SettingsAccountPage::present()
                          : tr("Nobody is chosen yet");
         presentRow(person_, tr("Person:"), person);
         presentRow(password_, tr("Password:"),
-                   state().hasPassword ? tr("Stored in %1").arg(my().facts.secretsPlace)
+                   state().hasPassword ? tr("Stored: %1").arg(my().facts.secretsPlace)
                                        : tr("Not there, or it cannot be read"));
     }
     const auto& problem = state().accountProblem;

@@ -2,6 +2,8 @@
 
 #include "ui/SettingsPage.h"
 
+class QGridLayout;
+
 namespace tidewell {
 
 /// The account that is followed, and what can be done with it.
@@ -16,7 +18,7 @@ private:
         QLabel* label;
         QLabel* value;
     };
-    Row addRow(QFormLayout& form, const char* name, const QString& title);
+    Row addRow(QGridLayout& grid, const char* name, const QString& title);
     static void presentRow(const Row& row, const QString& title, const QString& value);
     void askToSignOut();
 

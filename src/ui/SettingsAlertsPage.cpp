@@ -1,7 +1,6 @@
 #include "ui/SettingsAlertsPage.h"
 
 #include <QCheckBox>
-#include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -72,19 +71,15 @@ void SettingsAlertsPage::makeCategories()
         addSwitch(*inner, "alertOnMissingData", tr("&No data for 15 minutes"),
                   &AppSettings::alertOnMissingData),
     };
-    auto* form = settingsForm();
     repeat_ = addPicker("lowAlertRepeatMinutes", tr("Repeat a low alert while the low lasts"));
     repeat_->onPicked([this](const QVariant& minutes) {
         my().change([&minutes](AppSettings& s) { s.lowAlertRepeatMinutes = minutes.toLongLong(); });
         present();
     });
-    repeatLabel_ = new QLabel{tr("R&epeat while a low lasts:"), this};
-    repeatLabel_->setBuddy(repeat_);
-    form->addRow(repeatLabel_, repeat_);
+    repeatLabel_ = addField(*inner, tr("R&epeat while a low lasts:"), *repeat_);
     repeatStored_ = copyableLabel({}, this);
     repeatStored_->setObjectName(QStringLiteral("lowAlertRepeatMinutesStored"));
-    form->addRow(repeatStored_);
-    inner->addLayout(form);
+    inner->addWidget(repeatStored_);
 
     auto* row = new QHBoxLayout;
     test_ = addButton(*row, "sendTestAlert", tr("Send &test alert"), [this] {
@@ -106,12 +101,10 @@ void SettingsAlertsPage::makeQuietHours()
     auto* inner = new QVBoxLayout;
     inner->setContentsMargins(fontMetrics().height(), 0, 0, 0);
     group->addLayout(inner);
-    auto* form = settingsForm();
-    from_ = addTime(*form, "quietHoursStartMinutes", tr("Fro&m:"), tr("Quiet hours begin"),
+    from_ = addTime(*inner, "quietHoursStartMinutes", tr("Fro&m:"), tr("Quiet hours begin"),
                     &AppSettings::quietHoursStartMinutes);
-    to_ = addTime(*form, "quietHoursEndMinutes", tr("Unt&il:"), tr("Quiet hours end"),
+    to_ = addTime(*inner, "quietHoursEndMinutes", tr("Unt&il:"), tr("Quiet hours end"),
                   &AppSettings::quietHoursEndMinutes);
-    inner->addLayout(form);
     quietNote_ = wrappedLabel({}, this);
     quietNote_->setObjectName(QStringLiteral("quietHoursNote"));
     inner->addWidget(quietNote_);
@@ -119,7 +112,7 @@ void SettingsAlertsPage::makeQuietHours()
                            &AppSettings::allowLowAlertsDuringQuietHours);
 }
 
-SettingsTimeEdit* SettingsAlertsPage::addTime(QFormLayout& form, const char* name, const QString& title,
+SettingsTimeEdit* SettingsAlertsPage::addTime(QBoxLayout& layout, const char* name, const QString& title,
                                               const QString& spoken, std::int64_t AppSettings::* field)
 {
     auto* edit = new SettingsTimeEdit{this};
@@ -130,7 +123,7 @@ SettingsTimeEdit* SettingsAlertsPage::addTime(QFormLayout& form, const char* nam
         my().change([field, minutes](AppSettings& settings) { settings.*field = minutes; });
         present();
     });
-    form.addRow(title, edit);
+    addField(layout, title, *edit);
     return edit;
 }
 

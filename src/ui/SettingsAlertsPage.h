@@ -16,7 +16,7 @@ private:
     void makeCategories();
     void makeQuietHours();
     void makeSnooze();
-    SettingsTimeEdit* addTime(QFormLayout& form, const char* name, const QString& title,
+    SettingsTimeEdit* addTime(QBoxLayout& layout, const char* name, const QString& title,
                               const QString& spoken, std::int64_t AppSettings::* field);
     void presentQuietHours();
 

@@ -3,7 +3,6 @@
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QCoreApplication>
-#include <QFormLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -160,7 +159,11 @@ void SettingsNotice::present(Weight weight, const QString& words)
     setVisible(!words.isEmpty());
 }
 
-void SettingsNotice::addBelow(QWidget* widget) { column_->addWidget(widget, 0, Qt::AlignLeft); }
+void SettingsNotice::addBelow(QWidget* widget)
+{
+    // Labels wrap in the whole width; buttons are as wide as they need.
+    column_->addWidget(widget, 0, qobject_cast<QLabel*>(widget) ? Qt::Alignment{} : Qt::AlignLeft);
+}
 
 void SettingsNotice::changeEvent(QEvent* event)
 {
@@ -203,14 +206,13 @@ QIcon settingsWeightIcon(SettingsNotice::Weight weight, const QWidget& widget)
     std::unreachable();
 }
 
-QFormLayout* settingsForm()
+QLabel* addField(QBoxLayout& layout, const QString& title, QWidget& field)
 {
-    auto* form = new QFormLayout;
-    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
-    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-    form->setFormAlignment(Qt::AlignLeft | Qt::AlignTop);
-    form->setLabelAlignment(Qt::AlignLeft);
-    return form;
+    auto* label = new QLabel{title, field.parentWidget()};
+    label->setBuddy(&field);
+    layout.addWidget(label);
+    layout.addWidget(&field, 0, Qt::AlignLeft);
+    return label;
 }
 
 QPointer<QDialog> ask(const SettingsQuestion& question, std::function<void(bool)> confirmed)

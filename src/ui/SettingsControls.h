@@ -11,7 +11,6 @@
 #include "ui/SpokenWidget.h"
 
 class QBoxLayout;
-class QFormLayout;
 class QLabel;
 
 namespace tidewell {
@@ -99,8 +98,8 @@ private:
 [[nodiscard]] QString settingsWeightText(SettingsNotice::Weight weight);
 [[nodiscard]] QIcon settingsWeightIcon(SettingsNotice::Weight weight, const QWidget& widget);
 
-/// A form whose fields stand below their labels where there is little room.
-[[nodiscard]] QFormLayout* settingsForm();
+/// A field below its label, so that both have room in any language. Gives the label.
+QLabel* addField(QBoxLayout& layout, const QString& title, QWidget& field);
 
 /// What is asked before something goes for good.
 struct SettingsQuestion {

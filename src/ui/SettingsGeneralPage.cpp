@@ -2,7 +2,6 @@
 
 #include <QCheckBox>
 #include <QClipboard>
-#include <QFormLayout>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
@@ -50,7 +49,6 @@ SettingsGeneralPage::SettingsGeneralPage(SettingsPageContext& context) : Setting
     start->addWidget(loginProblem_);
 
     QVBoxLayout* graph = addGroup(tr("Graph"));
-    auto* form = settingsForm();
     graphWindow_ = addPicker("graphTimeWindowHours", tr("Time that the graph shows"));
     graphWindow_->onPicked([this](const QVariant& hours) {
         my().change([&hours](AppSettings& settings) {
@@ -60,8 +58,7 @@ SettingsGeneralPage::SettingsGeneralPage(SettingsPageContext& context) : Setting
         });
         present();
     });
-    form->addRow(tr("&Time shown:"), graphWindow_);
-    graph->addLayout(form);
+    addField(*graph, tr("&Time shown:"), *graphWindow_);
     graphStored_ = wrappedLabel({}, this);
     graphStored_->setObjectName(QStringLiteral("graphStored"));
     graph->addWidget(graphStored_);
@@ -99,7 +96,7 @@ void SettingsGeneralPage::makePlaces()
         auto* row = new QHBoxLayout;
         QLabel* path = copyableLabel(place, this);
         path->setObjectName(QString::fromLatin1(name));
-        path->setAccessibleName(tr("%1 %2").arg(title, place));
+        path->setAccessibleName(title + u' ' + place);
         row->addWidget(path, 1);
         places->addLayout(row);
         if (copyTitle.isEmpty())

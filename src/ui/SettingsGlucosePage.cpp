@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <QFormLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -16,20 +15,16 @@ namespace tidewell {
 SettingsGlucosePage::SettingsGlucosePage(SettingsPageContext& context) : SettingsPage{context}
 {
     QVBoxLayout* display = addGroup(tr("Display"));
-    auto* unitForm = settingsForm();
     unit_ = addPicker("measurementUnit", tr("Unit"));
     unit_->onPicked([this](const QVariant& unit) {
         my().change([&unit](AppSettings& s) { s.measurementUnit = unit.toString().toStdString(); });
         present();
     });
-    unitForm->addRow(tr("&Unit:"), unit_);
-    display->addLayout(unitForm);
+    addField(*display, tr("&Unit:"), *unit_);
 
     QVBoxLayout* limits = addGroup(tr("Low and high"));
-    form_ = settingsForm();
-    limits->addLayout(form_);
-    makeThreshold(low_, "lowGlucoseThreshold", tr("&Low at or below:"), tr("Low threshold"));
-    makeThreshold(high_, "highGlucoseThreshold", tr("&High at or above:"), tr("High threshold"));
+    makeThreshold(*limits, low_, "lowGlucoseThreshold", tr("&Low at or below:"), tr("Low threshold"));
+    makeThreshold(*limits, high_, "highGlucoseThreshold", tr("&High at or above:"), tr("High threshold"));
     limits->addWidget(wrappedLabel(tr("The reading and the graph change colour at these values, and low and "
                                       "high alerts are due at them. "
                                       "Both are stored in mg/dL, whichever unit is shown."),
@@ -39,8 +34,8 @@ SettingsGlucosePage::SettingsGlucosePage(SettingsPageContext& context) : Setting
     column().addStretch();
 }
 
-void SettingsGlucosePage::makeThreshold(Threshold& threshold, const char* name, const QString& title,
-                                        const QString& spoken)
+void SettingsGlucosePage::makeThreshold(QBoxLayout& layout, Threshold& threshold, const char* name,
+                                        const QString& title, const QString& spoken)
 {
     threshold.picker = addPicker(name, spoken);
     threshold.picker->setMaxVisibleItems(14);
@@ -48,10 +43,10 @@ void SettingsGlucosePage::makeThreshold(Threshold& threshold, const char* name, 
         my().change([field, &mgdL](AppSettings& settings) { settings.*field = mgdL.toDouble(); });
         present();
     });
-    form_->addRow(title, threshold.picker);
+    addField(layout, title, *threshold.picker);
     threshold.stored = copyableLabel({}, this);
     threshold.stored->setObjectName(QString::fromLatin1(name) + QStringLiteral("Stored"));
-    form_->addRow(threshold.stored);
+    layout.addWidget(threshold.stored);
 }
 
 void SettingsGlucosePage::presentThreshold(const Threshold& threshold, bool mmolL)

@@ -19,13 +19,13 @@ private:
         SettingsComboBox* picker = nullptr;
         QLabel* stored = nullptr;  ///< What the list cannot show.
     };
-    void makeThreshold(Threshold& threshold, const char* name, const QString& title, const QString& spoken);
+    void makeThreshold(QBoxLayout& layout, Threshold& threshold, const char* name, const QString& title,
+                       const QString& spoken);
     void presentThreshold(const Threshold& threshold, bool mmolL);
 
     SettingsComboBox* unit_ = nullptr;
     Threshold low_{ThresholdKind::low, &AppSettings::lowGlucoseThreshold};
     Threshold high_{ThresholdKind::high, &AppSettings::highGlucoseThreshold};
-    QFormLayout* form_ = nullptr;
 };
 
 }  // namespace tidewell

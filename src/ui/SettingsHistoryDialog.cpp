@@ -2,7 +2,6 @@
 
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -44,7 +43,6 @@ SettingsHistoryDialog::SettingsHistoryDialog(const GlucoseHistoryConfiguration& 
     for (const QString& fact : facts)
         column->addWidget(bulletLabel(fact, page));
 
-    auto* form = settingsForm();
     auto* days = new QComboBox{page};
     days->setObjectName(QStringLiteral("historyDisclosureDays"));
     days->setAccessibleName(tr("How long readings are kept"));
@@ -53,8 +51,7 @@ SettingsHistoryDialog::SettingsHistoryDialog(const GlucoseHistoryConfiguration& 
     days->setCurrentIndex(days->findData(static_cast<int>(present.retentionDays)));
     if (days->currentIndex() < 0)
         days->setCurrentIndex(days->count() - 1);
-    form->addRow(tr("&Keep readings for:"), days);
-    column->addLayout(form);
+    addField(*column, tr("&Keep readings for:"), *days);
     QLabel* older = wrappedLabel(tr("Readings that are older will be removed."), page);
     column->addWidget(older);
     QLabel* shorter = wrappedLabel(

@@ -1,7 +1,6 @@
 #include "ui/SettingsInsightsPage.h"
 
 #include <QDateTime>
-#include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -63,7 +62,6 @@ void SettingsInsightsPage::makeState()
 void SettingsInsightsPage::makeRetention()
 {
     QVBoxLayout* group = addGroup(tr("Insights"));
-    auto* form = settingsForm();
     retention_ = addPicker("historyRetention", tr("How long readings are kept"));
     retention_->onPicked([this](const QVariant& days) {
         const std::int64_t picked = days.toLongLong();
@@ -75,10 +73,7 @@ void SettingsInsightsPage::makeRetention()
         else if (picked != kept && my().handlers.historyRetentionChanged)
             my().handlers.historyRetentionChanged(picked);
     });
-    retentionLabel_ = new QLabel{tr("&Keep readings for:"), this};
-    retentionLabel_->setBuddy(retention_);
-    form->addRow(retentionLabel_, retention_);
-    group->addLayout(form);
+    retentionLabel_ = addField(*group, tr("&Keep readings for:"), *retention_);
     collection_ = wrappedLabel({}, this);
     collection_->setObjectName(QStringLiteral("historyCollection"));
     group->addWidget(collection_);

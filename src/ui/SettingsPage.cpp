@@ -84,7 +84,8 @@ void SettingsPage::setUsable(QWidget& widget, bool usable)
         disabledUnderFocus_ = &widget;
         focusSince_ = window()->focusWidget();
     } else if (usable && disabledUnderFocus_ == &widget) {
-        if (window()->focusWidget() == focusSince_)
+        // Where it went may have gone by itself.
+        if (!focusSince_ || !focusSince_->isVisible() || window()->focusWidget() == focusSince_)
             widget.setFocus();
         disabledUnderFocus_.clear();
     }

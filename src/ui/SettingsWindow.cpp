@@ -129,7 +129,7 @@ SettingsWindow::SettingsWindow(SettingsFacts facts, Handlers handlers) : impl_{s
     layout->addWidget(my.saveProblem);
     layout->addWidget(my.tabs, 1);
     connect(new QShortcut{QKeySequence::Close, this}, &QShortcut::activated, this, &QWidget::close);
-    const QSize wanted = QSize{40, 38} * fontMetrics().height();
+    const QSize wanted = QSize{43, 45} * fontMetrics().height();
     const QSize room = screen() ? screen()->availableSize() * 9 / 10 : wanted;
     resize(wanted.boundedTo(room));
     present({});
