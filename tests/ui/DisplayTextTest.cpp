@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <QCoreApplication>
+#include <QFile>
 #include <QLocale>
 #include <QRegularExpression>
 #include <QTranslator>
@@ -360,6 +361,42 @@ TEST(DisplayText, reachesEveryTextOfTheCore)
     for (const std::string& text : texts.all()) {
         const QString rest = displayText(text).remove(kept);
         EXPECT_FALSE(word.match(rest).hasMatch()) << text << "\n  shows as " << rest.toStdString();
+    }
+}
+
+/// The sentences between quotation marks in a source file, but for those of the log.
+std::vector<std::string> sentencesIn(const QString& path)
+{
+    QFile file{QStringLiteral(TIDEWELL_SOURCES "/") + path};
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    QString code = QString::fromUtf8(file.readAll());
+    code.remove(QRegularExpression{QStringLiteral("\\w*[lL]og(_|\\{[^}]*\\})?\\.\\w+\\([^;]*;")});
+    static const QRegularExpression literal{QStringLiteral(R"re(("(?:[^"\\]|\\.)*"\s*)+)re")};
+    std::vector<std::string> found;
+    for (auto matches = literal.globalMatch(code); matches.hasNext();) {
+        QString text = matches.next().captured().trimmed();
+        text = text.mid(1, text.size() - 2)
+                   .remove(QRegularExpression{QStringLiteral("\"\\s+\"")})
+                   .replace(QStringLiteral("\\\""), QStringLiteral("\""))
+                   .replace(QStringLiteral("{}"), QStringLiteral("7"));
+        if (text.size() > 1 && text[0].isUpper() && text.contains(u' ') && text.endsWith(u'.'))
+            found.push_back(text.toStdString());
+    }
+    return found;
+}
+
+TEST(DisplayText, reachesWhatOnlyALongRunBringsUp)
+{
+    const GreekTranslator greek;
+    const QRegularExpression word{QStringLiteral("[A-Za-z]{2,}")};
+    for (const char* const path : {"app/AppDelegate.cpp", "app/OnboardingFlow.cpp", "app/SettingsModel.cpp",
+                                   "app/SignInAdvice.cpp", "platform/linux/AutostartFile.cpp",
+                                   "program/DoctorFindings.cpp", "program/InsightsReportController.cpp"}) {
+        const auto sentences = sentencesIn(QString::fromLatin1(path));
+        EXPECT_FALSE(sentences.empty()) << path;
+        for (const std::string& text : sentences)
+            EXPECT_FALSE(word.match(displayText(text)).hasMatch())
+                << path << ": " << text << "\n  shows as " << displayText(text).toStdString();
     }
 }
 

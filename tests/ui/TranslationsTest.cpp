@@ -16,7 +16,7 @@ struct Entry {
 
 std::vector<Entry> catalogue(const QString& language)
 {
-    QFile file{QStringLiteral(TIDEWELL_CATALOGUES "/tidewell_%1.ts").arg(language)};
+    QFile file{QStringLiteral(TIDEWELL_SOURCES "/ui/translations/tidewell_%1.ts").arg(language)};
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << language.toStdString();
     QXmlStreamReader xml{&file};
     std::vector<Entry> entries;
