@@ -3756,10 +3756,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <translation>&amp;Abmelden</translation>
     </message>
     <message>
-        <source>Also &amp;delete the saved readings of this account and person</source>
-        <translation>Auch die gespeicherten Messwerte dieses Kontos und dieser Person &amp;löschen</translation>
-    </message>
-    <message>
         <source>E-mail:</source>
         <translation>E-Mail:</translation>
     </message>
@@ -3790,6 +3786,10 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>Stored: %1</source>
         <translation>Gespeichert: %1</translation>
+    </message>
+    <message>
+        <source>Also &amp;delete the saved readings</source>
+        <translation>Auch die gespeicherten Messwerte &amp;löschen</translation>
     </message>
 </context>
 <context>
