@@ -96,17 +96,16 @@ void SettingsAccountPage::askToSignOut()
             QStringLiteral("\n\n") +
             tr("Saved readings stay on this computer, encrypted, and are there again after signing "
                "in with this account.");
-    question_ = ask(
-        {.title = tr("Sign out"),
-         .question = tr("Sign out of %1?").arg(serviceTitle(state().account->provider)),
-         .consequences = consequences,
-         .action = tr("Sign &out"),
-         .choice = hasHistory ? tr("Also &delete the saved readings of this account and person") : QString{},
-         .about = window()},
-        [this](bool deletesHistory) {
-            if (my().handlers.signOut)
-                my().handlers.signOut(deletesHistory);
-        });
+    question_ = ask({.title = tr("Sign out"),
+                     .question = tr("Sign out of %1?").arg(serviceTitle(state().account->provider)),
+                     .consequences = consequences,
+                     .action = tr("Sign &out"),
+                     .choice = hasHistory ? tr("&Delete saved readings too") : QString{},
+                     .about = window()},
+                    [this](bool deletesHistory) {
+                        if (my().handlers.signOut)
+                            my().handlers.signOut(deletesHistory);
+                    });
 }
 
 void SettingsAccountPage::present()

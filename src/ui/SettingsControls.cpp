@@ -224,6 +224,8 @@ QPointer<QDialog> ask(const SettingsQuestion& question, std::function<void(bool)
     box->setTextFormat(Qt::PlainText);
     box->setInformativeText(question.consequences);
     box->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    if (auto* const sign = box->findChild<QLabel*>(QStringLiteral("qt_msgboxex_icon_label")))
+        sign->setAccessibleName(settingsWeightText(SettingsNotice::Weight::caution));
     QPushButton* yes = box->addButton(question.action, QMessageBox::AcceptRole);
     yes->setObjectName(QStringLiteral("settingsConfirm"));
     QPushButton* cancel = box->addButton(SettingsTexts::tr("Cancel"), QMessageBox::RejectRole);

@@ -46,6 +46,49 @@ bool isUrgent(const SettingsState& state)
     return state.alertProblem || std::ranges::any_of(state.silentLows, &SilentLowWarning::isInForce);
 }
 
+/// Never lets its page be lower than its lines need in the width that there is: the toolkit's own answer lags
+/// behind when lines change while the bar comes or goes.
+class PageArea final : public QScrollArea {
+public:
+    using QScrollArea::QScrollArea;
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        const bool taken = QScrollArea::eventFilter(object, event);
+        if (object == widget() && event->type() == QEvent::LayoutRequest)
+            fit();
+        return taken;
+    }
+    void resizeEvent(QResizeEvent* event) override
+    {
+        QScrollArea::resizeEvent(event);
+        fit();
+    }
+
+    void showEvent(QShowEvent* event) override
+    {
+        // Styles have their say when things are shown first; what was measured before counts no more.
+        for (QWidget* one : widget()->findChildren<QWidget*>()) {
+            one->ensurePolished();
+            one->updateGeometry();
+        }
+        QScrollArea::showEvent(event);
+        fit();
+    }
+
+private:
+    void fit()
+    {
+        if (!widget() || !widget()->layout())
+            return;
+        const int width = std::max(widget()->minimumSizeHint().width(), viewport()->width());
+        const QLayout& lines = *widget()->layout();
+        widget()->setMinimumHeight(
+            std::max(lines.totalHeightForWidth(width), lines.minimumHeightForWidth(width)));
+    }
+};
+
 }  // namespace
 
 struct SettingsWindow::Impl {
@@ -60,7 +103,7 @@ struct SettingsWindow::Impl {
     void addPage(SettingsWindow* window, SettingsPage* page, const char* name, const QString& title)
     {
         pages.push_back(page);
-        auto* scroll = new QScrollArea{tabs};
+        auto* scroll = new PageArea{tabs};
         scroll->setObjectName(QString::fromLatin1(name));
         scroll->setAccessibleName(title);
         scroll->setFrameShape(QFrame::NoFrame);
