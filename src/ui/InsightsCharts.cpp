@@ -586,7 +586,7 @@ void paintInsightsBands(QPainter& painter, const QRectF& area,
         painter.setPen(colors.faintText);
         put(nameWidth + shareWidth + side, limitsWidth, Qt::AlignLeft, limitsText(bands[i].band, style));
         const double rest = nameWidth + shareWidth + side + limitsWidth;
-        const QString perDay = QString::fromStdString(insightsPerDayText(bands[i].fraction));
+        const QString perDay = text(insightsPerDayText(bands[i].fraction));
         if (rest + metrics.horizontalAdvance(perDay) <= row.width())
             put(rest, row.width() - rest, Qt::AlignLeft, perDay);
     }

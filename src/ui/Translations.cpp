@@ -79,7 +79,9 @@ void installTranslations(const QLocale& locale)
         install(std::move(toolkit));
     if (auto own = programTranslator(language)) {
         install(std::move(own));
-        spokenLocale() = locale.language() == QLocale{language}.language() ? locale : QLocale{language};
+        spokenLocale() = locale.language() == QLocale{language}.language()
+                             ? QLocale{locale.language(), locale.territory()}
+                             : QLocale{language};
     }
 }
 

@@ -3347,7 +3347,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>%1 of %2</source>
-        <translation>%1 von %2</translation>
+        <translation>%1 / %2</translation>
     </message>
     <message>
         <source>Readings</source>
@@ -3355,7 +3355,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>On %1</source>
-        <translation>An %1</translation>
+        <translation>Verteilt auf %1</translation>
     </message>
     <message>
         <source>&amp;Dismiss</source>
@@ -3788,8 +3788,8 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <translation>Gespeichert: %1</translation>
     </message>
     <message>
-        <source>Also &amp;delete the saved readings</source>
-        <translation>Auch die gespeicherten Messwerte &amp;löschen</translation>
+        <source>&amp;Delete saved readings too</source>
+        <translation>Auch gespeicherte Messwerte &amp;löschen</translation>
     </message>
 </context>
 <context>
