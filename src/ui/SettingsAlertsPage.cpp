@@ -154,12 +154,12 @@ void SettingsAlertsPage::presentQuietHours()
     from_->present(timeOf(settings.quietHoursStartMinutes));
     to_->present(timeOf(settings.quietHoursEndMinutes));
     QString note;
-    if (timeOf(settings.quietHoursStartMinutes) == timeOf(settings.quietHoursEndMinutes))
-        note = tr("Both times are the same: there are no quiet hours.");
+    if (settings.quietHoursStartMinutes == settings.quietHoursEndMinutes)
+        note = tr("Both times are the same: quiet hours last all day.");
     else if (settings.quietHoursStartMinutes > settings.quietHoursEndMinutes)
         note = tr("They last past midnight.");
     quietNote_->setText(note);
-    quietNote_->setVisible(!note.isEmpty());
+    quietNote_->setVisible(settings.quietHoursEnabled && !note.isEmpty());
 }
 
 void SettingsAlertsPage::present()

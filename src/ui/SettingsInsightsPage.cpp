@@ -27,7 +27,7 @@ QString daysText(std::int64_t days) { return SettingsInsightsPage::tr("%1 days")
 SettingsInsightsPage::SettingsInsightsPage(SettingsPageContext& context) : SettingsPage{context}
 {
     makeState();
-    makeRetention();
+    makeReport();
     makeDeletion();
     column().addStretch();
 }
@@ -54,14 +54,14 @@ void SettingsInsightsPage::makeState()
     pause_ = addButton(*row, "pauseHistory", tr("&Pause saving"), my().handlers.pauseHistory);
     row->addStretch();
     group->addLayout(row);
+    makeRetention(*group);
     message_ = new SettingsNotice{this};
     message_->setObjectName(QStringLiteral("historyMessage"));
     group->addWidget(message_);
 }
 
-void SettingsInsightsPage::makeRetention()
+void SettingsInsightsPage::makeRetention(QVBoxLayout& group)
 {
-    QVBoxLayout* group = addGroup(tr("Insights"));
     retention_ = addPicker("historyRetention", tr("How long readings are kept"));
     retention_->onPicked([this](const QVariant& days) {
         const std::int64_t picked = days.toLongLong();
@@ -73,7 +73,12 @@ void SettingsInsightsPage::makeRetention()
         else if (picked != kept && my().handlers.historyRetentionChanged)
             my().handlers.historyRetentionChanged(picked);
     });
-    retentionLabel_ = addField(*group, tr("&Keep readings for:"), *retention_);
+    retentionLabel_ = addField(group, tr("&Keep readings for:"), *retention_);
+}
+
+void SettingsInsightsPage::makeReport()
+{
+    QVBoxLayout* group = addGroup(tr("Insights"));
     collection_ = wrappedLabel({}, this);
     collection_->setObjectName(QStringLiteral("historyCollection"));
     group->addWidget(collection_);

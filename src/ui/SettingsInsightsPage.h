@@ -13,7 +13,8 @@ public:
 
 private:
     void makeState();
-    void makeRetention();
+    void makeRetention(QVBoxLayout& group);
+    void makeReport();
     void makeDeletion();
     void askToEnable();
     void askForRetention(std::int64_t days);

@@ -150,7 +150,7 @@ SettingsWindow::SettingsWindow(SettingsFacts facts, Handlers handlers) : impl_{s
     my.context.facts = std::move(facts);
     my.context.handlers = std::move(handlers);
     setObjectName(QStringLiteral("settingsWindow"));
-    setWindowTitle(tr("Tidewell settings"));
+    setWindowTitle(tr("Settings"));
     my.warning = new SettingsNotice{this};
     my.warning->setObjectName(QStringLiteral("settingsWarning"));
     my.saveProblem = new SettingsNotice{this};

@@ -469,7 +469,7 @@ TEST_F(SettingsWindowTest, saysWhatIsWrongOnEveryTab)
     button("sendTestAlert").click();
     EXPECT_EQ(calls, (QStringList{QStringLiteral("openSettings"), QStringLiteral("test")}));
     EXPECT_EQ(words("testAlertMessage"), u"Test alert could not be sent.");
-    EXPECT_EQ(words("quietHoursNote"), u"Both times are the same: there are no quiet hours.");
+    EXPECT_EQ(words("quietHoursNote"), u"Both times are the same: quiet hours last all day.");
     button("sendTestAlert").setFocus();
     state.isSendingTestAlert = true;
     window->present(state);
