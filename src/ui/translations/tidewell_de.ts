@@ -3891,10 +3891,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <translation>Das Stummschalten im Menü betrifft nur die oben gewählten Arten von Warnungen.</translation>
     </message>
     <message>
-        <source>Both times are the same: there are no quiet hours.</source>
-        <translation>Beide Zeiten sind gleich: Es gibt keine Ruhezeit.</translation>
-    </message>
-    <message>
         <source>They last past midnight.</source>
         <translation>Sie dauert über Mitternacht hinaus.</translation>
     </message>
@@ -3909,6 +3905,10 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>Sending test alert</source>
         <translation>Testwarnung wird gesendet</translation>
+    </message>
+    <message>
+        <source>Both times are the same: quiet hours last all day.</source>
+        <translation>Beide Zeiten sind gleich: Die Ruhezeit dauert den ganzen Tag.</translation>
     </message>
 </context>
 <context>
@@ -4252,10 +4252,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>Could not save the change. %1 The settings are shown as they are stored.</source>
         <translation>Die Änderung konnte nicht gespeichert werden. %1 Angezeigt werden die Einstellungen, wie sie gespeichert sind.</translation>
-    </message>
-    <message>
-        <source>Tidewell settings</source>
-        <translation>Einstellungen von Tidewell</translation>
     </message>
     <message>
         <source>Settings</source>
