@@ -260,6 +260,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     {
         state.isBusy = true;
         state.problem.reset();
+        state.isProblemOfStoring = false;
         start(work, std::move(body));
     }
 
@@ -305,6 +306,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         cancelAll();
         state.step = step;
         state.problem.reset();
+        state.isProblemOfStoring = false;
         state.isBusy = false;
         state.isSendingTestAlert = false;
         services.defaults.set(onboardingStepKey, std::string{nameOf(step)});
@@ -455,6 +457,12 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         state.isBusy = false;
         state.problem = std::move(problem);
         update();
+    }
+
+    void failToStore(SignInProblem problem)
+    {
+        state.isProblemOfStoring = true;
+        fail(std::move(problem));
     }
 
     // The account.
@@ -787,7 +795,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
             co_return;
         if (!saved) {
             flowLog.error("The account was not stored: " + saved.error().message);
-            self->fail(accountNotSavedProblem(saved.error()));
+            self->failToStore(accountNotSavedProblem(saved.error()));
             co_return;
         }
         self->showNext();
@@ -837,10 +845,11 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
             co_return;
         if (!saved) {
             flowLog.error("The settings were not stored: " + saved.error().message);
-            self->fail({.title = "The settings could not be saved",
-                        .message = saved.error().message,
-                        .causes = {"The disk is full.", "The folder of the settings cannot be written to."},
-                        .remedy = "Make room or mend the folder's permissions, then try again."});
+            self->failToStore(
+                {.title = "The settings could not be saved",
+                 .message = saved.error().message,
+                 .causes = {"The disk is full.", "The folder of the settings cannot be written to."},
+                 .remedy = "Make room or mend the folder's permissions, then try again."});
             co_return;
         }
         self->hasUnsavedSettings = false;
@@ -955,7 +964,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         if (self->work.number != number)
             co_return;
         if (!changed) {
-            self->fail(
+            self->failToStore(
                 {.title = saves ? "Saving could not be switched on" : "Saving could not be switched off",
                  .message = std::string{description(changed.error())},
                  .causes = {"The keyring is locked, or none is running.",

@@ -39,6 +39,7 @@ struct OnboardingState {
     bool canGoForward = false;
     bool isBusy = false;  ///< The service, the keyring or the disk is asked; back and close still work.
     std::optional<SignInProblem> problem{};  ///< Of the step that is shown.
+    bool isProblemOfStoring = false;         ///< Going forward tries once more what failed.
 
     bool termsAccepted = false;
 

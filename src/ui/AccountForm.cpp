@@ -298,6 +298,8 @@ void AccountForm::setLocked(bool locked)
         field->setEnabled(!locked);
 }
 
+void AccountForm::setIntroduced(bool introduced) { impl_->intro->setVisible(introduced); }
+
 void AccountForm::focusMissing()
 {
     (usernameOf(*impl_->username).empty() ? impl_->username : impl_->password)->setFocus();

@@ -32,6 +32,8 @@ public:
     [[nodiscard]] bool isComplete() const;
 
     void setLocked(bool locked);
+    /// Says what account the service wants; without, there is room for what else says it.
+    void setIntroduced(bool introduced);
     /// Puts the cursor where something is missing: into the user name, else the password.
     void focusMissing();
     /// The password is to be typed again, or mended.

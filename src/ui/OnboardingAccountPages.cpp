@@ -43,6 +43,7 @@ public:
         if (entered || !told_ || !isSameAccount(*told_, state.account))
             fill(state);
         form_->setLocked(state.isBusy);
+        form_->setIntroduced(!state.problem);
     }
     bool focusFirst() override
     {
@@ -79,10 +80,13 @@ public:
     PersonPage(const Handlers& handlers, QWidget* parent) : OnboardingPage{handlers, parent}
     {
         form_ = new PeopleForm{this};
+        again_ = new QPushButton{tr("Check &again"), this};
         auto* const layout = new QVBoxLayout{this};
         layout->setContentsMargins({});
         layout->addWidget(form_);
+        layout->addWidget(again_, 0, Qt::AlignLeft);
         layout->addStretch(1);
+        connect(again_, &QPushButton::clicked, this, [this] { call(this->handlers().tryAgain); });
         form_->onChosen([this] {
             if (const LibreConnection* const person = form_->chosen())
                 call(this->handlers().personChosen, std::string{person->patientId});
@@ -93,16 +97,22 @@ public:
     {
         form_->setPeople(state.people, state.patientID, QString::fromStdString(state.account.username));
         form_->setLocked(state.isBusy);
+        again_->setVisible(state.people.empty() && !state.isBusy);
     }
     bool focusFirst() override
     {
-        form_->focusList();
+        if (again_->isHidden())
+            form_->focusList();
+        else
+            again_->setFocus();
         return true;
     }
+    bool focusProblem() override { return focusFirst(); }
     void clear() override { form_->clear(); }
 
 private:
     PeopleForm* form_ = nullptr;
+    QPushButton* again_ = nullptr;
 };
 
 class FirstReadingPage final : public OnboardingPage {
@@ -148,7 +158,7 @@ public:
         for (QWidget* widget : std::initializer_list<QWidget*>{plate_, unit_, age_})
             widget->setVisible(reading.has_value());
         again_->setVisible(!state.isBusy && (reading || state.problem));
-        again_->setText(state.problem ? tr("&Try again") : tr("&Ask again"));
+        again_->setText(state.problem && !state.isProblemOfStoring ? tr("&Try again") : tr("&Ask again"));
         if (!reading) {
             advice_->setText(state.isBusy ? tr("Asking for the newest value…") : QString{});
             advice_->setVisible(state.isBusy);
@@ -184,8 +194,9 @@ public:
     }
     bool focusProblem() override
     {
-        again_->setFocus();
-        return true;
+        if (!again_->isHidden())
+            again_->setFocus();
+        return !again_->isHidden();
     }
 
 private:

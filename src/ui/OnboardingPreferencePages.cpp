@@ -182,6 +182,11 @@ public:
                                        {&AppSettings::alertOnMissingData, tr("No &data for 15 minutes")}}};
         auto* const layout = pageLayout(this);
         const int gap = fontMetrics().height() / 2;
+        allOff_ =
+            wrappedLabel(tr("Alerts are switched off altogether. When you choose a kind here, alerts are "
+                            "switched on for that kind only."),
+                         this);
+        layout->addWidget(allOff_);
         layout->addWidget(wrappedLabel(tr("Alert me with a notification and a sound:"), this));
         for (std::size_t i = 0; i < rows.size(); ++i) {
             fields_.at(i) = rows.at(i).field;
@@ -244,6 +249,7 @@ public:
     {
         using Answer = OnboardingState::TestAlertAnswer;
         settings_ = state.settings;
+        allOff_->setVisible(!settings_.alertsEnabled);
         for (std::size_t i = 0; i < switches_.size(); ++i) {
             switches_.at(i)->setChecked(settings_.alertsEnabled && settings_.*fields_.at(i));
             switches_.at(i)->setEnabled(!state.isBusy);
@@ -334,6 +340,7 @@ private:
     AppSettings settings_{};
     std::array<bool AppSettings::*, 5> fields_{};
     std::array<QCheckBox*, 5> switches_{};
+    QLabel* allOff_ = nullptr;
     QLabel* silentLows_ = nullptr;
     QFrame* denied_ = nullptr;
     QPushButton* send_ = nullptr;

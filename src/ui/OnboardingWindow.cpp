@@ -39,6 +39,14 @@ public:
     [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Grouping; }
 };
 
+/// Where the focus goes as soon as that is not locked.
+enum class DueFocus {
+    none,
+    start,   ///< Where the step begins.
+    onward,  ///< To the button forward, else where the step begins.
+    back     ///< To what had it.
+};
+
 }  // namespace
 
 struct OnboardingWindow::Impl {
@@ -57,9 +65,10 @@ struct OnboardingWindow::Impl {
 
     std::optional<OnboardingStep> shown{};
     std::optional<SignInProblem> shownProblem{};
-    /// What had the focus before it was locked, and where the focus went meanwhile.
-    QPointer<QWidget> locked{};
-    QPointer<QWidget> refuge{};
+    /// While it is due, the focus waits on `content`, where no key does anything.
+    DueFocus due = DueFocus::none;
+    QPointer<QWidget> locked{};    ///< What had the focus before it was locked.
+    QPointer<QWidget> revealed{};  ///< What the focus was put on: stays in sight while it has it.
 
     [[nodiscard]] OnboardingPage& page() const
     {
@@ -93,42 +102,92 @@ struct OnboardingWindow::Impl {
         for (OnboardingPage* each : pages)
             each->setVisible(each == &page());
         scroll->verticalScrollBar()->setValue(0);
+    }
+
+    /// A control that neither is locked nor takes the person away from the step.
+    [[nodiscard]] bool isPlaceToWork(const QWidget* widget) const
+    {
+        return widget && widget->isEnabled() && widget->isVisibleTo(content->window()) &&
+               (widget == forward || (widget != content && content->isAncestorOf(widget)));
+    }
+
+    [[nodiscard]] bool focusForward() const
+    {
+        forward->setFocus();
+        return forward->isEnabled();
+    }
+
+    /// Puts the focus where it is due, or lets it wait.
+    void settleFocus()
+    {
+        const QWidget* const window = content->window();
+        switch (due) {
+        case DueFocus::none: return;
+        case DueFocus::start:
+            if (!page().focusFirst() && !focusForward())
+                page().focusProblem();
+            break;
+        case DueFocus::onward:
+            if (!focusForward() && !page().focusFirst())
+                page().focusProblem();
+            break;
+        case DueFocus::back:
+            if (locked)
+                locked->setFocus();
+            break;
+        }
+        if (isPlaceToWork(window->focusWidget()))
+            arrive();
+        else
+            content->setFocus();
+    }
+
+    void arrive()
+    {
+        due = DueFocus::none;
         locked.clear();
-        refuge.clear();
+        revealed = content->window()->focusWidget();
+        reveal();
     }
 
     void focusStep()
     {
-        if (page().focusFirst())
-            return;
-        if (forward->isEnabled())
-            forward->setFocus();
-        else
-            takeRefuge(forward);
+        due = DueFocus::start;
+        settleFocus();
     }
 
-    static bool canHaveFocus(const QWidget* widget) { return widget->isEnabled() && !widget->isHidden(); }
-
-    void takeRefuge(QWidget* from)
+    /// Lets the focus stay where it was, or finds it another place when that one is locked or gone.
+    void keepFocus(QWidget* before)
     {
-        if (!locked)
-            locked = from;
-        refuge = canHaveFocus(back) ? back : close;
-        refuge->setFocus();
-    }
-
-    /// A widget that is locked loses the focus, and gets it back when it is open again, unless the person has
-    /// gone elsewhere.
-    void keepFocus(QWidget* window, QWidget* before)
-    {
-        if (before && !canHaveFocus(before)) {
-            takeRefuge(before);
-        } else if (locked && canHaveFocus(locked)) {
-            if (window->focusWidget() == refuge)
-                locked->setFocus();
-            locked.clear();
-            refuge.clear();
+        const auto canStay = [this](const QWidget* widget) {
+            return widget && widget->isEnabled() && widget->isVisibleTo(content->window());
+        };
+        if (due != DueFocus::none) {
+            if (before != content)  // The person has gone elsewhere.
+                due = DueFocus::none;
+            else if (due == DueFocus::back && (!locked || !locked->isVisibleTo(content->window())))
+                due = DueFocus::onward;
         }
+        if (due == DueFocus::none && !canStay(before)) {
+            locked = before;
+            due = before && before->isVisibleTo(content->window()) ? DueFocus::back : DueFocus::onward;
+        }
+        settleFocus();
+    }
+
+    void focusProblem(const OnboardingState& state)
+    {
+        scroll->verticalScrollBar()->setValue(0);
+        if (state.isProblemOfStoring || !page().focusProblem())
+            forward->setFocus();
+        if (isPlaceToWork(content->window()->focusWidget()))
+            arrive();
+    }
+
+    void reveal() const
+    {
+        if (revealed && revealed == content->window()->focusWidget() && content->isAncestorOf(revealed))
+            scroll->ensureWidgetVisible(revealed, 0, content->fontMetrics().height() / 2);
     }
 
     void makeHeader(QVBoxLayout& layout, QWidget* window)
@@ -161,6 +220,10 @@ struct OnboardingWindow::Impl {
             pages.at(i)->hide();
             column->addWidget(pages.at(i), 1);
         }
+        // Queued: whatever else the change of size moves has its place by then.
+        connect(
+            scroll->verticalScrollBar(), &QScrollBar::rangeChanged, content, [this] { reveal(); },
+            Qt::QueuedConnection);
         scroll->setWidget(content);
         layout.addWidget(scroll, 1);
     }
@@ -186,6 +249,7 @@ struct OnboardingWindow::Impl {
         row->addWidget(back);
         row->addWidget(forward);
         layout.addLayout(row);
+        QWidget::setTabOrder(forward, close);  // Nobody comes by it on the way forward.
     }
 };
 
@@ -211,7 +275,7 @@ OnboardingWindow::OnboardingWindow(Handlers handlers)
             impl_->handlers.forward();
     });
     connect(new QShortcut{QKeySequence::Close, this}, &QShortcut::activated, this, &QWidget::close);
-    const QSize wanted = QSize{38, 36} * fontMetrics().height();
+    const QSize wanted = QSize{38, 40} * fontMetrics().height();
     resize(screen() ? wanted.boundedTo(screen()->availableSize() * 9 / 10) : wanted);
 }
 
@@ -233,16 +297,12 @@ void OnboardingWindow::present(const OnboardingState& state)
     const bool isNew = state.problem && state.problem != my.shownProblem;
     my.shownProblem = state.problem;
     my.problem->present(state.problem.value_or(SignInProblem{}));
-    if (entered) {
+    if (entered)
         my.focusStep();
-        return;
-    }
-    my.keepFocus(this, before);
-    if (isNew) {
-        my.scroll->verticalScrollBar()->setValue(0);
-        if (!my.page().focusProblem())
-            my.problem->setFocus();
-    }
+    else
+        my.keepFocus(before);
+    if (isNew)
+        my.focusProblem(state);
 }
 
 void OnboardingWindow::open()

@@ -407,6 +407,7 @@ TEST(OnboardingFlow, anAccountThatWorksMayBeUsedWithoutAValue)
     machine.flow->tryAgain();
     machine.settle();
     EXPECT_EQ(machine.problem(), "The service could not be reached");
+    EXPECT_FALSE(machine.state().isProblemOfStoring);
     machine.forward();
     EXPECT_EQ(machine.state().step, Step::glucose) << "saving needs no network";
     EXPECT_EQ(machine.storedPassword(), "correct horse");
@@ -506,6 +507,7 @@ TEST(OnboardingFlow, whatKeepsTheAccountFromBeingStoredIsSaidAndNothingIsLost)
     machine.forward();
     EXPECT_EQ(machine.state().step, Step::firstReading);
     EXPECT_EQ(machine.problem(), "The account could not be saved");
+    EXPECT_TRUE(machine.state().isProblemOfStoring);
     EXPECT_FALSE(machine.manager->account());
     EXPECT_TRUE(machine.state().firstReading);
     EXPECT_EQ(machine.asked().authentications, 1);
@@ -525,8 +527,10 @@ TEST(OnboardingFlow, whatKeepsTheAccountFromBeingStoredIsSaidAndNothingIsLost)
         EXPECT_EQ(machine.state().step, Step::glucose);
         EXPECT_EQ(machine.problem(), "The settings could not be saved");
         EXPECT_EQ(machine.state().settings.lowGlucoseThreshold, 80);
+        EXPECT_TRUE(machine.state().isProblemOfStoring);
     }
     machine.forward();
+    EXPECT_FALSE(machine.state().isProblemOfStoring);
     EXPECT_EQ(machine.manager->settings().lowGlucoseThreshold, 80);
     EXPECT_EQ(machine.asked().authentications, 1);
 }

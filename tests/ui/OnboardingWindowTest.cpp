@@ -246,9 +246,9 @@ TEST_F(OnboardingWindowTest, whileBusyTheFieldsAreLockedAndTheFocusComesBack)
         EXPECT_FALSE(field->isEnabled());
     EXPECT_TRUE(find<QPushButton>("Back")->isEnabled());
     EXPECT_TRUE(find<QPushButton>("Close")->isEnabled());
-    press(Qt::Key_Return);
-    EXPECT_EQ(wentForward, 0);
-    EXPECT_EQ(wentBack, 1) << "the focus waits on Back";
+    for (const int key : {Qt::Key_Return, Qt::Key_Space})
+        press(key);
+    EXPECT_EQ(wentForward + wentBack + closed, 0) << "no key does anything where the focus waits";
     state.isBusy = false;
     window->present(state);
     EXPECT_EQ(window->focusWidget(), password);
@@ -286,6 +286,165 @@ TEST_F(OnboardingWindowTest, aProblemIsShownAsPlainTextOnceAndSpoken)
     show(state);
     find<QPushButton>("Try again")->click();
     EXPECT_EQ(triedAgain, 1);
+}
+
+TEST_F(OnboardingWindowTest, enterAloneLeadsThroughAllStepsHoweverLongTheyTake)
+{
+    for (const GlucoseProvider provider : allGlucoseProviders) {
+        wentForward = 0;
+        int steps = 0;
+        for (const Step step : allSteps) {
+            OnboardingState state = stateOf(step, provider);
+            if (std::ranges::count(state.path, step) == 0)
+                continue;
+            const testing::ScopedTrace trace{__FILE__, __LINE__, std::to_string(int(step))};
+            state.termsAccepted = true;
+            const auto work = [&] {
+                state.isBusy = true;
+                state.canGoForward = false;
+                show(state);
+                press(Qt::Key_Return);
+                press(Qt::Key_Space);
+                EXPECT_EQ(wentForward, steps) << "still at work";
+                state.isBusy = false;
+                state.canGoForward = true;
+                window->present(state);
+            };
+            work();
+            press(Qt::Key_Return);
+            EXPECT_EQ(wentForward, ++steps);
+            work();  // What the step is left with.
+        }
+        EXPECT_EQ(steps, provider == GlucoseProvider::dexcom ? 9 : 10);
+        EXPECT_EQ(wentBack + closed, 0);
+    }
+}
+
+TEST_F(OnboardingWindowTest, whatGoesFromUnderTheFocusLeadsOnAndNeverOut)
+{
+    OnboardingState state = stateOf(Step::alerts);
+    show(state);
+    find<QPushButton>("Send test alert")->setFocus();
+    state.isSendingTestAlert = true;
+    window->present(state);
+    press(Qt::Key_Return);
+    EXPECT_EQ(wentForward, 1) << "also while the test alert is under way";
+    state.isSendingTestAlert = false;
+    state.testAlertMessage = "Test alert sent.";
+    state.testAlertAnswer = Answer::asked;
+    window->present(state);
+    EXPECT_EQ(window->focusWidget(), find<QPushButton>("Send test alert again"));
+    for (const auto& [button, answer] : {std::pair{"Yes", Answer::seen}, std::pair{"No", Answer::notSeen}}) {
+        state.testAlertAnswer = Answer::asked;
+        window->present(state);
+        find<QPushButton>(button)->setFocus();
+        press(Qt::Key_Space);
+        state.testAlertAnswer = answer;
+        window->present(state);
+        EXPECT_EQ(window->focusWidget(), find<QPushButton>("Continue")) << button;
+    }
+
+    state = stateOf(Step::firstReading);
+    show(state);
+    find<QPushButton>("Ask again")->setFocus();
+    state.isBusy = true;
+    state.canGoForward = false;
+    window->present(state);
+    state.isBusy = false;
+    state.canGoForward = true;
+    window->present(state);
+    EXPECT_EQ(window->focusWidget(), find<QPushButton>("Continue"));
+
+    // By Tab as well, Close comes last.
+    for (const Step step : allSteps) {
+        show(stateOf(step));
+        find<QPushButton>(step == Step::done ? "Finish" : "Continue")->setFocus();
+        press(Qt::Key_Tab);
+        EXPECT_EQ(window->focusWidget(), find<QPushButton>("Close")) << int(step);
+    }
+}
+
+TEST_F(OnboardingWindowTest, whereNobodySharesItIsCheckedAgain)
+{
+    OnboardingState state = stateOf(Step::person);
+    state.people.clear();
+    state.patientID.reset();
+    state.isBusy = true;
+    state.canGoForward = false;
+    show(state);
+    EXPECT_FALSE(has("Check again")) << "it is being asked";
+    const auto answer = [&](std::vector<LibreConnection> found) {
+        state.isBusy = false;
+        state.people = std::move(found);
+        state.problem.reset();
+        if (state.people.empty())
+            state.problem = nobodySharesProblem();
+        window->present(state);
+    };
+    for (int checks = 1; checks <= 2; ++checks) {
+        answer({});
+        EXPECT_EQ(window->focusWidget(), find<QPushButton>("Check again"));
+        press(Qt::Key_Return);
+        EXPECT_EQ(triedAgain, checks);
+        state.isBusy = true;
+        state.problem.reset();
+        window->present(state);
+    }
+    answer(people);
+    EXPECT_FALSE(has("Check again"));
+    EXPECT_EQ(window->focusWidget(), window->findChild<QListWidget*>());
+    EXPECT_EQ(wentForward + wentBack, 0);
+}
+
+TEST_F(OnboardingWindowTest, whatCouldNotBeStoredIsTriedAgainByGoingOn)
+{
+    for (const Step step : {Step::firstReading, Step::glucose, Step::alerts, Step::history, Step::login}) {
+        OnboardingState state = stateOf(step);
+        show(state);
+        state.problem = SignInProblem{.title = "It could not be saved", .remedy = "Make room and try again."};
+        state.isProblemOfStoring = true;
+        window->present(state);
+        EXPECT_EQ(window->focusWidget(), find<QPushButton>("Continue")) << int(step);
+        EXPECT_FALSE(has("Try again"));
+        EXPECT_EQ(has("Ask again"), step == Step::firstReading);
+    }
+}
+
+TEST_F(OnboardingWindowTest, allFieldsOfTheAccountAreInSightBesideEachProblem)
+{
+    using Kind = GlucoseAPIError::Kind;
+    const auto inSight = [this](const QWidget* field) {
+        const QWidget* const view = window->findChild<QScrollArea*>()->viewport();
+        return view->rect().contains(
+            QRect{field->mapTo(window.get(), QPoint{}) - view->mapTo(window.get(), QPoint{}), field->size()});
+    };
+    for (const GlucoseProvider provider : allGlucoseProviders) {
+        const QString intro = provider == GlucoseProvider::dexcom ? "Use the account that publishes"
+                                                                  : "Use a follower's account";
+        for (const Kind kind :
+             {Kind::transport, Kind::credentialsRefused, Kind::accountLocked, Kind::sessionExpired,
+              Kind::rateLimited, Kind::accountActionRequired, Kind::serverTrouble, Kind::other}) {
+            const testing::ScopedTrace trace{__FILE__, __LINE__, std::to_string(int(kind))};
+            make();
+            OnboardingState state = stateOf(Step::account, provider);
+            show(state);
+            QApplication::processEvents();
+            EXPECT_TRUE(shows(intro));
+            state.problem = signInProblem(provider, {.kind = kind, .text = "It did not work."}, "ada");
+            window->present(state);
+            QApplication::processEvents();
+            saveScreenshot(*window, QString{"onboarding-problem-%1-%2"}.arg(int(provider)).arg(int(kind)));
+            EXPECT_FALSE(shows(intro)) << "the causes say it";
+            for (const QWidget* field : std::initializer_list<QWidget*>{find<QComboBox>("Glucose service"),
+                                                                        find<QLineEdit>("Password"),
+                                                                        find<QCheckBox>("Show password")})
+                EXPECT_TRUE(inSight(field)) << field->metaObject()->className();
+            EXPECT_EQ(window->focusWidget(), find<QLineEdit>("Password"));
+            window->resize(window->width(), window->height() / 2);
+            QApplication::processEvents();
+            EXPECT_TRUE(inSight(find<QLineEdit>("Password"))) << "in a small window as well";
+        }
+    }
 }
 
 TEST_F(OnboardingWindowTest, aPersonIsChosenByKeyboard)
@@ -390,11 +549,13 @@ TEST_F(OnboardingWindowTest, eachAlertSwitchChangesItsOwnSetting)
     state.settings.alertOnLowThreshold = false;
     window->present(state);
     EXPECT_TRUE(shows("Low alerts are off: a low is not announced."));
+    EXPECT_FALSE(shows("Alerts are switched off altogether."));
 
     state = stateOf(Step::alerts);
     state.settings.alertsEnabled = false;
     window->present(state);
     EXPECT_TRUE(shows("Alerts are off: a low is not announced."));
+    EXPECT_TRUE(shows("Alerts are switched off altogether."));
     for (const auto& [title, field] : rows)
         EXPECT_FALSE(find<QCheckBox>(title)->isChecked());
     find<QCheckBox>("High glucose")->click();

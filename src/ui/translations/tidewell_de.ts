@@ -86,6 +86,10 @@
         <source>Nothing was found that keeps alerts away. Look whether the desktop collects notifications in a list without showing them, and whether the sound is turned up. Then send the test alert again.</source>
         <translation>Es wurde nichts gefunden, was Warnungen zurückhält. Sehen Sie nach, ob der Desktop Benachrichtigungen nur in einer Liste sammelt, ohne sie anzuzeigen, und ob der Ton laut genug ist. Senden Sie die Testwarnung dann erneut.</translation>
     </message>
+    <message>
+        <source>Alerts are switched off altogether. When you choose a kind here, alerts are switched on for that kind only.</source>
+        <translation>Warnungen sind ganz ausgeschaltet. Wenn Sie hier eine Art wählen, werden Warnungen nur für diese Art eingeschaltet.</translation>
+    </message>
 </context>
 <context>
     <name>Core</name>
@@ -2816,6 +2820,10 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>Who is it about?</source>
         <translation>Um wen geht es?</translation>
+    </message>
+    <message>
+        <source>Check &amp;again</source>
+        <translation>Erneut &amp;prüfen</translation>
     </message>
 </context>
 <context>
