@@ -673,6 +673,7 @@ OnboardingState worst(OnboardingState state)
     state.problem = refusal;
     state.settings.measurementUnit = "mmol/L";
     state.settings.alertOnLowThreshold = false;
+    state.settings.alertsEnabled = state.isBusy;
     state.authorization = NotificationAuthorizationState::denied;
     state.testAlertMessage = "Test alert sent.";
     state.testAlertAnswer = state.isBusy ? Answer::asked : Answer::notSeen;
