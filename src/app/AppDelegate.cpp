@@ -33,8 +33,8 @@ std::optional<std::string> alertProblem(const AlertPath& path, Date now)
     const auto findings = alertFindings({.now = now, .path = path, .newestReading = now});
     if (findings.empty() || findings.front().severity != AlertFinding::Severity::problem)
         return std::nullopt;
-    const auto& [severity, subject, text, remedy] = findings.front();
-    return remedy.empty() ? text : text + "\n" + remedy;
+    const AlertFinding& worst = findings.front();
+    return worst.remedy.empty() ? worst.text : worst.text + "\n" + worst.remedy;
 }
 
 }  // namespace

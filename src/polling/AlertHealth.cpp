@@ -25,19 +25,38 @@ constexpr std::int64_t minutesOfDay = 1440;
 /// Further ahead of our clock than this, a reading raises no alert.
 constexpr Seconds futureTolerance{60};
 
-void problem(Findings& findings, std::string_view subject, std::string text, std::string_view remedy)
+constexpr std::string_view testAlertCommand = "tidewell test-alert";
+constexpr std::string_view signInCommand = "tidewell account set";
+constexpr std::string_view louderCommand = "pactl set-sink-volume @DEFAULT_SINK@ 60%";
+
+void problem(Findings& findings, std::string_view subject, std::string text, std::string_view remedy,
+             std::string_view command = {})
 {
-    findings.push_back({Severity::problem, std::string{subject}, std::move(text), std::string{remedy}});
+    findings.push_back({Severity::problem, std::string{subject}, std::move(text), std::string{remedy},
+                        std::string{command}});
 }
 
-void caution(Findings& findings, std::string_view subject, std::string text, std::string_view remedy)
+void caution(Findings& findings, std::string_view subject, std::string text, std::string_view remedy,
+             std::string_view command = {})
 {
-    findings.push_back({Severity::caution, std::string{subject}, std::move(text), std::string{remedy}});
+    findings.push_back({Severity::caution, std::string{subject}, std::move(text), std::string{remedy},
+                        std::string{command}});
 }
 
 void good(Findings& findings, std::string_view subject, std::string text)
 {
-    findings.push_back({Severity::good, std::string{subject}, std::move(text), {}});
+    findings.push_back({Severity::good, std::string{subject}, std::move(text)});
+}
+
+/// Where the settings have the switch, by its title there.
+std::string switchOn(std::string_view title)
+{
+    return fmt::format("Switch on “{}” in the settings, tab Alerts.", title);
+}
+
+std::string settingCommand(std::string_view key, std::string_view value)
+{
+    return fmt::format("tidewell settings set {} {}", key, value);
 }
 
 /// "dunst", or "The notification server" when it did not say its name.
@@ -61,7 +80,8 @@ void addNotifications(Findings& findings, const AlertPath& path)
     }
     if (path.lastAlertNotShown)
         problem(findings, "notifications", serverName(path) + " did not show the last alert.",
-                "Restart it, or log out of the desktop and in again; then try: tidewell test-alert");
+                "Restart it, or log out of the desktop and in again; then send a test alert.",
+                testAlertCommand);
     else
         good(findings, "notifications", serverName(path) + " answers and shows notifications.");
     if (path.inhibited.value_or(false))
@@ -75,22 +95,22 @@ void addSound(Findings& findings, const AlertPath& path)
 {
     if (!path.soundOutput) {
         caution(findings, "soundOutput", "Whether there is a sound output cannot be told.",
-                "Listen to one: tidewell test-alert");
+                "Send a test alert and listen.", testAlertCommand);
     } else if (!*path.soundOutput) {
         problem(findings, "soundOutput", "There is no sound output: alerts are silent.",
-                "Connect speakers or headphones, and see that PipeWire or PulseAudio runs: pactl info");
+                "Connect speakers or headphones.", "pactl info");
     } else {
         good(findings, "soundOutput", "There is a sound output.");
         if (path.muted.value_or(false))
             problem(findings, "volume", "The sound is muted: alerts are silent.",
-                    "Unmute it: pactl set-sink-mute @DEFAULT_SINK@ 0");
+                    "Switch the sound of the computer on.", "pactl set-sink-mute @DEFAULT_SINK@ 0");
         else if (path.volume && !(*path.volume >= 0.005))
             problem(findings, "volume", "The volume is at zero: alerts are silent.",
-                    "Turn it up: pactl set-sink-volume @DEFAULT_SINK@ 60%");
+                    "Turn up the sound of the computer.", louderCommand);
         else if (path.volume && *path.volume < lowVolume)
             caution(findings, "volume",
                     fmt::format("The volume is at {:.0f} %: an alert is easily missed.", *path.volume * 100),
-                    "Turn it up: pactl set-sink-volume @DEFAULT_SINK@ 60%");
+                    "Turn up the sound of the computer.", louderCommand);
         else if (path.volume)
             good(findings, "volume",
                  fmt::format("The volume is at {:.0f} %.", std::min(*path.volume, 10.0) * 100));
@@ -102,8 +122,9 @@ void addSound(Findings& findings, const AlertPath& path)
                 "Install the package sound-theme-freedesktop.");
     else if (path.lastAlertNotHeard)
         problem(findings, "sounds", "The sound of the last alert could not be played.",
-                "See that PipeWire or PulseAudio runs and that libcanberra is installed; then try: tidewell "
-                "test-alert");
+                "Send a test alert. If it is silent too, log out of the desktop and in again, and see that "
+                "libcanberra is installed.",
+                testAlertCommand);
     else
         good(findings, "sounds", "The alert sounds are installed.");
 }
@@ -122,7 +143,7 @@ void addServiceError(Findings& findings, const AlertHealthFacts& facts)
     const GlucoseAPIError& error = *facts.serviceError;
     // It passes by itself, and matters only once readings are missing.
     const auto passing = [&](std::string text, std::string_view remedy) {
-        (isFresh(facts) ? caution : problem)(findings, "account", std::move(text), remedy);
+        (isFresh(facts) ? caution : problem)(findings, "account", std::move(text), remedy, {});
     };
     const std::string detail = error.text.empty() ? "." : ": " + error.text;
     switch (error.kind) {
@@ -132,23 +153,24 @@ void addServiceError(Findings& findings, const AlertHealthFacts& facts)
         return;
     case credentialsRefused:
         problem(findings, "account", "The service refuses the user name or the password.",
-                "Sign in again from the menu, or with: tidewell account set");
+                "Sign in again from the menu.", signInCommand);
         return;
     case accountLocked:
         problem(findings, "account", "The service has locked the account after too many failed sign-ins.",
-                "Wait a while, then sign in again from the menu, or with: tidewell account set");
+                "Wait a while, then sign in again from the menu.", signInCommand);
         return;
     case sessionExpired:
         problem(findings, "account", "The session has ended, and a new sign-in did not help.",
-                "Sign in again from the menu, or with: tidewell account set");
+                "Sign in again from the menu.", signInCommand);
         return;
     case rateLimited:
         passing("The service asks Tidewell to wait.",
                 "Wait: Tidewell asks again by itself. Fewer programs on one account help.");
         return;
     case accountActionRequired:
-        problem(findings, "account", "The account needs you" + detail,
-                "Resolve it in the service's own app, then run: tidewell account reconnect");
+        problem(findings, "account", "Your account needs attention" + detail,
+                "Resolve it in the service's own app, then choose “Reconnect” in the settings, tab Account.",
+                "tidewell account reconnect");
         return;
     case noReadings:
         passing("The service has no readings.",
@@ -166,8 +188,8 @@ void addServiceError(Findings& findings, const AlertHealthFacts& facts)
 void addData(Findings& findings, const AlertHealthFacts& facts)
 {
     if (!facts.hasAccount) {
-        problem(findings, "account", "No glucose account is signed in.",
-                "Sign in from the menu, or with: tidewell account set");
+        problem(findings, "account", "No glucose account is signed in.", "Sign in from the menu.",
+                signInCommand);
         return;
     }
     if (facts.serviceError)
@@ -208,28 +230,30 @@ void addCategories(Findings& findings, const AppSettings& settings)
         return fmt::format("{} {}", formatGlucose(mgdL, units), rawValue(units));
     };
     const auto category = [&](bool on, std::string_view subject, std::string_view name,
-                              std::string_view comes, std::string_view key) {
+                              std::string_view comes, std::string_view title, std::string_view key) {
         if (on)
             good(findings, subject, fmt::format("{} come {}.", name, comes));
         else
-            caution(findings, subject, fmt::format("{} are off.", name),
-                    fmt::format("Switch them on: tidewell settings set {} true", key));
+            caution(findings, subject, fmt::format("{} are off.", name), switchOn(title),
+                    settingCommand(key, "true"));
     };
     category(settings.alertOnLowThreshold, "low", "Low alerts",
-             fmt::format("at {} and below", shown(settings.lowGlucoseThreshold)), "alertOnLowThreshold");
-    category(settings.alertOnRapidFall, "rapidFall", "Rapid-fall alerts", "with each fast fall",
+             fmt::format("at {} and below", shown(settings.lowGlucoseThreshold)), "Low glucose",
+             "alertOnLowThreshold");
+    category(settings.alertOnRapidFall, "rapidFall", "Rapid-fall alerts", "with each fast fall", "Rapid fall",
              "alertOnRapidFall");
     category(settings.alertOnHighThreshold, "high", "High alerts",
-             fmt::format("at {} and above", shown(settings.highGlucoseThreshold)), "alertOnHighThreshold");
-    category(settings.alertOnRapidRise, "rapidRise", "Rapid-rise alerts", "with a fast rise",
+             fmt::format("at {} and above", shown(settings.highGlucoseThreshold)), "High glucose",
+             "alertOnHighThreshold");
+    category(settings.alertOnRapidRise, "rapidRise", "Rapid-rise alerts", "with a fast rise", "Rapid rise",
              "alertOnRapidRise");
     category(settings.alertOnMissingData, "missingData", "Missing-data alerts",
-             "when there has been no reading for 15 minutes", "alertOnMissingData");
+             "when there has been no reading for 15 minutes", "No data for 15 minutes", "alertOnMissingData");
     if (settings.lowGlucoseThreshold >= settings.highGlucoseThreshold)
         caution(findings, "thresholds",
                 fmt::format("The low threshold ({}) is not below the high one ({}).",
                             shown(settings.lowGlucoseThreshold), shown(settings.highGlucoseThreshold)),
-                "Choose others: tidewell settings set lowGlucoseThreshold 72");
+                "Choose others in the settings, tab Glucose.", settingCommand("lowGlucoseThreshold", "72"));
 }
 
 std::string timeOfDay(std::int64_t minutes)
@@ -240,8 +264,8 @@ std::string timeOfDay(std::int64_t minutes)
 void addQuietHours(Findings& findings, const AlertHealthFacts& facts)
 {
     constexpr std::string_view subject = "quietHours";
-    constexpr std::string_view letLowsThrough =
-        "Let lows through: tidewell settings set allowLowAlertsDuringQuietHours true";
+    const std::string letLowsThrough = switchOn("Let low alerts through");
+    const std::string letCommand = settingCommand("allowLowAlertsDuringQuietHours", "true");
     const AppSettings& settings = facts.settings;
     const std::int64_t from = settings.quietHoursStartMinutes;
     const std::int64_t to = settings.quietHoursEndMinutes;
@@ -254,26 +278,29 @@ void addQuietHours(Findings& findings, const AlertHealthFacts& facts)
         (lowsCome ? caution : problem)(findings, subject,
                                        lowsCome ? "Quiet hours last all day: only lows are told."
                                                 : "Quiet hours last all day: no alert comes.",
-                                       "Set their start and their end to different times: tidewell settings "
-                                       "set quietHoursStartMinutes 22:00");
+                                       "Choose two different times in the settings, tab Alerts.",
+                                       settingCommand("quietHoursStartMinutes", "22:00"));
         return;
     }
     const auto isTime = [](std::int64_t minutes) { return minutes >= 0 && minutes < minutesOfDay; };
     const bool now = isQuiet(facts.now, facts.zone, from, to);
     if (!isTime(from) || !isTime(to)) {
         (now && !lowsCome ? problem : caution)(
-            findings, subject, "The quiet hours are no times of a day.",
-            "Set them anew: tidewell settings set quietHoursStartMinutes 22:00, and quietHoursEndMinutes "
-            "07:00");
+            findings, subject, "The times of the quiet hours are not valid.",
+            "Choose them anew in the settings, tab Alerts.",
+            settingCommand(isTime(from) ? "quietHoursEndMinutes" : "quietHoursStartMinutes",
+                           isTime(from) ? "07:00" : "22:00"));
         return;
     }
     const std::string span = fmt::format("Quiet hours from {} to {}", timeOfDay(from), timeOfDay(to));
     if (now && lowsCome)
         caution(findings, subject, span + ": now only lows are told.", "Nothing to do if that is meant so.");
     else if (now)
-        caution(findings, subject, span + ": now no alert comes, not even for a low.", letLowsThrough);
+        caution(findings, subject, span + ": now no alert comes, not even for a low.", letLowsThrough,
+                letCommand);
     else if (!lowsCome)
-        caution(findings, subject, span + ": no alert comes then, not even for a low.", letLowsThrough);
+        caution(findings, subject, span + ": no alert comes then, not even for a low.", letLowsThrough,
+                letCommand);
     else
         good(findings, subject, span + " let lows through.");
 }
@@ -290,7 +317,7 @@ void addSnooze(Findings& findings, const AlertHealthFacts& facts)
         good(findings, "snooze", snoozeLine(*facts.snoozedUntil, settings, facts.zone) + ".");
     else
         caution(findings, "snooze", snoozeLine(*facts.snoozedUntil, settings, facts.zone) + ".",
-                "End the snooze from the menu, or with: tidewell resume");
+                "Choose “Resume alerts now” in the menu.", "tidewell resume");
 }
 
 Findings worstFirst(const Findings& findings)
@@ -311,12 +338,12 @@ std::vector<AlertFinding> alertFindings(const AlertHealthFacts& facts)
         good(findings, "tidewell", "Tidewell is running.");
     else
         problem(findings, "tidewell", "Tidewell is not running: nobody watches for alerts.",
-                "Start it: tidewell");
+                "Start Tidewell.", "tidewell");
     if (facts.settings.alertsEnabled)
         good(findings, "alerts", "Alerts are on.");
     else
-        problem(findings, "alerts", "Alerts are off.",
-                "Switch them on: tidewell settings set alertsEnabled true");
+        problem(findings, "alerts", "Alerts are off.", switchOn("Show alerts"),
+                settingCommand("alertsEnabled", "true"));
     addNotifications(findings, facts.path);
     addData(findings, facts);
     addSound(findings, facts.path);

@@ -52,10 +52,11 @@ struct AlertFinding {
     Severity severity = Severity::good;
     /// A stable word for scripts: tidewell, alerts, notifications, doNotDisturb, account, data, soundOutput,
     /// volume, sounds, low, rapidFall, high, rapidRise, missingData, thresholds, quietHours, snooze, suspend,
-    /// statusArea, savedHistory, startAtLogin.
+    /// statusArea, savedHistory, startAtLogin, setup, terms, bookkeeping.
     std::string subject{};
-    std::string text{};    ///< One sentence.
-    std::string remedy{};  ///< What to do; empty for good ones.
+    std::string text{};     ///< One sentence.
+    std::string remedy{};   ///< What to do, in words that name the control; a sentence, empty for good ones.
+    std::string command{};  ///< What does the same in a terminal, for whoever is there; may be empty.
     bool operator==(const AlertFinding&) const = default;
 };
 

@@ -28,23 +28,39 @@ std::string oneLine(std::string text)
     return text;
 }
 
+/// "Start Tidewell: tidewell".
+std::string remedyLine(const AlertFinding& finding)
+{
+    std::string line = oneLine(finding.remedy);
+    if (finding.command.empty())
+        return line;
+    if (line.ends_with('.'))
+        line.pop_back();
+    return line + (line.empty() ? "" : ": ") + oneLine(finding.command);
+}
+
 }  // namespace
 
 std::string findingLines(const std::vector<AlertFinding>& findings)
 {
     std::string lines;
-    for (const auto& [severity, subject, text, remedy] : findings)
-        lines += fmt::format("{:<9}{}{}{}\n", name(severity), oneLine(text), remedy.empty() ? "" : " — ",
-                             oneLine(remedy));
+    for (const AlertFinding& finding : findings) {
+        const std::string remedy = remedyLine(finding);
+        lines += fmt::format("{:<9}{}{}{}\n", name(finding.severity), oneLine(finding.text),
+                             remedy.empty() ? "" : " — ", remedy);
+    }
     return lines;
 }
 
 std::string findingsDocument(const std::vector<AlertFinding>& findings)
 {
     json::array document;
-    for (const auto& [severity, subject, text, remedy] : findings)
-        document.push_back(json::object{
-            {"severity", name(severity)}, {"subject", subject}, {"text", text}, {"remedy", remedy}});
+    for (const auto& [severity, subject, text, remedy, command] : findings)
+        document.push_back(json::object{{"severity", name(severity)},
+                                        {"subject", subject},
+                                        {"text", text},
+                                        {"remedy", remedy},
+                                        {"command", command}});
     return compactJson(document) + "\n";
 }
 

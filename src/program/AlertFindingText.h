@@ -7,11 +7,12 @@
 
 namespace tidewell {
 
-/// What `doctor` prints: a line for each finding, its severity first, the remedy behind a dash.
+/// What `doctor` prints: a line for each finding, its severity first, the remedy and its command behind a
+/// dash.
 [[nodiscard]] std::string findingLines(const std::vector<AlertFinding>& findings);
 
 /// The same as a JSON array of objects with the members severity ("problem", "caution", "note", "good"),
-/// subject, text and remedy.
+/// subject, text, remedy and command.
 [[nodiscard]] std::string findingsDocument(const std::vector<AlertFinding>& findings);
 
 }  // namespace tidewell

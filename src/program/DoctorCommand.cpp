@@ -35,8 +35,9 @@ void addConfigurationProblem(std::vector<AlertFinding>& findings, const Configur
                     {.severity = AlertFinding::Severity::problem,
                      .subject = "account",
                      .text = problem.message,
-                     .remedy = keyring ? "Unlock the keyring, or sign in again: tidewell account set"
-                                       : "Mend the file, or sign in again: tidewell account set"});
+                     .remedy = keyring ? "Unlock the keyring, or sign in again from the menu."
+                                       : "Mend the file, or sign in again from the menu.",
+                     .command = "tidewell account set"});
 }
 
 /// Looks whether what is saved of the account can be read. Blocks.

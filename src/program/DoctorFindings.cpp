@@ -25,7 +25,8 @@ AlertFinding savedHistoryFinding(const GlucoseHistoryConfiguration& configuratio
         return {.severity = AlertFinding::Severity::note,
                 .subject = "savedHistory",
                 .text = std::string{description(*problem)},
-                .remedy = "See what is saved: tidewell history status"};
+                .remedy = "See what is saved in the settings, tab Insights.",
+                .command = "tidewell history status"};
     return {.subject = "savedHistory",
             .text = configuration.isEnabled ? "Readings are saved on this computer, encrypted."
                                             : "Saving readings on this computer is off."};
@@ -36,7 +37,8 @@ AlertFinding loginItemFinding(const LoginItemStatus& item)
     return {.severity = AlertFinding::Severity::note,
             .subject = "startAtLogin",
             .text = item.problem,
-            .remedy = "Mend that, or switch it off: tidewell settings set startAtLogin off"};
+            .remedy = "Mend that, or switch “Start Tidewell when I log in” off in the settings, tab General.",
+            .command = "tidewell settings set startAtLogin off"};
 }
 
 void replaceAccountFinding(std::vector<AlertFinding>& findings, const ErrorInfo& problem)

@@ -108,7 +108,7 @@ void SettingsAlertsPage::makeQuietHours()
     quietNote_ = wrappedLabel({}, this);
     quietNote_->setObjectName(QStringLiteral("quietHoursNote"));
     inner->addWidget(quietNote_);
-    quietLows_ = addSwitch(*inner, "allowLowAlertsDuringQuietHours", tr("Lo&w alerts all the same"),
+    quietLows_ = addSwitch(*inner, "allowLowAlertsDuringQuietHours", tr("Let lo&w alerts through"),
                            &AppSettings::allowLowAlertsDuringQuietHours);
 }
 

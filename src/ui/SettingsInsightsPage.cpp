@@ -8,7 +8,6 @@
 #include "insights/InsightsCollection.h"
 #include "ui/DisplayText.h"
 #include "ui/SettingsHistoryDialog.h"
-#include "ui/Translations.h"
 #include "ui/WindowText.h"
 
 namespace tidewell {
@@ -17,7 +16,7 @@ namespace {
 QString dayText(Date date)
 {
     const auto seconds = static_cast<qint64>(unixSeconds(date));
-    return displayLocale().toString(QDateTime::fromSecsSinceEpoch(seconds).date(), QLocale::LongFormat);
+    return displayDate(QDateTime::fromSecsSinceEpoch(seconds).date(), QStringLiteral("d MMMM yyyy"));
 }
 
 QString daysText(std::int64_t days) { return SettingsInsightsPage::tr("%1 days").arg(days); }

@@ -84,6 +84,12 @@ void expectFindings(const std::vector<Case>& cases)
             worst = finding.severity;
             const bool isGood = finding.severity == AlertFinding::Severity::good;
             EXPECT_EQ(finding.remedy.empty(), isGood) << finding.subject;
+            EXPECT_EQ(finding.remedy.ends_with('.'), !isGood) << finding.remedy;
+            EXPECT_FALSE(finding.remedy.contains("tidewell ") || finding.remedy.contains("pactl"))
+                << "a command among the words: " << finding.remedy;
+            EXPECT_TRUE(finding.command.empty() || finding.command.starts_with("tidewell") ||
+                        finding.command.starts_with("pactl "))
+                << finding.command;
             if (isGood)
                 continue;
             const std::string whole = line(finding);
@@ -163,7 +169,7 @@ TEST(AlertHealth, saysWhatIsWrongWithAccountAndData)
         {"refused", failing(credentialsRefused), {"problem account"}, "password"},
         {"locked", failing(accountLocked), {"problem account"}, "locked"},
         {"session", failing(sessionExpired), {"problem account"}, "session"},
-        {"person", failing(accountActionRequired), {"problem account"}, "needs you: Said so"},
+        {"person", failing(accountActionRequired), {"problem account"}, "needs attention: Said so"},
         {"network, fresh", failing(transport), {"caution account"}, "cannot be reached"},
         {"network, old", failing(transport, 900), {"problem account", "problem data"}},
         {"wait", failing(rateLimited), {"caution account"}, "to wait"},
@@ -235,8 +241,8 @@ TEST(AlertHealth, saysWhichPreferencesHoldAlertsBack)
         {"quiet at night but lows", quiet(1320, 420, true)},
         {"quiet all day", quiet(0, 0, false), {"problem quietHours"}, "all day"},
         {"quiet all day but lows", quiet(300, 300, true), {"caution quietHours"}, "only lows"},
-        {"quiet nonsense", quiet(-5, 5000, false), {"problem quietHours"}, "no times of a day"},
-        {"quiet nonsense, not now", quiet(2000, 420, false), {"caution quietHours"}, "no times of a day"},
+        {"quiet nonsense", quiet(-5, 5000, false), {"problem quietHours"}, "not valid"},
+        {"quiet nonsense, not now", quiet(2000, 420, false), {"caution quietHours"}, "not valid"},
         {"snoozed",
          [](Facts& f) { f.snoozedUntil = now + Seconds{1800}; },
          {"caution snooze"},

@@ -489,6 +489,7 @@ TEST_F(CommandLineTest, theDoctorSaysWhatIsWrongWhereverItRuns)
             all.push_back(std::string{finding.at("severity").as_string()} + " " +
                           std::string{finding.at("subject").as_string()});
             EXPECT_EQ(finding.at("severity") == "good", finding.at("remedy").as_string().empty());
+            EXPECT_EQ(finding.at("subject") == "tidewell", finding.at("command") == "tidewell");
         }
         return all;
     };
@@ -501,6 +502,8 @@ TEST_F(CommandLineTest, theDoctorSaysWhatIsWrongWhereverItRuns)
     EXPECT_TRUE(std::ranges::is_sorted(bare, {}, [](const std::string& one) {
         return std::string_view{"pcg"}.find(one.front());
     })) << testing::PrintToString(bare);
+    const std::string printed = run({"doctor"}).output;
+    EXPECT_TRUE(printed.contains("nobody watches for alerts. — Start Tidewell: tidewell\n")) << printed;
 
     ASSERT_NO_FATAL_FAILURE(startService());
     ASSERT_EQ(signIn(service->account().password).code, 0);

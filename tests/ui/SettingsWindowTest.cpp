@@ -93,7 +93,7 @@ std::vector<Scene> scenes()
         trouble.findings.push_back({.severity = severity,
                                     .subject = "volume",
                                     .text = "The sound is muted: alerts are silent.",
-                                    .remedy = "Unmute it: pactl set-sink-mute @DEFAULT_SINK@ 0"});
+                                    .remedy = "Switch the sound of the computer on."});
     std::ranges::sort(trouble.findings, {}, &AlertFinding::severity);
     return {{"well", wellState()}, {"busy", busy}, {"trouble", trouble}, {"empty", {}}};
 }

@@ -151,7 +151,7 @@
     </message>
     <message>
         <source>Saved history needs attention</source>
-        <translation>Gespeicherter Verlauf braucht Aufmerksamkeit</translation>
+        <translation>Beim gespeicherten Verlauf müssen Sie etwas tun</translation>
     </message>
     <message>
         <source>Snooze alerts (30 min)</source>
@@ -555,7 +555,7 @@
     </message>
     <message>
         <source>%1 needs attention</source>
-        <translation>%1 braucht Aufmerksamkeit</translation>
+        <translation>Bei %1 müssen Sie etwas tun</translation>
     </message>
     <message>
         <source>Resolve the issue, then choose Reconnect in Account settings.</source>
@@ -743,7 +743,7 @@
     </message>
     <message>
         <source>The selected LibreLinkUp connection is no longer available. Check sharing in LibreLinkUp and select a connection in Settings.</source>
-        <translation>Die gewählte LibreLinkUp-Verbindung ist nicht mehr verfügbar. Prüfen Sie die Freigabe in LibreLinkUp, und wählen Sie eine Verbindung in den Einstellungen.</translation>
+        <translation>Die gewählte LibreLinkUp-Verbindung ist nicht mehr verfügbar. Prüfen Sie das Teilen in LibreLinkUp, und wählen Sie in den Einstellungen eine Verbindung.</translation>
     </message>
     <message>
         <source>No Libre glucose readings are available. Check that readings appear in the LibreLinkUp app.</source>
@@ -931,7 +931,7 @@
     </message>
     <message>
         <source>No reading that alerts can go by since %1.</source>
-        <translation>Seit %1 kein Messwert, nach dem gewarnt werden kann.</translation>
+        <translation>Seit %1 ist kein Messwert gekommen, nach dem gewarnt werden kann.</translation>
     </message>
     <message>
         <source>No reading since Tidewell started at %1.</source>
@@ -983,7 +983,7 @@
     </message>
     <message>
         <source>Restart it, or log out of the desktop and in again.</source>
-        <translation>Starten Sie ihn neu, oder melden Sie sich vom Desktop ab und wieder an.</translation>
+        <translation>Starten Sie den Benachrichtigungsdienst neu, oder melden Sie sich vom Desktop ab und wieder an.</translation>
     </message>
     <message>
         <source>There is no notification server: alerts are not shown.</source>
@@ -1000,10 +1000,6 @@
     <message>
         <source>%1 did not show the last alert.</source>
         <translation>Die letzte Warnung wurde nicht angezeigt (%1).</translation>
-    </message>
-    <message>
-        <source>Restart it, or log out of the desktop and in again; then try: tidewell test-alert</source>
-        <translation>Starten Sie ihn neu, oder melden Sie sich vom Desktop ab und wieder an; versuchen Sie dann: tidewell test-alert</translation>
     </message>
     <message>
         <source>%1 answers and shows notifications.</source>
@@ -1026,16 +1022,8 @@
         <translation>Ob es eine Tonausgabe gibt, lässt sich nicht feststellen.</translation>
     </message>
     <message>
-        <source>Listen to one: tidewell test-alert</source>
-        <translation>Hören Sie eine an: tidewell test-alert</translation>
-    </message>
-    <message>
         <source>There is no sound output: alerts are silent.</source>
         <translation>Es gibt keine Tonausgabe: Warnungen sind stumm.</translation>
-    </message>
-    <message>
-        <source>Connect speakers or headphones, and see that PipeWire or PulseAudio runs: pactl info</source>
-        <translation>Schließen Sie Lautsprecher oder Kopfhörer an, und sehen Sie nach, ob PipeWire oder PulseAudio läuft: pactl info</translation>
     </message>
     <message>
         <source>There is a sound output.</source>
@@ -1046,16 +1034,8 @@
         <translation>Der Ton ist stummgeschaltet: Warnungen sind stumm.</translation>
     </message>
     <message>
-        <source>Unmute it: pactl set-sink-mute @DEFAULT_SINK@ 0</source>
-        <translation>Heben Sie die Stummschaltung auf: pactl set-sink-mute @DEFAULT_SINK@ 0</translation>
-    </message>
-    <message>
         <source>The volume is at zero: alerts are silent.</source>
         <translation>Die Lautstärke steht auf null: Warnungen sind stumm.</translation>
-    </message>
-    <message>
-        <source>Turn it up: pactl set-sink-volume @DEFAULT_SINK@ 60%</source>
-        <translation>Stellen Sie sie lauter: pactl set-sink-volume @DEFAULT_SINK@ 60%</translation>
     </message>
     <message>
         <source>The volume is at %1 %: an alert is easily missed.</source>
@@ -1082,10 +1062,6 @@
         <translation>Der Ton der letzten Warnung konnte nicht abgespielt werden.</translation>
     </message>
     <message>
-        <source>See that PipeWire or PulseAudio runs and that libcanberra is installed; then try: tidewell test-alert</source>
-        <translation>Sehen Sie nach, ob PipeWire oder PulseAudio läuft und libcanberra installiert ist; versuchen Sie dann: tidewell test-alert</translation>
-    </message>
-    <message>
         <source>The alert sounds are installed.</source>
         <translation>Die Warntöne sind installiert.</translation>
     </message>
@@ -1102,16 +1078,8 @@
         <translation>Der Dienst weist den Benutzernamen oder das Passwort zurück.</translation>
     </message>
     <message>
-        <source>Sign in again from the menu, or with: tidewell account set</source>
-        <translation>Melden Sie sich über das Menü erneut an, oder mit: tidewell account set</translation>
-    </message>
-    <message>
         <source>The service has locked the account after too many failed sign-ins.</source>
         <translation>Der Dienst hat das Konto nach zu vielen fehlgeschlagenen Anmeldungen gesperrt.</translation>
-    </message>
-    <message>
-        <source>Wait a while, then sign in again from the menu, or with: tidewell account set</source>
-        <translation>Warten Sie eine Weile, und melden Sie sich dann über das Menü erneut an, oder mit: tidewell account set</translation>
     </message>
     <message>
         <source>The session has ended, and a new sign-in did not help.</source>
@@ -1126,24 +1094,12 @@
         <translation>Warten Sie: Tidewell fragt von selbst erneut. Es hilft, wenn weniger Programme dasselbe Konto benutzen.</translation>
     </message>
     <message>
-        <source>The account needs you.</source>
-        <translation>Das Konto braucht Sie.</translation>
-    </message>
-    <message>
-        <source>The account needs you: %1</source>
-        <translation>Das Konto braucht Sie: %1</translation>
-    </message>
-    <message>
-        <source>Resolve it in the service&apos;s own app, then run: tidewell account reconnect</source>
-        <translation>Beheben Sie es in der App des Dienstes, und führen Sie dann aus: tidewell account reconnect</translation>
-    </message>
-    <message>
         <source>The service has no readings.</source>
         <translation>Der Dienst hat keine Messwerte.</translation>
     </message>
     <message>
         <source>See that the sensor is active and that its readings appear in the sharing app.</source>
-        <translation>Sehen Sie nach, ob der Sensor aktiv ist und seine Messwerte in der Freigabe-App erscheinen.</translation>
+        <translation>Sehen Sie nach, ob der Sensor aktiv ist und seine Messwerte in der App erscheinen, mit der sie geteilt werden.</translation>
     </message>
     <message>
         <source>The service answers with an error.</source>
@@ -1160,10 +1116,6 @@
     <message>
         <source>No glucose account is signed in.</source>
         <translation>Es ist kein Glukosekonto angemeldet.</translation>
-    </message>
-    <message>
-        <source>Sign in from the menu, or with: tidewell account set</source>
-        <translation>Melden Sie sich über das Menü an, oder mit: tidewell account set</translation>
     </message>
     <message>
         <source>The account is signed in, and the service answers.</source>
@@ -1195,31 +1147,31 @@
     </message>
     <message>
         <source>There has been no reading for %1: no alert comes.</source>
-        <translation>Kein Messwert seit so langer Zeit: %1. Es kommt keine Warnung.</translation>
+        <translation>Zeit ohne Messwert: %1. Es kommt keine Warnung.</translation>
     </message>
     <message>
         <source>See that the sensor is active, that the phone has a network, and that its readings appear in the sharing app.</source>
-        <translation>Sehen Sie nach, ob der Sensor aktiv ist, das Telefon ein Netz hat und seine Messwerte in der Freigabe-App erscheinen.</translation>
+        <translation>Sehen Sie nach, ob der Sensor aktiv ist, das Telefon ein Netz hat und die Messwerte in der App erscheinen, mit der sie geteilt werden.</translation>
     </message>
     <message>
         <source>Low alerts come at %1 and below.</source>
-        <translation>Warnungen bei niedrigen Werten kommen bei %1 und darunter.</translation>
+        <translation>Bei %1 und darunter wird gewarnt.</translation>
     </message>
     <message>
         <source>Rapid-fall alerts come with each fast fall.</source>
-        <translation>Warnungen bei schnellem Abfall kommen bei jedem schnellen Abfall.</translation>
+        <translation>Bei jedem schnellen Abfall wird gewarnt.</translation>
     </message>
     <message>
         <source>High alerts come at %1 and above.</source>
-        <translation>Warnungen bei hohen Werten kommen bei %1 und darüber.</translation>
+        <translation>Bei %1 und darüber wird gewarnt.</translation>
     </message>
     <message>
         <source>Rapid-rise alerts come with a fast rise.</source>
-        <translation>Warnungen bei schnellem Anstieg kommen bei einem schnellen Anstieg.</translation>
+        <translation>Bei schnellem Anstieg wird gewarnt.</translation>
     </message>
     <message>
         <source>Missing-data alerts come when there has been no reading for 15 minutes.</source>
-        <translation>Warnungen bei fehlenden Daten kommen, wenn es seit 15 Minuten keinen Messwert gab.</translation>
+        <translation>Wenn seit 15 Minuten kein Messwert gekommen ist, wird gewarnt.</translation>
     </message>
     <message>
         <source>Low alerts are off.</source>
@@ -1242,20 +1194,8 @@
         <translation>Warnungen bei fehlenden Daten sind ausgeschaltet.</translation>
     </message>
     <message>
-        <source>Switch them on: tidewell settings set %1 true</source>
-        <translation>Schalten Sie sie ein: tidewell settings set %1 true</translation>
-    </message>
-    <message>
         <source>The low threshold (%1) is not below the high one (%2).</source>
         <translation>Der untere Grenzwert (%1) liegt nicht unter dem oberen (%2).</translation>
-    </message>
-    <message>
-        <source>Choose others: tidewell settings set lowGlucoseThreshold 72</source>
-        <translation>Wählen Sie andere: tidewell settings set lowGlucoseThreshold 72</translation>
-    </message>
-    <message>
-        <source>Let lows through: tidewell settings set allowLowAlertsDuringQuietHours true</source>
-        <translation>Lassen Sie niedrige Werte durch: tidewell settings set allowLowAlertsDuringQuietHours true</translation>
     </message>
     <message>
         <source>Quiet hours are off.</source>
@@ -1270,24 +1210,12 @@
         <translation>Die Ruhezeit dauert den ganzen Tag: Es kommt keine Warnung.</translation>
     </message>
     <message>
-        <source>Set their start and their end to different times: tidewell settings set quietHoursStartMinutes 22:00</source>
-        <translation>Setzen Sie Beginn und Ende auf verschiedene Zeiten: tidewell settings set quietHoursStartMinutes 22:00</translation>
-    </message>
-    <message>
-        <source>The quiet hours are no times of a day.</source>
-        <translation>Die Ruhezeit besteht nicht aus Uhrzeiten.</translation>
-    </message>
-    <message>
-        <source>Set them anew: tidewell settings set quietHoursStartMinutes 22:00, and quietHoursEndMinutes 07:00</source>
-        <translation>Setzen Sie sie neu: tidewell settings set quietHoursStartMinutes 22:00, und quietHoursEndMinutes 07:00</translation>
-    </message>
-    <message>
         <source>Quiet hours from %1 to %2: now only lows are told.</source>
         <translation>Ruhezeit von %1 bis %2: Jetzt werden nur niedrige Werte gemeldet.</translation>
     </message>
     <message>
         <source>Nothing to do if that is meant so.</source>
-        <translation>Nichts zu tun, wenn das so gewollt ist.</translation>
+        <translation>Wenn das so gewollt ist, ist nichts zu tun.</translation>
     </message>
     <message>
         <source>Quiet hours from %1 to %2: now no alert comes, not even for a low.</source>
@@ -1306,20 +1234,12 @@
         <translation>Warnungen sind nicht stummgeschaltet.</translation>
     </message>
     <message>
-        <source>End the snooze from the menu, or with: tidewell resume</source>
-        <translation>Beenden Sie die Stummschaltung über das Menü, oder mit: tidewell resume</translation>
-    </message>
-    <message>
         <source>Tidewell is running.</source>
         <translation>Tidewell läuft.</translation>
     </message>
     <message>
         <source>Tidewell is not running: nobody watches for alerts.</source>
-        <translation>Tidewell läuft nicht: Niemand wacht über Warnungen.</translation>
-    </message>
-    <message>
-        <source>Start it: tidewell</source>
-        <translation>Starten Sie es: tidewell</translation>
+        <translation>Tidewell läuft nicht: Es kann nicht warnen.</translation>
     </message>
     <message>
         <source>Alerts are on.</source>
@@ -1330,16 +1250,12 @@
         <translation>Warnungen sind ausgeschaltet.</translation>
     </message>
     <message>
-        <source>Switch them on: tidewell settings set alertsEnabled true</source>
-        <translation>Schalten Sie sie ein: tidewell settings set alertsEnabled true</translation>
-    </message>
-    <message>
         <source>The computer suspends itself after %1 without use: asleep, it tells nothing.</source>
-        <translation>Der Computer geht nach %1 ohne Benutzung in den Ruhezustand: Dann meldet er nichts.</translation>
+        <translation>Der Computer geht nach %1 ohne Benutzung in Bereitschaft: Dann meldet er nichts.</translation>
     </message>
     <message>
         <source>Switch automatic suspend off in the desktop&apos;s power settings.</source>
-        <translation>Schalten Sie den automatischen Ruhezustand in den Energieeinstellungen des Desktops aus.</translation>
+        <translation>Schalten Sie die automatische Bereitschaft in den Energieeinstellungen des Desktops aus.</translation>
     </message>
     <message>
         <source>Alerts are off: a low is not announced.</source>
@@ -1431,19 +1347,19 @@
     </message>
     <message>
         <source>Needs saved readings</source>
-        <translation>Braucht gespeicherte Messwerte</translation>
+        <translation>Benötigt gespeicherte Messwerte</translation>
     </message>
     <message>
         <source>Needs 14 days of history</source>
-        <translation>Braucht 14 Tage Verlauf</translation>
+        <translation>Benötigt 14 Tage Verlauf</translation>
     </message>
     <message>
         <source>Needs a 14-day period</source>
-        <translation>Braucht einen Zeitraum von 14 Tagen</translation>
+        <translation>Benötigt einen Zeitraum von 14 Tagen</translation>
     </message>
     <message>
         <source>Needs 70% coverage</source>
-        <translation>Braucht 70 % Abdeckung</translation>
+        <translation>Benötigt 70 % Abdeckung</translation>
     </message>
     <message>
         <source>%1 × mean glucose in %2</source>
@@ -1451,7 +1367,7 @@
     </message>
     <message>
         <source>GMI needs saved readings, 14 days of history, and at least 70% collected coverage.</source>
-        <translation>Der GMI braucht gespeicherte Messwerte, 14 Tage Verlauf und mindestens 70 % gesammelte Abdeckung.</translation>
+        <translation>Der GMI benötigt gespeicherte Messwerte, 14 Tage Verlauf und Messwerte für mindestens 70 % der Zeit.</translation>
     </message>
     <message>
         <source>Choose a period of at least 14 days.</source>
@@ -1459,7 +1375,7 @@
     </message>
     <message>
         <source>Available after 14 days of history with at least 70% collected coverage.</source>
-        <translation>Verfügbar nach 14 Tagen Verlauf mit mindestens 70 % gesammelter Abdeckung.</translation>
+        <translation>Verfügbar nach 14 Tagen Verlauf mit Messwerten für mindestens 70 % der Zeit.</translation>
     </message>
     <message>
         <source>below %1</source>
@@ -1507,7 +1423,7 @@
     </message>
     <message>
         <source>The profile combines every day in the selected period into a single 24-hour day. The line shows the median (middle value) for each time of day, the darker band covers the middle 50%, and the lighter band covers the middle 90%, after weighting readings by the time they represent. Hover over the chart, or click to keep a time selected, to see its values. The green shading marks the %1–%2 %3 target range. Times of day with readings from fewer than %4 different days are left blank.</source>
-        <translation>Das Profil fasst alle Tage des gewählten Zeitraums zu einem einzigen Tag von 24 Stunden zusammen. Die Linie zeigt den Median (mittleren Wert) für jede Tageszeit, das dunklere Band die mittleren 50 % und das hellere Band die mittleren 90 %, wobei Messwerte nach der Zeit gewichtet sind, für die sie stehen. Fahren Sie mit der Maus über das Diagramm, oder klicken Sie, um eine Zeit festzuhalten, um die Werte zu sehen. Die grüne Fläche ist der Zielbereich von %1–%2 %3. Tageszeiten mit Messwerten von weniger als %4 verschiedenen Tagen bleiben leer.</translation>
+        <translation>Das Profil fasst alle Tage des gewählten Zeitraums zu einem einzigen Tag von 24 Stunden zusammen. Die Linie zeigt den Median (mittleren Wert) für jede Tageszeit, das dunklere Band die mittleren 50 % und das hellere Band die mittleren 90 %, wobei Messwerte nach der Zeit gewichtet sind, für die sie stehen. Fahren Sie mit der Maus über das Diagramm, dann sehen Sie die Werte; ein Klick hält eine Zeit fest. Die grüne Fläche ist der Zielbereich von %1–%2 %3. Tageszeiten mit Messwerten von weniger als %4 verschiedenen Tagen bleiben leer.</translation>
     </message>
     <message>
         <source>Readings are grouped into 15-minute intervals using your Mac’s current time zone, and each interval needs readings from at least %1 different dates. The bands show the 25th–75th and 5th–95th percentiles. Equally weighted Dexcom readings use type-7 interpolation; Libre readings use the weighted distribution to account for their different sampling intervals. Curves are smoothed between intervals for display only: the values shown on hover are unchanged, and gaps are never filled. Repeated clock times during daylight saving changes share an interval.</source>
@@ -1515,23 +1431,23 @@
     </message>
     <message>
         <source>Early insights. Overnight readings are often missing; patterns may change as more history is saved.</source>
-        <translation>Frühe Auswertung. Messwerte der Nacht fehlen oft; Muster können sich ändern, wenn mehr Verlauf gespeichert ist.</translation>
+        <translation>Vorläufige Auswertung. Nächtliche Messwerte fehlen oft; Muster können sich ändern, wenn mehr Verlauf gespeichert ist.</translation>
     </message>
     <message>
         <source>Early insights. Patterns may change as more history is saved.</source>
-        <translation>Frühe Auswertung. Muster können sich ändern, wenn mehr Verlauf gespeichert ist.</translation>
+        <translation>Vorläufige Auswertung. Muster können sich ändern, wenn mehr Verlauf gespeichert ist.</translation>
     </message>
     <message>
         <source>Limited data. Overnight readings are often missing; these insights may not reflect your usual glucose.</source>
-        <translation>Begrenzte Daten. Messwerte der Nacht fehlen oft; diese Auswertung entspricht vielleicht nicht Ihrer üblichen Glukose.</translation>
+        <translation>Eingeschränkte Datenlage. Nächtliche Messwerte fehlen oft; diese Auswertung gibt Ihren üblichen Glukoseverlauf vielleicht nicht wieder.</translation>
     </message>
     <message>
         <source>Limited data. Gaps in the selected period may affect these insights.</source>
-        <translation>Begrenzte Daten. Lücken im gewählten Zeitraum können diese Auswertung beeinflussen.</translation>
+        <translation>Eingeschränkte Datenlage. Lücken im gewählten Zeitraum können diese Auswertung verfälschen.</translation>
     </message>
     <message>
         <source>Overnight readings are often missing. These insights may not represent your usual glucose.</source>
-        <translation>Messwerte der Nacht fehlen oft. Diese Auswertung entspricht vielleicht nicht Ihrer üblichen Glukose.</translation>
+        <translation>Nächtliche Messwerte fehlen oft. Diese Auswertung gibt Ihren üblichen Glukoseverlauf vielleicht nicht wieder.</translation>
     </message>
     <message>
         <source>Checking saved history</source>
@@ -1563,7 +1479,7 @@
     </message>
     <message>
         <source>Your insights are ready</source>
-        <translation>Ihre Auswertung ist bereit</translation>
+        <translation>Ihre Auswertung ist verfügbar</translation>
     </message>
     <message>
         <source>Checking your saved history.</source>
@@ -1571,7 +1487,7 @@
     </message>
     <message>
         <source>Explore your glucose patterns using readings saved on this Mac. Your report will appear once enough history has been collected.</source>
-        <translation>Entdecken Sie Ihre Glukosemuster anhand der Messwerte, die auf diesem Computer gespeichert sind. Ihr Bericht erscheint, sobald genug Verlauf gesammelt ist.</translation>
+        <translation>Erkunden Sie Ihre Glukosemuster anhand der Messwerte, die auf diesem Computer gespeichert sind. Ihr Bericht erscheint, sobald genug Verlauf gespeichert ist.</translation>
     </message>
     <message>
         <source>Resume saving in Insights settings to keep building your report.</source>
@@ -1579,7 +1495,7 @@
     </message>
     <message>
         <source>Readings are saved after a successful glucose refresh. Insights needs 3 days of collection and at least 70% coverage over the latest 3 days.</source>
-        <translation>Messwerte werden nach jeder erfolgreichen Abfrage gespeichert. Die Auswertung braucht 3 Tage Sammlung und mindestens 70 % Abdeckung der letzten 3 Tage.</translation>
+        <translation>Messwerte werden nach jeder erfolgreichen Abfrage gespeichert. Die Auswertung benötigt 3 Tage Aufzeichnung und Messwerte für mindestens 70 % der letzten 3 Tage.</translation>
     </message>
     <message>
         <source>1 hour left</source>
@@ -1599,15 +1515,15 @@
     </message>
     <message>
         <source>%1 in the initial 3-day collection period. Insights also needs at least 70% coverage over the latest 3 days. Keep Tidewell running to build your report.</source>
-        <translation>%1 in den ersten 3 Tagen der Sammlung. Die Auswertung braucht außerdem mindestens 70 % Abdeckung der letzten 3 Tage. Lassen Sie Tidewell laufen, damit Ihr Bericht entsteht.</translation>
+        <translation>%1 bis zum Ende der ersten 3 Tage Aufzeichnung. Die Auswertung benötigt außerdem Messwerte für mindestens 70 % der letzten 3 Tage. Lassen Sie Tidewell laufen, damit Ihr Bericht entsteht.</translation>
     </message>
     <message>
         <source>Insights needs at least 70% coverage over the latest 3 days. Keep Tidewell running to build your report.</source>
-        <translation>Die Auswertung braucht mindestens 70 % Abdeckung der letzten 3 Tage. Lassen Sie Tidewell laufen, damit Ihr Bericht entsteht.</translation>
+        <translation>Die Auswertung benötigt Messwerte für mindestens 70 % der letzten 3 Tage. Lassen Sie Tidewell laufen, damit Ihr Bericht entsteht.</translation>
     </message>
     <message>
         <source>Your history is ready for insights.</source>
-        <translation>Ihr Verlauf ist bereit für die Auswertung.</translation>
+        <translation>Ihr Verlauf reicht für die Auswertung aus.</translation>
     </message>
     <message>
         <source>%1 of 3 days</source>
@@ -1627,7 +1543,7 @@
     </message>
     <message>
         <source>History collection progress</source>
-        <translation>Fortschritt der Sammlung</translation>
+        <translation>Fortschritt der Aufzeichnung</translation>
     </message>
     <message>
         <source>To save readings on this computer: tidewell history enable</source>
@@ -1707,11 +1623,11 @@
     </message>
     <message>
         <source>The password or the user name was mistyped; in a password, capitals and small letters differ.</source>
-        <translation>Passwort oder Benutzername war vertippt; im Passwort sind Groß- und Kleinbuchstaben verschieden.</translation>
+        <translation>Passwort oder Benutzername wurde falsch eingegeben; beim Passwort kommt es auf Groß- und Kleinbuchstaben an.</translation>
     </message>
     <message>
         <source>The region is another one: it is that of the country where the account was made, not where you are now.</source>
-        <translation>Die Region ist eine andere: Es zählt das Land, in dem das Konto angelegt wurde, nicht, wo Sie jetzt sind.</translation>
+        <translation>Die Region ist eine andere: Es zählt das Land, in dem das Konto angelegt wurde, nicht das Land, in dem Sie jetzt sind.</translation>
     </message>
     <message>
         <source>It is a follower&apos;s account: Tidewell needs the account of the person who wears the sensor, the one in the Dexcom app itself.</source>
@@ -1723,11 +1639,11 @@
     </message>
     <message>
         <source>The e-mail address or the password was mistyped.</source>
-        <translation>E-Mail-Adresse oder Passwort war vertippt.</translation>
+        <translation>E-Mail-Adresse oder Passwort wurde falsch eingegeben.</translation>
     </message>
     <message>
         <source>It is the account of the person who wears the sensor: Tidewell needs that of the follower, the one in the LibreLinkUp app, which may have another password.</source>
-        <translation>Es ist das Konto der Person, die den Sensor trägt: Tidewell braucht das des Followers, also das in der LibreLinkUp-App, das ein anderes Passwort haben kann.</translation>
+        <translation>Es ist das Konto der Person, die den Sensor trägt: Tidewell braucht das Konto des Followers aus der LibreLinkUp-App, das ein anderes Passwort haben kann.</translation>
     </message>
     <message>
         <source>New terms are waiting to be accepted: sign out of the LibreLinkUp app and in again, and see whether it asks for something.</source>
@@ -1739,11 +1655,11 @@
     </message>
     <message>
         <source>Correct what may be wrong and try again; many wrong tries lock the account.</source>
-        <translation>Berichtigen Sie, was falsch sein kann, und versuchen Sie es erneut; viele falsche Versuche sperren das Konto.</translation>
+        <translation>Berichtigen Sie, was falsch sein kann, und versuchen Sie es erneut; nach vielen falschen Versuchen wird das Konto gesperrt.</translation>
     </message>
     <message>
         <source>Correct what may be wrong and try again; a few wrong tries lock the account for some minutes.</source>
-        <translation>Berichtigen Sie, was falsch sein kann, und versuchen Sie es erneut; wenige falsche Versuche sperren das Konto für einige Minuten.</translation>
+        <translation>Berichtigen Sie, was falsch sein kann, und versuchen Sie es erneut; schon nach wenigen falschen Versuchen wird das Konto für einige Minuten gesperrt.</translation>
     </message>
     <message>
         <source>The account is locked for a while</source>
@@ -1819,7 +1735,7 @@
     </message>
     <message>
         <source>LibreLinkUp needs attention</source>
-        <translation>LibreLinkUp braucht Aufmerksamkeit</translation>
+        <translation>Bei LibreLinkUp müssen Sie etwas tun</translation>
     </message>
     <message>
         <source>LibreLinkUp has new terms of use or a new privacy notice, and nobody accepted them with this account yet.</source>
@@ -1847,7 +1763,7 @@
     </message>
     <message>
         <source>This person no longer shares</source>
-        <translation>Diese Person teilt nicht mehr</translation>
+        <translation>Diese Person teilt ihre Messwerte nicht mehr</translation>
     </message>
     <message>
         <source>The person who wears the sensor ended sharing, or removed you as a follower.</source>
@@ -1855,7 +1771,7 @@
     </message>
     <message>
         <source>The person moved to another account, which needs a new invitation.</source>
-        <translation>Die Person ist zu einem anderen Konto gewechselt, das eine neue Einladung braucht.</translation>
+        <translation>Die Person ist zu einem anderen Konto gewechselt; dafür ist eine neue Einladung nötig.</translation>
     </message>
     <message>
         <source>Go back, sign in again and choose who is listed then.</source>
@@ -1875,7 +1791,7 @@
     </message>
     <message>
         <source>The account needs attention</source>
-        <translation>Das Konto braucht Aufmerksamkeit</translation>
+        <translation>Beim Konto müssen Sie etwas tun</translation>
     </message>
     <message>
         <source>The Dexcom app waits for something that only it can take.</source>
@@ -1963,7 +1879,7 @@
     </message>
     <message>
         <source>Nobody shares with this account</source>
-        <translation>Niemand teilt mit diesem Konto</translation>
+        <translation>Niemand teilt Messwerte mit diesem Konto</translation>
     </message>
     <message>
         <source>The person who wears the sensor has not invited this e-mail address yet.</source>
@@ -1975,7 +1891,7 @@
     </message>
     <message>
         <source>It is the account of the person who wears the sensor, which follows nobody: Tidewell needs a follower&apos;s.</source>
-        <translation>Es ist das Konto der Person, die den Sensor trägt; es folgt niemandem: Tidewell braucht das eines Followers.</translation>
+        <translation>Es ist das Konto der Person, die den Sensor trägt, und folgt niemandem: Tidewell braucht das Konto eines Followers.</translation>
     </message>
     <message>
         <source>Have the person invite this address in the Libre app, accept the invitation in the LibreLinkUp app, then try again.</source>
@@ -1995,7 +1911,7 @@
     </message>
     <message>
         <source>There is no active sensor, or it is warming up.</source>
-        <translation>Es gibt keinen aktiven Sensor, oder er läuft noch ein.</translation>
+        <translation>Es gibt keinen aktiven Sensor, oder er ist in der Aufwärmphase.</translation>
     </message>
     <message>
         <source>The phone with the sensor had no internet connection for the last 24 hours.</source>
@@ -2003,7 +1919,7 @@
     </message>
     <message>
         <source>Switch Share on in the Dexcom app and invite a follower; then try again, or go on without a value.</source>
-        <translation>Schalten Sie „Share“ in der Dexcom-App ein, und laden Sie einen Follower ein; versuchen Sie es dann erneut, oder machen Sie ohne Wert weiter.</translation>
+        <translation>Schalten Sie das Teilen („Share“) in der Dexcom-App ein, und laden Sie einen Follower ein; versuchen Sie es dann erneut, oder machen Sie ohne Wert weiter.</translation>
     </message>
     <message>
         <source>The phone with the sensor had no internet connection for the last twelve hours.</source>
@@ -2095,11 +2011,11 @@
     </message>
     <message>
         <source>Tidewell shows the glucose readings that a sharing service already has for you or for somebody you follow. It is a convenience on your desktop. It is not a medical device, and no authority has examined or approved it.</source>
-        <translation>Tidewell zeigt die Glukosewerte, die ein Freigabedienst bereits für Sie oder für jemanden hat, dem Sie folgen. Es ist eine Annehmlichkeit auf Ihrem Desktop. Es ist kein Medizinprodukt, und keine Behörde hat es geprüft oder zugelassen.</translation>
+        <translation>Tidewell zeigt die Glukosewerte, die ein Dienst zum Teilen von Messwerten bereits für Sie oder für jemanden hat, dem Sie folgen. Es ist eine bequeme Anzeige auf Ihrem Desktop. Es ist kein Medizinprodukt, und keine Behörde hat es geprüft oder zugelassen.</translation>
     </message>
     <message>
         <source>Do not decide about insulin, food or any other treatment by what Tidewell shows. Use the receiver, the sensor&apos;s own app or a blood glucose meter for that, and do what your care team has told you. When how somebody feels does not match a reading, measure.</source>
-        <translation>Entscheiden Sie nicht nach dem, was Tidewell anzeigt, über Insulin, Essen oder eine andere Behandlung. Verwenden Sie dafür den Empfänger, die App des Sensors oder ein Blutzuckermessgerät, und tun Sie, was Ihr Behandlungsteam Ihnen gesagt hat. Wenn das Befinden nicht zu einem Messwert passt, messen Sie nach.</translation>
+        <translation>Entscheiden Sie nicht nach dem, was Tidewell anzeigt, über Insulin, Essen oder eine andere Behandlung. Verwenden Sie dafür den Empfänger, die App des Sensors oder ein Blutzuckermessgerät, und tun Sie, was Ihr Diabetesteam Ihnen gesagt hat. Wenn das Befinden nicht zu einem Messwert passt, messen Sie den Blutzucker nach.</translation>
     </message>
     <message>
         <source>Leave the alarms of the phone, the receiver or the pump switched on, and near enough to be heard. Tidewell stands beside them. It does not take their place.</source>
@@ -2109,9 +2025,9 @@
         <source>An alert needs a computer that is awake, a network, a service that answers, and a desktop that shows notifications and plays sounds. When one of them is missing, no alert comes, and nobody may notice that.
 
 Alerts that you switch off, quiet hours and snoozes are silent because you want them to be.</source>
-        <translation>Eine Warnung braucht einen wachen Computer, ein Netz, einen Dienst, der antwortet, und einen Desktop, der Benachrichtigungen anzeigt und Töne abspielt. Fehlt eines davon, kommt keine Warnung, und vielleicht bemerkt es niemand.
+        <translation>Eine Warnung braucht einen Computer, der läuft und nicht in Bereitschaft ist, ein Netz, einen Dienst, der antwortet, und einen Desktop, der Benachrichtigungen anzeigt und Töne abspielt. Fehlt eines davon, kommt keine Warnung, und vielleicht bemerkt es niemand.
 
-Warnungen, die Sie ausschalten, Ruhezeiten und Stummschaltungen sind stumm, weil Sie es so wollen.</translation>
+Warnungen, die Sie ausschalten, bleiben stumm, ebenso Warnungen in der Ruhezeit und während einer Stummschaltung, weil Sie es so wollen.</translation>
     </message>
     <message>
         <source>Tidewell gets readings from the services of other companies, with your account there. Those companies neither make nor endorse Tidewell. Their terms apply to your account, and whether they allow a program like this one is between you and them.
@@ -2125,13 +2041,13 @@ Messwerte können verspätet oder falsch sein oder fehlen, und ein Dienst kann j
         <source>Your password is in the keyring of this computer. Account name and settings are in your configuration folder. Readings are saved only when you say so: encrypted, on this computer, until you delete them or the time that you chose has passed.
 
 Tidewell talks to the sharing service that you choose, and to nobody else. Nothing is sent to the people who make Tidewell.</source>
-        <translation>Ihr Passwort liegt im Schlüsselbund dieses Computers. Kontoname und Einstellungen liegen in Ihrem Konfigurationsordner. Messwerte werden nur gespeichert, wenn Sie es sagen: verschlüsselt, auf diesem Computer, bis Sie sie löschen oder die von Ihnen gewählte Zeit vergangen ist.
+        <translation>Ihr Passwort liegt im Schlüsselbund dieses Computers. Kontoname und Einstellungen liegen in Ihrem Konfigurationsordner. Messwerte werden nur gespeichert, wenn Sie es wünschen: verschlüsselt, auf diesem Computer, bis Sie sie löschen oder die von Ihnen gewählte Zeit vergangen ist.
 
-Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sonst. An die Hersteller von Tidewell wird nichts gesendet.</translation>
+Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An die Hersteller von Tidewell wird nichts gesendet.</translation>
     </message>
     <message>
         <source>Tidewell is given to you as it is, without a warranty of any kind. As far as the law allows, those who make it are not liable for harm that comes from using it, or from not being able to use it.</source>
-        <translation>Tidewell wird Ihnen gegeben, wie es ist, ohne Gewährleistung irgendeiner Art. Soweit das Gesetz es zulässt, haften seine Hersteller nicht für Schäden, die aus der Benutzung entstehen oder daraus, dass es nicht benutzt werden kann.</translation>
+        <translation>Tidewell wird Ihnen so überlassen, wie es ist, ohne jede Gewährleistung. Soweit das Gesetz es zulässt, haften seine Hersteller nicht für Schäden, die aus der Benutzung entstehen oder daraus, dass es nicht benutzt werden kann.</translation>
     </message>
     <message>
         <source>You may use, study, share and change Tidewell under the Apache License, version 2.0. Its text is in the file LICENSE that comes with the program. These terms take away none of the rights that it gives you.</source>
@@ -2266,10 +2182,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <translation>Der Desktop hat keinen Statusbereich, der das Symbol anzeigt; Warnungen kommen trotzdem.</translation>
     </message>
     <message>
-        <source>See what is saved: tidewell history status</source>
-        <translation>Sehen Sie nach, was gespeichert ist: tidewell history status</translation>
-    </message>
-    <message>
         <source>Readings are saved on this computer, encrypted.</source>
         <translation>Messwerte werden auf diesem Computer verschlüsselt gespeichert.</translation>
     </message>
@@ -2293,12 +2205,116 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <source>LibreLinkUp busy</source>
         <translation>LibreLinkUp ist ausgelastet</translation>
     </message>
+    <message>
+        <source>Restart it, or log out of the desktop and in again; then send a test alert.</source>
+        <translation>Starten Sie den Benachrichtigungsdienst neu, oder melden Sie sich vom Desktop ab und wieder an; senden Sie dann eine Testwarnung.</translation>
+    </message>
+    <message>
+        <source>Send a test alert and listen.</source>
+        <translation>Senden Sie eine Testwarnung, und hören Sie hin.</translation>
+    </message>
+    <message>
+        <source>Connect speakers or headphones.</source>
+        <translation>Schließen Sie Lautsprecher oder Kopfhörer an.</translation>
+    </message>
+    <message>
+        <source>Switch the sound of the computer on.</source>
+        <translation>Schalten Sie den Ton des Computers ein.</translation>
+    </message>
+    <message>
+        <source>Turn up the sound of the computer.</source>
+        <translation>Stellen Sie den Ton des Computers lauter.</translation>
+    </message>
+    <message>
+        <source>Send a test alert. If it is silent too, log out of the desktop and in again, and see that libcanberra is installed.</source>
+        <translation>Senden Sie eine Testwarnung. Bleibt auch sie stumm, melden Sie sich vom Desktop ab und wieder an, und sehen Sie nach, ob libcanberra installiert ist.</translation>
+    </message>
+    <message>
+        <source>Sign in again from the menu.</source>
+        <translation>Melden Sie sich über das Menü erneut an.</translation>
+    </message>
+    <message>
+        <source>Wait a while, then sign in again from the menu.</source>
+        <translation>Warten Sie eine Weile, und melden Sie sich dann über das Menü erneut an.</translation>
+    </message>
+    <message>
+        <source>Your account needs attention.</source>
+        <translation>Beim Konto müssen Sie etwas tun.</translation>
+    </message>
+    <message>
+        <source>Your account needs attention: %1</source>
+        <translation>Beim Konto müssen Sie etwas tun: %1</translation>
+    </message>
+    <message>
+        <source>Resolve it in the service&apos;s own app, then choose “Reconnect” in the settings, tab Account.</source>
+        <translation>Beheben Sie es in der App des Dienstes, und wählen Sie dann „Neu verbinden“ in den Einstellungen, Reiter „Konto“.</translation>
+    </message>
+    <message>
+        <source>Sign in from the menu.</source>
+        <translation>Melden Sie sich über das Menü an.</translation>
+    </message>
+    <message>
+        <source>Switch on “Low glucose” in the settings, tab Alerts.</source>
+        <translation>Schalten Sie „Niedrige Glukose“ in den Einstellungen ein, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>Switch on “Rapid fall” in the settings, tab Alerts.</source>
+        <translation>Schalten Sie „Schneller Abfall“ in den Einstellungen ein, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>Switch on “High glucose” in the settings, tab Alerts.</source>
+        <translation>Schalten Sie „Hohe Glukose“ in den Einstellungen ein, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>Switch on “Rapid rise” in the settings, tab Alerts.</source>
+        <translation>Schalten Sie „Schneller Anstieg“ in den Einstellungen ein, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>Switch on “No data for 15 minutes” in the settings, tab Alerts.</source>
+        <translation>Schalten Sie „Keine Daten seit 15 Minuten“ in den Einstellungen ein, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>Choose others in the settings, tab Glucose.</source>
+        <translation>Wählen Sie andere in den Einstellungen, Reiter „Glukose“.</translation>
+    </message>
+    <message>
+        <source>Switch on “Let low alerts through” in the settings, tab Alerts.</source>
+        <translation>Schalten Sie „Bei niedrigen Werten trotzdem warnen“ in den Einstellungen ein, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>Choose two different times in the settings, tab Alerts.</source>
+        <translation>Wählen Sie in den Einstellungen zwei verschiedene Zeiten, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>The times of the quiet hours are not valid.</source>
+        <translation>Die Zeiten der Ruhezeit sind ungültig.</translation>
+    </message>
+    <message>
+        <source>Choose them anew in the settings, tab Alerts.</source>
+        <translation>Wählen Sie sie in den Einstellungen neu, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>Choose “Resume alerts now” in the menu.</source>
+        <translation>Wählen Sie „Warnungen jetzt wieder einschalten“ im Menü.</translation>
+    </message>
+    <message>
+        <source>Start Tidewell.</source>
+        <translation>Starten Sie Tidewell.</translation>
+    </message>
+    <message>
+        <source>Switch on “Show alerts” in the settings, tab Alerts.</source>
+        <translation>Schalten Sie „Warnungen anzeigen“ in den Einstellungen ein, Reiter „Warnungen“.</translation>
+    </message>
+    <message>
+        <source>See what is saved in the settings, tab Insights.</source>
+        <translation>Sehen Sie in den Einstellungen nach, was gespeichert ist, Reiter „Auswertung“.</translation>
+    </message>
 </context>
 <context>
     <name>DonePage</name>
     <message>
         <source>Look for the value in your panel. It looks like this:</source>
-        <translation>Suchen Sie den Wert in Ihrer Leiste. Er sieht so aus:</translation>
+        <translation>Suchen Sie den Wert in Ihrer Leiste. So sieht er aus:</translation>
     </message>
     <message>
         <source>A click on it opens the menu, with the graph of the last hours.</source>
@@ -2403,7 +2419,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>At these limits and beyond, the value gets a colour and an alert comes. Ask your care team when you are not sure; everything can be changed later.</source>
-        <translation>An diesen Grenzen und jenseits davon wird der Wert farbig und es kommt eine Warnung. Fragen Sie Ihr Behandlungsteam, wenn Sie unsicher sind; alles lässt sich später ändern.</translation>
+        <translation>Ab diesen Grenzwerten wird der Wert farbig, und es kommt eine Warnung. Fragen Sie Ihr Diabetesteam, wenn Sie unsicher sind; alles lässt sich später ändern.</translation>
     </message>
     <message>
         <source>Lo&amp;w threshold:</source>
@@ -2434,7 +2450,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <name>HistoryPage</name>
     <message>
         <source>Saved readings give you Insights: time in range, averages and a daily profile, to understand them better or to take them to the doctor. It is up to you; Tidewell works without.</source>
-        <translation>Gespeicherte Messwerte ermöglichen die Auswertung: Zeit im Zielbereich, Mittelwerte und ein Tagesprofil, um sie besser zu verstehen oder zum Arzt mitzunehmen. Sie entscheiden; Tidewell funktioniert auch ohne.</translation>
+        <translation>Gespeicherte Messwerte ermöglichen die Auswertung: Zeit im Zielbereich, Mittelwerte und ein Tagesprofil, für ein besseres Verständnis oder für den Arzttermin. Sie entscheiden; Tidewell funktioniert auch ohne.</translation>
     </message>
     <message>
         <source>What</source>
@@ -2711,7 +2727,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>a week</source>
-        <translation>je Woche</translation>
+        <translation>pro Woche</translation>
     </message>
     <message>
         <source>longest</source>
@@ -2743,7 +2759,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Weighting: each reading stands for the time until the next one, at most for its sample duration. What is missing beyond that is a gap. Gaps are never bridged: they weigh nothing, curves stop at them, and episodes end there.</source>
-        <translation>Gewichtung: Jeder Messwert steht für die Zeit bis zum nächsten, höchstens für seine Messdauer. Was darüber hinaus fehlt, ist eine Lücke. Lücken werden nie überbrückt: Sie haben kein Gewicht, Kurven brechen an ihnen ab und Episoden enden dort.</translation>
+        <translation>Gewichtung: Jeder Messwert steht für die Zeit bis zum nächsten, höchstens für sein Messintervall. Was darüber hinaus fehlt, ist eine Lücke. Lücken werden nie überbrückt: Sie haben kein Gewicht, Kurven brechen an ihnen ab und Episoden enden dort.</translation>
     </message>
     <message>
         <source>Mean, standard deviation (of the population, no n−1), percentiles and shares are weighted by that time. Variation is standard deviation by mean.</source>
@@ -2767,7 +2783,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Episodes: at least 15 minutes beyond a threshold, ended by 15 minutes back; a week is a week of observed time. A low of over 2 hours is an extended one.</source>
-        <translation>Episoden: mindestens 15 Minuten jenseits einer Grenze, beendet durch 15 Minuten zurück; eine Woche ist eine Woche erfasster Zeit. Ein niedriger Wert von über 2 Stunden gilt als anhaltend.</translation>
+        <translation>Episoden: mindestens 15 Minuten jenseits einer Grenze, beendet, wenn die Werte 15 Minuten lang wieder innerhalb der Grenze liegen; eine Woche ist eine Woche erfasster Zeit. Eine Episode niedriger Werte von mehr als 2 Stunden gilt als anhaltend.</translation>
     </message>
     <message>
         <source>Sources: bands, targets and coverage Battelino et al. 2019, doi 10.2337/dci19-0028; episodes Battelino et al. 2023, doi 10.1016/S2213-8587(22)00319-9; GMI Bergenstal et al. 2018, doi 10.2337/dc18-1581.</source>
@@ -2790,7 +2806,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Start at login</source>
-        <translation>Start bei der Anmeldung</translation>
+        <translation>Start mit dem Computer</translation>
     </message>
     <message>
         <source>Now: your desktop starts Tidewell when you log in.</source>
@@ -3000,7 +3016,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Tidewell asks your sharing service directly. Readings stay on this computer.</source>
-        <translation>Tidewell fragt Ihren Freigabedienst direkt. Messwerte bleiben auf diesem Computer.</translation>
+        <translation>Tidewell fragt den Dienst, über den die Messwerte geteilt werden, direkt ab. Die Messwerte bleiben auf diesem Computer.</translation>
     </message>
     <message>
         <source>Tidewell is not a medical device</source>
@@ -3012,7 +3028,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Keep the alarms of the phone or receiver switched on. A computer may be asleep, muted or offline when it matters.</source>
-        <translation>Lassen Sie die Alarme von Telefon oder Empfänger eingeschaltet. Ein Computer kann im Ruhezustand, stumm oder offline sein, wenn es darauf ankommt.</translation>
+        <translation>Lassen Sie die Alarme von Telefon oder Empfänger eingeschaltet. Ein Computer kann in Bereitschaft, stumm oder offline sein, wenn es darauf ankommt.</translation>
     </message>
     <message>
         <source>Setting up takes about two minutes. You need the account of Dexcom Share or LibreLinkUp.</source>
@@ -3083,7 +3099,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Use the account that publishes the readings: the one signed in on the phone that receives the sensor. A follower&apos;s account does not work. Sharing must be turned on in the sensor app, with at least one follower.</source>
-        <translation>Verwenden Sie das Konto, das die Messwerte veröffentlicht: das auf dem Telefon angemeldete, das den Sensor empfängt. Das Konto eines Followers funktioniert nicht. Das Teilen muss in der Sensor-App eingeschaltet sein, mit mindestens einem Follower.</translation>
+        <translation>Verwenden Sie das Konto, das die Messwerte veröffentlicht: das Konto, mit dem das Telefon angemeldet ist, das den Sensor empfängt. Das Konto eines Followers funktioniert nicht. Das Teilen muss in der Sensor-App eingeschaltet sein, mit mindestens einem Follower.</translation>
     </message>
     <message>
         <source>&amp;User name:</source>
@@ -3095,7 +3111,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Use a follower&apos;s account: the one signed in to the LibreLinkUp app. Whoever wears the sensor must have invited it in the Libre app, under the connected apps. If that is you, invite yourself. When you are not sure of the region, choose a near one: the service knows the right one.</source>
-        <translation>Verwenden Sie das Konto eines Followers: das in der LibreLinkUp-App angemeldete. Wer den Sensor trägt, muss es in der Libre-App unter den verbundenen Apps eingeladen haben. Wenn Sie das sind, laden Sie sich selbst ein. Wenn Sie bei der Region unsicher sind, wählen Sie eine nahe gelegene: Der Dienst kennt die richtige.</translation>
+        <translation>Verwenden Sie das Konto eines Followers: das Konto, mit dem die LibreLinkUp-App angemeldet ist. Wer den Sensor trägt, muss es in der Libre-App unter den verbundenen Apps eingeladen haben. Wenn Sie das sind, laden Sie sich selbst ein. Wenn Sie bei der Region unsicher sind, wählen Sie eine nahe gelegene: Der Dienst kennt die richtige.</translation>
     </message>
     <message>
         <source>&amp;E-mail:</source>
@@ -3189,7 +3205,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Mean %1 %2, %3% in range, %4 readings</source>
-        <translation>Mittel %1 %2, %3 % im Zielbereich, %4 Messwerte</translation>
+        <translation>Mittelwert %1 %2, %3 % im Zielbereich, %4 Messwerte</translation>
     </message>
     <message>
         <source>, %1 of %2 covered</source>
@@ -3232,7 +3248,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Lowest or highest</source>
-        <translation>Tiefster oder höchster Wert</translation>
+        <translation>Niedrigster oder höchster Wert</translation>
     </message>
     <message>
         <source>Remarks</source>
@@ -3259,7 +3275,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Ambulatory glucose profile of %1. The median is lowest at %2, %3, and highest at %4, %5.</source>
-        <translation>Ambulantes Glukoseprofil über %1. Der Median ist am tiefsten um %2, %3, und am höchsten um %4, %5.</translation>
+        <translation>Ambulantes Glukoseprofil über %1. Der Median ist am niedrigsten um %2, %3, und am höchsten um %4, %5.</translation>
     </message>
     <message>
         <source>Time in ranges</source>
@@ -3303,7 +3319,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>%1: mean %2, %3 in range, %4</source>
-        <translation>%1: Mittel %2, %3 im Zielbereich, %4</translation>
+        <translation>%1: Mittelwert %2, %3 im Zielbereich, %4</translation>
     </message>
     <message>
         <source>Demonstration: a week of somebody else&apos;s readings, repeated. Nothing of it is kept.</source>
@@ -3351,7 +3367,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Time active</source>
-        <translation>Aktive Zeit</translation>
+        <translation>Sensor aktiv</translation>
     </message>
     <message>
         <source>%1 of %2</source>
@@ -3399,7 +3415,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>At least 15 minutes beyond a limit, ended by 15 minutes back. Gaps are never bridged: an episode ends where readings are missing. Double-click or Enter opens its day.</source>
-        <translation>Mindestens 15 Minuten jenseits einer Grenze, beendet durch 15 Minuten zurück. Lücken werden nie überbrückt: Eine Episode endet, wo Messwerte fehlen. Doppelklick oder Eingabetaste öffnet ihren Tag.</translation>
+        <translation>Mindestens 15 Minuten jenseits einer Grenze, beendet, wenn die Werte 15 Minuten lang wieder innerhalb der Grenze liegen. Lücken werden nie überbrückt: Eine Episode endet, wo Messwerte fehlen. Doppelklick oder Eingabetaste öffnet ihren Tag.</translation>
     </message>
     <message>
         <source>Episodes, the newest first</source>
@@ -3537,11 +3553,11 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>Initial 3-day collection</source>
-        <translation>Erste Sammlung von 3 Tagen</translation>
+        <translation>Erste 3 Tage der Aufzeichnung</translation>
     </message>
     <message>
         <source>Collection: %p%</source>
-        <translation>Sammlung: %p %</translation>
+        <translation>Aufzeichnung: %p %</translation>
     </message>
     <message>
         <source>Coverage of the latest 3 days</source>
@@ -3702,7 +3718,7 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     </message>
     <message>
         <source>What was found, the worst first:</source>
-        <translation>Was gefunden wurde, das Schlimmste zuerst:</translation>
+        <translation>Was gefunden wurde, das Wichtigste zuerst:</translation>
     </message>
 </context>
 <context>
@@ -3875,10 +3891,6 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
         <translation>Ende der Ruhezeit</translation>
     </message>
     <message>
-        <source>Lo&amp;w alerts all the same</source>
-        <translation>Warnungen bei niedrigen Werten tr&amp;otzdem</translation>
-    </message>
-    <message>
         <source>Snooze</source>
         <translation>Stummschalten</translation>
     </message>
@@ -3917,6 +3929,10 @@ Tidewell spricht mit dem Freigabedienst, den Sie wählen, und mit niemandem sons
     <message>
         <source>Both times are the same: quiet hours last all day.</source>
         <translation>Beide Zeiten sind gleich: Die Ruhezeit dauert den ganzen Tag.</translation>
+    </message>
+    <message>
+        <source>Let lo&amp;w alerts through</source>
+        <translation>Bei niedrigen Werten tr&amp;otzdem warnen</translation>
     </message>
 </context>
 <context>
