@@ -708,4 +708,6 @@ constexpr auto texts = std::to_array<const char*>({
 
 std::span<const char* const> coreTexts() { return texts; }
 
+    QT_TRANSLATE_NOOP(
+        "Core", "Mend that, or switch “Start Tidewell when I log in” off in the settings, tab General."),
 }  // namespace tidewell

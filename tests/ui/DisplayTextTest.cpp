@@ -24,6 +24,7 @@
 #include "statusbar/SilentLows.h"
 #include "statusbar/StatusItemContent.h"
 #include "ui/CoreTexts.h"
+#include "ui/WindowWalk.h"
 
 namespace tidewell {
 namespace {
@@ -355,8 +356,8 @@ TEST(DisplayText, reachesEveryTextOfTheCore)
 
     const GreekTranslator greek;
     // What stays as it is: units, names of services and servers, and hours behind a sparkline.
-    const QRegularExpression kept{QStringLiteral(
-        "mg/dL|mmol/L|Dexcom( Share)?|FreeStyle Libre|LibreLinkUp|dunst|Tidewell|alertOn\\w+")};
+    const QRegularExpression kept{
+        QStringLiteral("mg/dL|mmol/L|Dexcom( Share)?|FreeStyle Libre|LibreLinkUp|dunst|Tidewell")};
     const QRegularExpression word{QStringLiteral("[A-Za-z]{2,}")};
     for (const std::string& text : texts.all()) {
         const QString rest = displayText(text).remove(kept);
@@ -379,7 +380,8 @@ std::vector<std::string> sentencesIn(const QString& path)
                    .remove(QRegularExpression{QStringLiteral("\"\\s+\"")})
                    .replace(QStringLiteral("\\\""), QStringLiteral("\""))
                    .replace(QStringLiteral("{}"), QStringLiteral("7"));
-        if (text.size() > 1 && text[0].isUpper() && text.contains(u' ') && text.endsWith(u'.'))
+        if (text.size() > 1 && (text[0].isUpper() || text[0] == u'7') && text.contains(u' ') &&
+            text.endsWith(u'.'))
             found.push_back(text.toStdString());
     }
     return found;
@@ -431,6 +433,61 @@ TEST(DisplayText, fillsInWhatTheCoreFilledIn)
             many += piece;
         EXPECT_GE(displayText(many).size(), 8000);
     }
+}
+
+/// What a remedy sends the person to, by the windows' own sources.
+constexpr auto controls = std::to_array<std::pair<const char*, const char*>>({
+    {"tidewell::SettingsAlertsPage", "Show &alerts"},
+    {"tidewell::SettingsAlertsPage", "&Low glucose"},
+    {"tidewell::SettingsAlertsPage", "&High glucose"},
+    {"tidewell::SettingsAlertsPage", "Rapid &fall"},
+    {"tidewell::SettingsAlertsPage", "Rapid &rise"},
+    {"tidewell::SettingsAlertsPage", "&No data for 15 minutes"},
+    {"tidewell::SettingsAlertsPage", "Let lo&w alerts through"},
+    {"tidewell::SettingsAccountPage", "&Reconnect"},
+    {"tidewell::SettingsGeneralPage", "Start Tidewell when I &log in"},
+    {"tidewell::SettingsWindow", "General"},
+    {"tidewell::SettingsWindow", "Glucose"},
+    {"tidewell::SettingsWindow", "Insights"},
+    {"tidewell::SettingsWindow", "Alerts"},
+    {"tidewell::SettingsWindow", "Account"},
+});
+
+/// The title of the control that is called so in English; empty when there is none. Those of the menu are
+/// texts of the core.
+QString controlTitle(const QString& name)
+{
+    for (const auto& [context, source] : controls)
+        if (QString::fromLatin1(source).remove(u'&') == name)
+            return QCoreApplication::translate(context, source).remove(u'&');
+    for (const char* const source : coreTexts())
+        if (QString::fromUtf8(source) == name)
+            return displayText(source);
+    return {};
+}
+
+TEST(DisplayText, namesTheControlsAsTheWindowsDo)
+{
+    const SpokenLanguage german{QStringLiteral("de")};
+    const QRegularExpression name{QStringLiteral("“([^”]+)”|, tab (\\w+)")};
+    std::set<QString> named;
+    for (const char* const source : coreTexts()) {
+        const QString text = QString::fromUtf8(source);
+        if (!text.contains(u"settings, tab ") && !text.contains(u"” in the menu"))
+            continue;
+        const QString shown = displayText(source);
+        for (auto names = name.globalMatch(text); names.hasNext();) {
+            const auto match = names.next();
+            const QString control = match.captured(match.captured(1).isEmpty() ? 2 : 1);
+            const QString title = controlTitle(control);
+            EXPECT_FALSE(title.isEmpty()) << source;
+            EXPECT_TRUE(shown.contains(u'„' + title + u'“'))
+                << shown.toStdString() << "\n  lacks " << title.toStdString();
+            named.insert(control);
+        }
+    }
+    for (const auto& [context, source] : controls)
+        EXPECT_TRUE(named.contains(QString::fromLatin1(source).remove(u'&'))) << source;
 }
 
 TEST(DisplayText, knowsNoSourceTwice)

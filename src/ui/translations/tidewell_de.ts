@@ -2309,6 +2309,10 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <source>See what is saved in the settings, tab Insights.</source>
         <translation>Sehen Sie in den Einstellungen nach, was gespeichert ist, Reiter „Auswertung“.</translation>
     </message>
+    <message>
+        <source>Mend that, or switch “Start Tidewell when I log in” off in the settings, tab General.</source>
+        <translation>Beheben Sie das, oder schalten Sie „Tidewell beim Anmelden am Computer starten“ in den Einstellungen aus, Reiter „Allgemein“.</translation>
+    </message>
 </context>
 <context>
     <name>DonePage</name>
