@@ -16,6 +16,7 @@
 #include "polling/RunGeneration.h"
 #include "support/Asio.h"
 #include "support/Log.h"
+#include "support/OnExecutor.h"
 #include "support/Task.h"
 #include "support/TimeText.h"
 
@@ -740,11 +741,16 @@ struct StatusBarPollingCoordinator::Impl : std::enable_shared_from_this<Impl> {
         }
     }
 
+    /// True, since what crosses threads has a result.
+    static asio::awaitable<bool> refreshShown(Self self, Uuid run)
+    {
+        co_await refresh(std::move(self), run, StatusBarActivity::refreshing);
+        co_return true;
+    }
+
     static asio::awaitable<void> refreshNow(Self self)
     {
-        co_await asio::co_spawn(self->parts.engine,
-                                refresh(self, self->generation->current(), StatusBarActivity::refreshing),
-                                asio::use_awaitable);
+        (void)co_await runOnExecutor(self->parts.engine, refreshShown(self, self->generation->current()));
     }
 };
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "sources/Turns.h"
+#include "support/OnExecutor.h"
 
 namespace tidewell {
 
@@ -67,12 +68,12 @@ UserNotificationGlucoseAlertDelivery::~UserNotificationGlucoseAlertDelivery() = 
 
 asio::awaitable<NotificationAuthorizationState> UserNotificationGlucoseAlertDelivery::authorizationStatus()
 {
-    return asio::co_spawn(impl_->engine, Impl::authorizationStatus(impl_), asio::use_awaitable);
+    return runOnExecutor(impl_->engine, Impl::authorizationStatus(impl_));
 }
 
 asio::awaitable<bool> UserNotificationGlucoseAlertDelivery::requestAuthorizationIfNeeded()
 {
-    return asio::co_spawn(impl_->engine, Impl::requestAuthorizationIfNeeded(impl_), asio::use_awaitable);
+    return runOnExecutor(impl_->engine, Impl::requestAuthorizationIfNeeded(impl_));
 }
 
 asio::awaitable<std::expected<void, NotificationError>>
@@ -81,13 +82,13 @@ UserNotificationGlucoseAlertDelivery::sendNotification(std::string title, std::s
 {
     UserNotification notification{
         .title = std::move(title), .body = std::move(body), .tone = tone, .offersSnooze = offersSnooze};
-    return asio::co_spawn(impl_->engine, Impl::send(impl_, std::move(notification)), asio::use_awaitable);
+    return runOnExecutor(impl_->engine, Impl::send(impl_, std::move(notification)));
 }
 
 asio::awaitable<UserNotificationGlucoseAlertDelivery::TestResult>
 UserNotificationGlucoseAlertDelivery::sendTestAlert()
 {
-    return asio::co_spawn(impl_->engine, Impl::sendTestAlert(impl_), asio::use_awaitable);
+    return runOnExecutor(impl_->engine, Impl::sendTestAlert(impl_));
 }
 
 }  // namespace tidewell
