@@ -46,7 +46,7 @@ std::optional<CommandError> chooseKeychain(Environment& environment)
 
 }  // namespace
 
-std::expected<std::unique_ptr<TemporaryFolder>, std::string> TemporaryFolder::make()
+std::expected<std::unique_ptr<DemoFolder>, std::string> DemoFolder::make()
 {
     std::error_code error;
     auto base = std::filesystem::temp_directory_path(error);
@@ -55,10 +55,10 @@ std::expected<std::unique_ptr<TemporaryFolder>, std::string> TemporaryFolder::ma
     std::string pattern = (base / "tidewell-demo-XXXXXX").string();
     if (!::mkdtemp(pattern.data()))
         return std::unexpected("Cannot make a temporary folder in " + base.string() + ".");
-    return std::unique_ptr<TemporaryFolder>(new TemporaryFolder(pattern));
+    return std::unique_ptr<DemoFolder>(new DemoFolder(pattern));
 }
 
-TemporaryFolder::~TemporaryFolder()
+DemoFolder::~DemoFolder()
 {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
@@ -136,7 +136,7 @@ std::expected<Environment, CommandError> demoEnvironment(const Clock& clock, std
         return std::unexpected(CommandError{ExitCode::failure, std::move(message)});
     };
     Environment environment;
-    auto temporary = TemporaryFolder::make();
+    auto temporary = DemoFolder::make();
     if (!temporary)
         return fail(temporary.error());
     environment.temporary = std::move(*temporary);

@@ -16,24 +16,24 @@
 namespace tidewell {
 
 /// A folder below the system's temporary one that goes, with what is in it, when this object goes.
-class TemporaryFolder {
+class DemoFolder {
 public:
     /// Mode 0700; an error is one sentence.
-    [[nodiscard]] static std::expected<std::unique_ptr<TemporaryFolder>, std::string> make();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    [[nodiscard]] static std::expected<std::unique_ptr<DemoFolder>, std::string> make();
+    ~DemoFolder();
+    DemoFolder(const DemoFolder&) = delete;
+    DemoFolder& operator=(const DemoFolder&) = delete;
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
 private:
-    explicit TemporaryFolder(std::filesystem::path path) : path_{std::move(path)} {}
+    explicit DemoFolder(std::filesystem::path path) : path_{std::move(path)} {}
     std::filesystem::path path_;
 };
 
 /// What the program was started into: folders, secret store, addresses, and the demonstration's own services.
 struct Environment {
-    std::unique_ptr<TemporaryFolder> temporary{};  ///< Of a demonstration.
-    std::unique_ptr<DemoService> demo{};           ///< Of a demonstration.
+    std::unique_ptr<DemoFolder> temporary{};  ///< Of a demonstration.
+    std::unique_ptr<DemoService> demo{};      ///< Of a demonstration.
     Folders folders{};
     std::shared_ptr<KeychainItemStoring> keychain{};
     std::filesystem::path keychainFile{};  ///< Where a file stands in for the keyring; else empty.

@@ -1,7 +1,6 @@
 #include "program/InsightsController.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <QApplication>
 #include <QComboBox>
@@ -11,6 +10,8 @@
 #include <fstream>
 
 #include "program/HistoryStorage.h"
+#include "testing/EnvironmentVariable.h"
+#include "testing/TemporaryFolder.h"
 
 namespace tidewell {
 namespace {
@@ -121,24 +122,6 @@ TEST_F(InsightsControllerTest, anOldRequestTouchesNothingAnyMore)
     QCoreApplication::processEvents();
 }
 
-/// Sets one for as long as it lives; null takes it away.
-class EnvironmentVariable {
-public:
-    EnvironmentVariable(const char* name, const char* value) : name_{name}
-    {
-        if (const char* before = std::getenv(name))
-            before_ = before;
-        value ? ::setenv(name, value, 1) : ::unsetenv(name);
-    }
-    ~EnvironmentVariable() { before_ ? ::setenv(name_, before_->c_str(), 1) : ::unsetenv(name_); }
-    EnvironmentVariable(const EnvironmentVariable&) = delete;
-    EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
-
-private:
-    const char* name_;
-    std::optional<std::string> before_{};
-};
-
 GlucoseAccountConfiguration accountOf(std::string name)
 {
     return {.provider = GlucoseProvider::dexcom,
@@ -228,9 +211,9 @@ protected:
     }
     static void damage(const std::filesystem::path& file) { std::ofstream{file} << "no readings"; }
 
-    const std::unique_ptr<TemporaryFolder> home = TemporaryFolder::make().value();
+    const TemporaryFolder home;
     const EnvironmentVariable environment[8]{
-        {"QT_QPA_PLATFORM", "offscreen"}, {"HOME", home->path().c_str()},
+        {"QT_QPA_PLATFORM", "offscreen"}, {"HOME", home.path().c_str()},
         {"XDG_CONFIG_HOME", nullptr},     {"XDG_STATE_HOME", nullptr},
         {"XDG_DATA_HOME", nullptr},       {"TIDEWELL_KEYCHAIN", "file"},
         {"TIDEWELL_ENDPOINTS", nullptr},  {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}};

@@ -5,17 +5,17 @@
 #include <fstream>
 
 #include "history/HistoryImport.h"
-#include "program/Environment.h"
+#include "testing/TemporaryFolder.h"
 
 namespace tidewell {
 namespace {
 
 TEST(InsightsReportFiles, whatFailedAndWhatIsThereAreBothNamed)
 {
-    const auto folder = TemporaryFolder::make().value();
-    const auto page = folder->path() / "report.pdf";
+    const TemporaryFolder folder;
+    const auto page = folder / "report.pdf";
     const auto readings = readingsBeside(page);
-    EXPECT_EQ(readings, folder->path() / "report.csv");
+    EXPECT_EQ(readings, folder / "report.csv");
     std::filesystem::create_directory(readings);
     EXPECT_EQ(writeReportFiles({{page, "page", false}, {readings, "readings", false}}),
               "\"" + readings.string() + "\" exists. Nothing was written.");
