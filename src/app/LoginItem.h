@@ -10,11 +10,13 @@ struct LoginItemStatus {
     bool isEnabled = false;
     /// One sentence: why it cannot be told, or what keeps an entry from working; empty when all is well.
     std::string problem{};
+    /// False when what is there cannot be read: switching fails as well, until the person has mended that.
+    bool isChangeable = true;
     bool operator==(const LoginItemStatus&) const = default;
 };
 
 /// The desktop's list of programs that start at login. Implemented by the platform. Every call blocks, and
-/// looks at the list as it then is; one call at a time.
+/// looks at the list as it then is; one call at a time (see SerialLoginItem).
 class LoginItemControlling {
 public:
     virtual ~LoginItemControlling() = default;

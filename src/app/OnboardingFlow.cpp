@@ -10,9 +10,11 @@
 
 #include "app/AccountCheck.h"
 #include "app/TermsAgreement.h"
+#include "config/AppSettingsKeys.h"
 #include "config/LocaleDefaults.h"
 #include "config/ThresholdOptions.h"
 #include "history/GlucoseHistoryRecords.h"
+#include "polling/Calls.h"
 #include "sources/GlucoseUnits.h"
 #include "support/Log.h"
 #include "support/OnExecutor.h"
@@ -39,6 +41,8 @@ constexpr std::array<std::pair<Step, std::string_view>, 10> stepNames{{{Step::we
 
 /// The same name and password are sent no more often when the service refuses them ...
 constexpr int mostRefusals = 2;
+/// ... and one account, whatever the passwords ...
+constexpr int mostRefusalsOfLogin = 5;
 /// ... until so much time has passed: what locked the account may be over then.
 constexpr Seconds refusalMemory = 15min;
 /// An answer that is younger serves a step that is shown once more.
@@ -96,6 +100,12 @@ bool isSameLogin(const GlucoseAccountConfiguration& a, const GlucoseAccountConfi
     return a.provider == b.provider && a.username == b.username;
 }
 
+/// Tells passwords apart without keeping them.
+std::size_t fingerprint(const SecretText& password)
+{
+    return std::hash<std::string_view>{}(password.reveal());
+}
+
 bool areSameCredentials(const GlucoseAccountConfiguration& a, const GlucoseAccountConfiguration& b)
 {
     return isSameLogin(a, b) && a.region == b.region && a.password == b.password;
@@ -143,6 +153,19 @@ AppSettings merged(AppSettings into, const AppSettings& chosen)
     into.alertOnRapidRise = chosen.alertOnRapidRise;
     into.alertOnMissingData = chosen.alertOnMissingData;
     return into;
+}
+
+// Where a call that broke off must look like one that failed.
+
+ConfigurationProblem brokenSave()
+{
+    return {.error = {.kind = ConfigurationError::Kind::invalidConfiguration},
+            .message = "The change could not be stored."};
+}
+
+AccountCheck brokenCheck()
+{
+    return {.result = AccountCheck::Result::unreachable, .error = GlucoseAPIError{}};
 }
 
 /// What the desktop does to alerts; what the person chose is no finding here.
@@ -193,13 +216,15 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     std::optional<Date> peopleAskedAt{};
     std::optional<Date> fetchedAt{};
 
+    /// Kept when the window closes: the service counts on.
     struct Refusal {
-        GlucoseAccountConfiguration account;
-        int count = 0;
-        Date last{};
-        SignInProblem problem{};
+        GlucoseAccountConfiguration account;  ///< Without its password.
+        std::size_t password;                 ///< Its fingerprint.
+        Date at;
+        bool isLock;
+        SignInProblem problem;
     };
-    std::optional<Refusal> refusal{};
+    std::vector<Refusal> refusals{};  ///< Of the last quarter of an hour, by time.
     struct Wait {
         GlucoseProvider provider;
         Date until;
@@ -207,8 +232,10 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     };
     std::optional<Wait> wait{};
 
-    bool hasUnsavedSettings = false;
+    AppSettings basis{};  ///< The stored preferences that those of the state were made of.
     bool hasChosenHistory = false;
+    bool hasBegunSaving = false;  ///< Saving was to be switched on, whatever came of it.
+    std::optional<HistoryScopeID> followed{};
 
     Job work{};  ///< What a step is left or begun with; isBusy.
     Job ticking{};
@@ -222,8 +249,8 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         tokens.push_back(services.configuration.observe([this](ConfigurationChange change) {
             if (!shown)
                 return;
-            if (change == ConfigurationChange::appSettings && !hasUnsavedSettings)
-                state.settings = snapped(services.configuration.settings());
+            if (change == ConfigurationChange::appSettings)
+                followSettings();
             update();
         }));
         tokens.push_back(services.history.observe([this](const GlucoseHistoryStatus&) {
@@ -362,9 +389,32 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
             return;
         }
         finished = false;
+        if (services.configuration.loaded()) {
+            goOn();
+            return;
+        }
+        // It may wait for a keyring, and a keyring for a person.
+        clearState();
+        startWork([](Self self, std::uint64_t number) { return awaitConfiguration(self, number); });
+        update();
+    }
+
+    using Saved = std::expected<void, ConfigurationProblem>;
+
+    static asio::awaitable<void> awaitConfiguration(Self self, std::uint64_t number)
+    {
+        // A failure is told by what needs the configuration.
+        (void)co_await guarded(self->services.configuration.load(), Saved{});
+        if (self->work.number == number)
+            self->goOn();
+    }
+
+    /// Shows the step that was reached last.
+    void goOn()
+    {
         const Step wanted = stepNamed(services.defaults.text(onboardingStepKey));
         const auto& stored = services.configuration.account();
-        state = {};
+        clearState();
         state.termsAccepted = hasAcceptedCurrentTerms(services.defaults);
         if (stored) {
             state.account = *stored;
@@ -375,7 +425,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         } else {
             state.account.region = usualRegion(state.account.provider, services.country);
         }
-        mayGoOn = true;
+        mayGoOn = !account || !lastRefusal(*account);
         prepareSettings(wanted);
         state.startsAtLogin = services.configuration.settings().startAtLogin;
         hasChosenHistory = false;
@@ -396,8 +446,16 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     {
         const AppSettings& stored = services.configuration.settings();
         const bool untouched = reached <= Step::glucose && merged({}, stored) == merged({}, AppSettings{});
-        hasUnsavedSettings = false;
+        basis = stored;
         state.settings = untouched ? merged(stored, initialSettings(services.country)) : snapped(stored);
+    }
+
+    /// Somebody else changed preferences: what was chosen here stays chosen.
+    void followSettings()
+    {
+        const AppSettings& stored = services.configuration.settings();
+        state.settings = snapped(withChanges(stored, basis, state.settings));
+        basis = stored;
     }
 
     /// The window came to the front: something may have been mended meanwhile.
@@ -406,7 +464,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         if (state.step == Step::alerts)
             look();
         else if (state.step == Step::login && !state.isBusy)
-            lookAtLoginItem();
+            start(looking, [](Self self, std::uint64_t number) { return lookAtLoginItem(self, number); });
         update();
     }
 
@@ -418,11 +476,14 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         entered = {};
         account.reset();
         client.reset();
-        refusal.reset();
         peopleAskedAt.reset();
         fetchedAt.reset();
-        state = {.step = state.step};
+        const Step step = state.step;
+        clearState();
+        state.step = step;
     }
+
+    void clearState() { state = {.secretsFile = services.secretsFile}; }
 
     void goBack()
     {
@@ -568,17 +629,58 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
                                wanted.username));
             return false;
         }
-        if (refusal && areSameCredentials(refusal->account, wanted) && refusal->count >= mostRefusals &&
-            now >= refusal->last && now - refusal->last < refusalMemory) {
-            SignInProblem problem = refusal->problem;
-            problem.remedy =
-                "The service refused this more than once, and it is not sent again, so that the account is "
-                "not "
-                "locked: change something first, or wait for a quarter of an hour.";
-            fail(std::move(problem));
+        if (auto problem = refusalProblem(wanted)) {
+            fail(*std::move(problem));
             return false;
         }
         return true;
+    }
+
+    [[nodiscard]] static bool isOf(const Refusal& refusal, const GlucoseAccountConfiguration& asked)
+    {
+        return isSameLogin(refusal.account, asked) && refusal.account.region == asked.region &&
+               refusal.password == fingerprint(asked.password);
+    }
+
+    void forgetOldRefusals()
+    {
+        const Date now = services.clock.now();
+        std::erase_if(refusals, [now](const Refusal& refusal) {
+            return refusal.at > now || now - refusal.at >= refusalMemory;
+        });
+    }
+
+    /// The last time that the service refused exactly this, if it did lately.
+    [[nodiscard]] const Refusal* lastRefusal(const GlucoseAccountConfiguration& asked)
+    {
+        forgetOldRefusals();
+        const auto last = std::ranges::find_if(refusals.rbegin(), refusals.rend(),
+                                               [&](const Refusal& one) { return isOf(one, asked); });
+        return last == refusals.rend() ? nullptr : &*last;
+    }
+
+    /// Why the service is not asked once more what it has refused.
+    [[nodiscard]] std::optional<SignInProblem> refusalProblem(const GlucoseAccountConfiguration& asked)
+    {
+        const Refusal* const last = lastRefusal(asked);
+        const auto count =
+            std::ranges::count_if(refusals, [&](const Refusal& one) { return isOf(one, asked); });
+        // What is locked stays locked for longer when it is tried again.
+        if (last && (last->isLock || count >= mostRefusals)) {
+            SignInProblem problem = last->problem;
+            problem.remedy =
+                "The service refused this more than once, and it is not sent again, so that the account is "
+                "not locked: change something first, or wait for a quarter of an hour.";
+            return problem;
+        }
+        std::vector<Date> ofLogin;
+        for (const Refusal& one : refusals)
+            if (isSameLogin(one.account, asked))
+                ofLogin.push_back(one.at);
+        if (std::ssize(ofLogin) < mostRefusalsOfLogin)
+            return std::nullopt;
+        const Date first = *(ofLogin.end() - mostRefusalsOfLogin);
+        return tooManyRefusalsProblem(first + refusalMemory - services.clock.now());
     }
 
     void failToSignIn(const GlucoseAccountConfiguration& asked, const GlucoseAPIError& error)
@@ -586,14 +688,13 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         const Date now = services.clock.now();
         SignInProblem problem = signInProblem(asked.provider, error, asked.username);
         if (accountCheckResult(error) == AccountCheck::Result::refused) {
-            if (!refusal || !areSameCredentials(refusal->account, asked) ||
-                now - refusal->last >= refusalMemory)
-                refusal = Refusal{.account = asked};
-            // What is locked stays locked for longer when it is tried again.
-            refusal->count =
-                error.kind == GlucoseAPIError::Kind::accountLocked ? mostRefusals : refusal->count + 1;
-            refusal->last = now;
-            refusal->problem = problem;
+            forgetOldRefusals();
+            refusals.push_back({.account = asked,
+                                .password = fingerprint(asked.password),
+                                .at = now,
+                                .isLock = error.kind == GlucoseAPIError::Kind::accountLocked,
+                                .problem = problem});
+            refusals.back().account.password = {};
         }
         if (error.kind == GlucoseAPIError::Kind::rateLimited && error.retryAfter)
             wait = Wait{.provider = asked.provider, .until = now + *error.retryAfter, .text = error.text};
@@ -603,7 +704,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     void accept(GlucoseAccountConfiguration taken)
     {
         mayGoOn = true;
-        refusal.reset();
+        std::erase_if(refusals, [&](const Refusal& one) { return isSameLogin(one.account, taken); });
         state.account.region = taken.region;
         account = std::move(taken);
     }
@@ -612,7 +713,7 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
                                              GlucoseAccountConfiguration wanted)
     {
         auto api = self->services.makeAPIClient(wanted);
-        AccountCheck check = co_await checkAccount(self->services.engine, api);
+        AccountCheck check = co_await guarded(checkAccount(self->services.engine, api), brokenCheck());
         if (self->work.number != number)
             co_return;
         if (check.result != AccountCheck::Result::good) {
@@ -631,7 +732,9 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     static asio::awaitable<void> askPeople(Self self, std::uint64_t number,
                                            GlucoseAccountConfiguration wanted)
     {
-        const auto connections = co_await self->services.askConnections(wanted);
+        using Connections = std::expected<LibreConnections, GlucoseAPIError>;
+        const Connections connections = co_await guarded(self->services.askConnections(wanted),
+                                                         Connections{std::unexpected{GlucoseAPIError{}}});
         if (self->work.number != number)
             co_return;
         if (!connections) {
@@ -674,6 +777,8 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
             return;
         if (isRecent(peopleAskedAt))
             state.problem = nobodySharesProblem();
+        else if (const Refusal* const last = lastRefusal(candidate()))
+            state.problem = last->problem;  // Sent once more only when the person wants it.
         else
             askPeopleAgain();
     }
@@ -713,7 +818,10 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     void enterFirstReading()
     {
         start(ticking, [](Self self, std::uint64_t number) { return tellAge(self, number); });
-        if (!isRecent(fetchedAt))
+        const Refusal* const last = account ? lastRefusal(*account) : nullptr;
+        if (last)
+            state.problem = last->problem;  // Sent once more only when the person wants it.
+        else if (!isRecent(fetchedAt))
             fetch();
         else if (!state.firstReading)
             state.problem = noReadingsProblem(account->provider);
@@ -742,7 +850,8 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         const GlucoseAccountConfiguration asked = *self->account;
         if (!self->client)
             self->client = self->services.makeAPIClient(asked);
-        const AccountCheck check = co_await checkAccount(self->services.engine, self->client);
+        const AccountCheck check =
+            co_await guarded(checkAccount(self->services.engine, self->client), brokenCheck());
         if (self->work.number != number)
             co_return;
         self->state.now = self->services.clock.now();
@@ -790,7 +899,8 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
 
     static asio::awaitable<void> saveAccount(Self self, std::uint64_t number)
     {
-        const auto saved = co_await self->services.configuration.saveAccount(self->account);
+        const Saved saved = co_await guarded(self->services.configuration.saveAccount(self->account),
+                                             Saved{std::unexpected{brokenSave()}});
         if (self->work.number != number)
             co_return;
         if (!saved) {
@@ -817,7 +927,6 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         if (wanted == state.settings)
             return;
         state.settings = std::move(wanted);
-        hasUnsavedSettings = true;
         state.problem.reset();
         update();
     }
@@ -833,14 +942,15 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
         if (self->state.step == Step::alerts && self->state.settings.alertsEnabled &&
             self->state.authorization == NotificationAuthorizationState::notDetermined) {
             auto request = self->services.alertDelivery.requestAuthorizationIfNeeded();
-            (void)co_await runOnExecutor(self->services.engine, std::move(request));
+            (void)co_await guarded(runOnExecutor(self->services.engine, std::move(request)), false);
             if (self->work.number != number)
                 co_return;
         }
-        AppSettings wanted = merged(self->services.configuration.settings(), self->state.settings);
+        AppSettings wanted = self->state.settings;
         if (self->state.step == Step::login)
             wanted.startAtLogin = self->state.startsAtLogin;
-        const auto saved = co_await self->services.configuration.saveSettings(std::move(wanted));
+        auto saving = self->services.configuration.changeSettings(self->basis, std::move(wanted));
+        const Saved saved = co_await guarded(std::move(saving), Saved{std::unexpected{brokenSave()}});
         if (self->work.number != number)
             co_return;
         if (!saved) {
@@ -852,7 +962,6 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
                  .remedy = "Make room or mend the folder's permissions, then try again."});
             co_return;
         }
-        self->hasUnsavedSettings = false;
         self->showNext();
     }
 
@@ -866,16 +975,23 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     static asio::awaitable<void> lookAtAlerts(Self self, std::uint64_t number)
     {
         auto asking = self->services.alertDelivery.authorizationStatus();
-        const auto authorization = co_await runOnExecutor(self->services.engine, std::move(asking));
+        const auto known = self->state.authorization.value_or(NotificationAuthorizationState::notDetermined);
+        const auto authorization =
+            co_await guarded(runOnExecutor(self->services.engine, std::move(asking)), known);
         if (self->looking.number != number)
             co_return;
         self->state.authorization = authorization;
         self->update();
-        const AlertPath path = co_await self->services.lookAtAlertPath();
-        if (self->looking.number != number)
+        const auto path = co_await guarded(findAlertPath(self), std::optional<AlertPath>{});
+        if (self->looking.number != number || !path)
             co_return;
-        self->state.alertFindings = desktopFindings(path, self->services.clock.now());
+        self->state.alertFindings = desktopFindings(*path, self->services.clock.now());
         self->update();
+    }
+
+    static asio::awaitable<std::optional<AlertPath>> findAlertPath(Self self)
+    {
+        co_return co_await self->services.lookAtAlertPath();
     }
 
     void sendTestAlert()
@@ -892,7 +1008,10 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     static asio::awaitable<void> testAlert(Self self, std::uint64_t number)
     {
         auto sending = self->services.alertDelivery.sendTestAlert();
-        const auto result = co_await runOnExecutor(self->services.engine, std::move(sending));
+        using Result = UserNotificationGlucoseAlertDelivery::TestResult;
+        const Result broken{.sent = false, .message = "Test alert could not be sent."};
+        const Result result =
+            co_await guarded(runOnExecutor(self->services.engine, std::move(sending)), broken);
         if (self->testing.number != number)
             co_return;
         self->state.isSendingTestAlert = false;
@@ -933,15 +1052,20 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     {
         if (!hasChosenHistory)
             state.savesHistory = isSavingHistory();
-        if (isSavingHistory())
-            state.retentionDays = services.history.status().configuration.retentionDays;
+        const GlucoseHistoryStatus& status = services.history.status();
+        const bool hasSaved =
+            status.scope && status.scope == scope() && status.configuration.hasPreviouslyEnabled;
+        state.retentionDays = hasSaved ? status.configuration.retentionDays : OnboardingState{}.retentionDays;
     }
 
     /// Tells whether an earlier run has switched saving on; nothing is written by that.
     void followHistory()
     {
-        if (services.history.status().scope != scope())
-            services.history.follow(scope());
+        const auto wanted = scope();
+        if (followed != wanted && services.history.status().scope != wanted)
+            services.history.follow(wanted);
+        if (std::exchange(followed, wanted) != wanted)
+            hasBegunSaving = false;
         takeHistoryStatus();
     }
 
@@ -956,14 +1080,21 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
     {
         HistoryCoordinator& history = self->services.history;
         const bool saves = self->state.savesHistory;
-        HistoryCoordinator::Changed changed{};
-        if (saves)
-            changed = co_await history.enable(self->state.retentionDays, currentConsentVersion);
-        else if (self->isSavingHistory())
-            changed = co_await history.pause();
+        using Changed = HistoryCoordinator::Changed;
+        Changed changed{};
+        const Changed broken{std::unexpected{GlucoseHistoryError::storageFailure}};
+        if (saves) {
+            self->hasBegunSaving = true;
+            changed =
+                co_await guarded(history.enable(self->state.retentionDays, currentConsentVersion), broken);
+        } else if (self->scope()) {
+            // Whatever the status says: what was begun before may still be under way.
+            changed = co_await guarded(history.pause(), broken);
+        }
         if (self->work.number != number)
             co_return;
-        if (!changed) {
+        // Where nothing is saved and nothing was to be, a fault of saved history holds up nobody.
+        if (!changed && (saves || self->hasBegunSaving || self->isSavingHistory())) {
             self->failToStore(
                 {.title = saves ? "Saving could not be switched on" : "Saving could not be switched off",
                  .message = std::string{description(changed.error())},
@@ -981,9 +1112,10 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
 
     void lookAtLoginItem() { startLogin(std::nullopt); }
 
+    /// The last one of several wishes is what remains: the item takes them one after the other.
     void setStartsAtLogin(bool starts)
     {
-        if (!shown || state.step != Step::login || state.isBusy)
+        if (!shown || state.step != Step::login)
             return;
         startLogin(starts);
         update();
@@ -997,6 +1129,23 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
 
     static asio::awaitable<void> changeLoginItem(Self self, std::uint64_t number, std::optional<bool> wanted)
     {
+        const LoginItemStatus status = co_await askLoginItem(self, wanted);
+        if (self->work.number != number)
+            co_return;
+        self->state.isBusy = false;
+        self->showLoginItem(status);
+    }
+
+    static asio::awaitable<void> lookAtLoginItem(Self self, std::uint64_t number)
+    {
+        const LoginItemStatus status = co_await askLoginItem(self, std::nullopt);
+        if (self->looking.number == number && !self->state.isBusy)
+            self->showLoginItem(status);
+    }
+
+    /// What is so, after what is wanted.
+    static asio::awaitable<LoginItemStatus> askLoginItem(Self self, std::optional<bool> wanted)
+    {
         auto call = [item = self->services.loginItem, wanted] {
             std::expected<void, std::string> changed{};
             if (wanted)
@@ -1006,13 +1155,16 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
                 status.problem = changed.error();
             return status;
         };
-        const LoginItemStatus status = co_await runOnWorker(self->loginStrand, std::move(call));
-        if (self->work.number != number)
-            co_return;
-        self->state.isBusy = false;
-        self->state.startsAtLogin = status.isEnabled;
-        self->state.loginItemProblem = status.problem;
-        self->update();
+        const LoginItemStatus broken{.isEnabled = self->state.startsAtLogin,
+                                     .problem = "The list of programs that start at login gives no answer."};
+        co_return co_await guarded(runOnWorker(self->loginStrand, std::move(call)), broken);
+    }
+
+    void showLoginItem(const LoginItemStatus& status)
+    {
+        state.startsAtLogin = status.isEnabled;
+        state.loginItemProblem = status.problem;
+        update();
     }
 
     void leaveLogin()

@@ -63,6 +63,7 @@ struct OnboardingState {
 
     bool savesHistory = false;  ///< As chosen; what is in force once the step was left.
     std::int64_t retentionDays = 90;
+    std::string secretsFile{};  ///< Where passwords and keys are kept; empty: in the keyring.
 
     bool startsAtLogin = false;  ///< What is so.
     std::string loginItemProblem{};
@@ -94,6 +95,7 @@ public:
         HistoryCoordinator& history;
         std::shared_ptr<LoginItemControlling> loginItem;
         std::string country;             ///< Two letters, or empty.
+        std::string secretsFile;         ///< Empty: passwords and keys are kept in the keyring.
         std::function<void()> finished;  ///< The flag is set: polling may begin.
     };
     explicit OnboardingFlow(Services services);
@@ -105,7 +107,8 @@ public:
     /// Calls the observer after each change of state(), until the token goes.
     [[nodiscard]] std::shared_ptr<void> observe(std::function<void()> observer);
 
-    /// The window is shown: goes to the step that was reached last, and looks at what may have changed.
+    /// The window is shown: goes to the step that was reached last, as soon as the configuration is loaded.
+    /// Of a window that came to the front: looks at what may have changed meanwhile.
     void begin();
     /// The window was closed: cancels what is under way, and forgets a password that is not stored.
     void close();
@@ -126,6 +129,7 @@ public:
     void sendTestAlert();
     void answerTestAlert(bool seen);
     void setSavesHistory(bool saves);
+    /// The last wish counts, also while an earlier one is carried out.
     void setStartsAtLogin(bool starts);
 
 private:

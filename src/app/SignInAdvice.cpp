@@ -1,6 +1,7 @@
 #include "app/SignInAdvice.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "app/AccountCheck.h"
@@ -231,6 +232,35 @@ SignInProblem sessionEnded(GlucoseProvider provider)
     return problem;
 }
 
+/// Why a secret store does not take the password, and what helps.
+std::pair<Causes, std::string> keychainAdvice(std::int32_t status)
+{
+    switch (status) {
+    case keychainStatus::notAvailable:
+        return {
+            {"No keyring is running in this session: window managers without a desktop often start none.",
+             "The keyring runs, but does not answer."},
+            "Install and start GNOME Keyring or KWallet, then try again; or start Tidewell with "
+            "TIDEWELL_KEYCHAIN=file in its environment: it then keeps the password in a file that only you "
+            "can read."};
+    case keychainStatus::interactionNotAllowed:
+    case keychainStatus::userCanceled:
+        return {{"The keyring is locked, or its unlock dialog was closed."},
+                "Unlock the keyring and try again; what you entered is kept until then."};
+    case keychainStatus::invalidStore:
+        return {{"The file with the passwords belongs to somebody else, or others may read it."},
+                "Make the file and its folder yours alone, then try again."};
+    case keychainStatus::io:
+        return {{"The disk is full.", "The file with the passwords or its folder cannot be written to."},
+                "Make room or mend the folder's permissions, then try again."};
+    default:
+        return {
+            {"What the keyring holds for this account is damaged, or the keyring is in trouble."},
+            "Remove the entry of Tidewell with the keyring's own program, or start the keyring anew, then "
+            "try again."};
+    }
+}
+
 /// Everything but the system's own text.
 SignInProblem adviceFor(GlucoseProvider provider, const GlucoseAPIError& error, std::string_view username)
 {
@@ -303,14 +333,21 @@ SignInProblem passwordNeededProblem()
             .remedy = "Enter the password."};
 }
 
+SignInProblem tooManyRefusalsProblem(Seconds wait)
+{
+    return {
+        .title = "Too many refused sign-ins",
+        .causes = {"The service refused this account several times within a quarter of an hour. More tries "
+                   "could lock it."},
+        .remedy = "Wait for " + waitPhrase(wait) + ", then try again."};
+}
+
 SignInProblem accountNotSavedProblem(const ConfigurationProblem& problem)
 {
     SignInProblem advice{.title = "The account could not be saved", .message = problem.message};
     switch (problem.error.kind) {
     case ConfigurationError::Kind::keychainError:
-        advice.causes = {"The keyring is locked, or its unlock dialog was closed.",
-                         "No keyring is running in this session."};
-        advice.remedy = "Unlock the keyring and try again; what you entered is kept until then.";
+        std::tie(advice.causes, advice.remedy) = keychainAdvice(problem.error.status);
         break;
     case ConfigurationError::Kind::invalidConfiguration:
         advice.causes = {"The disk is full.", "The folder of the settings cannot be written to."};

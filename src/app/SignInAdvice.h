@@ -28,6 +28,8 @@ struct SignInProblem {
 [[nodiscard]] SignInProblem noReadingsProblem(GlucoseProvider provider);
 /// No password was entered, and none is stored for the account.
 [[nodiscard]] SignInProblem passwordNeededProblem();
+/// The service refused one account several times: it is asked again after `wait`.
+[[nodiscard]] SignInProblem tooManyRefusalsProblem(Seconds wait);
 /// The account is good, but could not be stored.
 [[nodiscard]] SignInProblem accountNotSavedProblem(const ConfigurationProblem& problem);
 

@@ -29,7 +29,8 @@ constexpr auto sections = std::to_array<TermsSection>({
              "they allow a program like this one is between you and them.\n\n"
              "Readings may be late, wrong or missing, and a service may stop at any time."},
     {.title = "What is stored, and where",
-     .text = "Your password is in the keyring of this computer. Account name and settings are in your "
+     .text = "Your password is in the keyring of this computer, or in a file that only you can read when you "
+             "chose that. Account name and settings are in your "
              "configuration folder. Readings are saved only when you say so: encrypted, on this computer, "
              "until you delete them or the time that you chose has passed.\n\n"
              "Tidewell talks to the sharing service that you choose, and to nobody else. Nothing is sent to "

@@ -51,6 +51,7 @@ void OnboardingController::makeFlow()
         .history = core_.history(),
         .loginItem = core_.loginItem(),
         .country = systemCountry(),
+        .secretsFile = core_.environment().keychainFile.string(),
         .finished = [this] { finished(); },
     });
     observer_ = flow_->observe([this] {

@@ -80,7 +80,8 @@ ExitCode runSettingsSet(const std::string& key, const std::string& value)
             return report({ExitCode::failure, done.error()});
         changed = withLoginItem(std::move(*changed));
     }
-    if (const auto saved = (*session)->run(configuration.saveSettings(std::move(*changed))); !saved)
+    auto saving = configuration.changeSettings(configuration.settings(), std::move(*changed));
+    if (const auto saved = (*session)->run(std::move(saving)); !saved)
         return report({ExitCode::failure, saved.error().message});
     (*session)->announceChange();
     fmt::print("{} = {}\n", key, settingText(configuration.settings(), key).value_or(""));

@@ -27,9 +27,12 @@ class FakeLoginItem final : public LoginItemControlling {
 public:
     LoginItemStatus is{};
     std::string failure{};
+    bool breaks = false;
     LoginItemStatus status() override { return is; }
     std::expected<void, std::string> setEnabled(bool enabled) override
     {
+        if (breaks)
+            throw std::runtime_error{"broken"};
         if (!failure.empty())
             return std::unexpected{failure};
         is.isEnabled = enabled;
@@ -61,20 +64,28 @@ struct Newcomer {
     /// A process starts, with what the one before left.
     void launch()
     {
+        make();
+        asio::co_spawn(io, manager->load(), asio::detached);
+        settle();
+        flow->begin();
+        settle();
+    }
+
+    /// The same before anything is loaded or shown.
+    void make()
+    {
         flow.reset();
         history.reset();
         settle();
         manager = std::make_unique<ConfigurationManager>(
             io.get_executor(), io.get_executor(),
             ConfigurationManager::Places{.document = folder / "configuration.json", .keychain = keychain});
-        asio::co_spawn(io, manager->load(), asio::detached);
         history = std::make_unique<HistoryCoordinator>(
             HistoryCoordinator::Parts{.engine = io.get_executor(),
                                       .main = io.get_executor(),
-                                      .workers = io.get_executor(),
+                                      .workers = (diskIsSlow ? disk : io).get_executor(),
                                       .clock = clock,
                                       .store = std::make_shared<GlucoseHistoryStore>(world.parts())});
-        settle();
         flow = std::make_unique<OnboardingFlow>(OnboardingFlow::Services{
             .main = io.get_executor(),
             .engine = io.get_executor(),
@@ -96,18 +107,28 @@ struct Newcomer {
                     return askConnections(io.get_executor(), std::move(client));
                 },
             .alertDelivery = delivery,
-            .lookAtAlertPath = [this]() -> asio::awaitable<AlertPath> { co_return alertPath; },
+            .lookAtAlertPath = [this]() -> asio::awaitable<AlertPath> {
+                if (alertPathBreaks)
+                    throw std::runtime_error{"broken"};
+                co_return alertPath;
+            },
             .history = *history,
             .loginItem = loginItem,
             .country = country,
             .finished = [this] { ++timesFinished; }});
         token = flow->observe([this] { ++changes; });
-        flow->begin();
-        settle();
     }
 
     /// As long as every answer of the services takes, and a little more.
     void settle() { clock.advance(Seconds{20}); }
+    /// Does what a slow disk was asked for.
+    void serveDisk()
+    {
+        do {
+            settle();
+            disk.restart();
+        } while (disk.poll() > 0);
+    }
     void forward()
     {
         EXPECT_TRUE(state().canGoForward);
@@ -172,6 +193,8 @@ struct Newcomer {
     }
 
     asio::io_context io{};
+    asio::io_context disk{};
+    bool diskIsSlow = false;  ///< Of the next process: saved history waits for serveDisk().
     FakeClock clock{io, start};
     SeededRandom random{7};
     SimulatedServices services;
@@ -185,6 +208,7 @@ struct Newcomer {
     FakeNotificationCenter center{clock};
     UserNotificationGlucoseAlertDelivery delivery{io.get_executor(), center, random};
     AlertPath alertPath{.serverAnswers = true, .soundOutput = true};
+    bool alertPathBreaks = false;
     HistoryWorld world{};
     std::unique_ptr<HistoryCoordinator> history{};
     std::shared_ptr<FakeLoginItem> loginItem = std::make_shared<FakeLoginItem>();
@@ -459,6 +483,64 @@ TEST(OnboardingFlow, refusedCredentialsAreSentTwiceAtMost)
     EXPECT_TRUE(state.problem && state.problem->remedy.contains("1 minute,")) << state.problem->remedy;
 }
 
+TEST(OnboardingFlow, refusalsAreCountedForTheAccountAndBeyondTheWindow)
+{
+    Newcomer machine;
+    const OnboardingState& state = machine.state();
+    const auto tryPassword = [&](std::string_view password) {
+        machine.enter(dexcom, password);
+        machine.forward();
+    };
+    machine.goTo(Step::account);
+    for (int round = 0; round < 4; ++round) {
+        tryPassword("wrong");
+        machine.flow->close();
+        machine.flow->begin();
+        machine.settle();
+    }
+    EXPECT_EQ(machine.asked().authentications, 2);
+    for (int round = 0; round < 6; ++round)
+        tryPassword(round % 2 == 0 ? "wronger" : "wrong");
+    EXPECT_EQ(machine.asked().authentications, 4);
+    EXPECT_EQ(machine.problem(), "The sign-in was refused");
+    tryPassword("wrongest");
+    EXPECT_EQ(machine.asked().authentications, 5);
+    const Date first = machine.clock.now();
+    tryPassword("who knows");
+    EXPECT_EQ(machine.asked().authentications, 5);
+    EXPECT_EQ(machine.problem(), "Too many refused sign-ins");
+    EXPECT_TRUE(state.problem->remedy.contains("minutes, then")) << state.problem->remedy;
+    machine.enter(dexcom, "wrong", "grace@example.org");
+    machine.forward();
+    EXPECT_EQ(machine.asked().authentications, 6) << "another account is not to blame";
+
+    machine.clock.advance(first + 15min - machine.clock.now());
+    tryPassword("correct horse");
+    ASSERT_EQ(state.step, Step::firstReading) << machine.problem();
+    machine.forward();
+
+    // A stored password that the service refuses is not sent anew whenever the window opens.
+    machine.back();
+    machine.changeDexcom([](DexcomShareOptions& options) { options.refusePasswords = true; });
+    machine.services.dexcom("us").endSessions();
+    machine.flow->tryAgain();
+    machine.settle();
+    const auto before = machine.asked().authentications;
+    for (int round = 0; round < 3; ++round) {
+        machine.flow->close();
+        machine.flow->begin();
+        machine.settle();
+        EXPECT_EQ(state.step, Step::firstReading);
+        EXPECT_EQ(machine.problem(), "The sign-in was refused");
+        EXPECT_FALSE(state.canGoForward);
+    }
+    EXPECT_EQ(machine.asked().authentications, before);
+    machine.changeDexcom([](DexcomShareOptions& options) { options.refusePasswords = false; });
+    machine.flow->tryAgain();
+    machine.settle();
+    EXPECT_TRUE(state.firstReading && state.canGoForward);
+}
+
 TEST(OnboardingFlow, aPasswordThatWasRefusedLaterKeepsThePersonFromGoingOn)
 {
     Newcomer machine;
@@ -606,6 +688,29 @@ TEST(OnboardingFlow, aStepIsReachedAgainOnlyWhileWhatItNeedsHolds)
               }),
               Step::account);
     EXPECT_EQ(machine.problem(), "");
+}
+
+TEST(OnboardingFlow, nothingIsShownAsStoredBeforeTheConfigurationIsLoaded)
+{
+    Newcomer machine;
+    machine.goTo(Step::alerts);
+    machine.make();
+    machine.flow->begin();
+    EXPECT_TRUE(machine.state().isBusy);
+    EXPECT_FALSE(machine.state().canGoForward);
+    EXPECT_EQ(machine.defaults.text(onboardingStepKey), "alerts");
+    machine.settle();
+    EXPECT_EQ(machine.state().step, Step::alerts);
+    EXPECT_EQ(machine.state().account.username, "ada@example.org");
+    EXPECT_FALSE(machine.state().isBusy);
+
+    machine.make();
+    machine.flow->begin();
+    machine.flow->close();
+    const int changes = machine.changes;
+    machine.settle();
+    EXPECT_EQ(machine.changes, changes);
+    EXPECT_EQ(machine.defaults.text(onboardingStepKey), "alerts");
 }
 
 /// Everything that a person may do while something is under way.
@@ -797,18 +902,48 @@ TEST(OnboardingFlow, onlyWhatThePickersOfferIsTaken)
     machine.goTo(Step::history);
     EXPECT_EQ(machine.manager->settings(), settings);
     EXPECT_FALSE(machine.manager->settings().alertOnRapidRise);
+}
 
-    // What another process changes shows, but not over what is being chosen here.
-    auto other = settings;
-    other.lowGlucoseThreshold = 70;
-    asio::co_spawn(machine.io, machine.manager->saveSettings(other), asio::detached);
-    machine.settle();
-    EXPECT_EQ(settings.lowGlucoseThreshold, 70);
-    set([](AppSettings& wanted) { wanted.alertOnRapidFall = false; });
-    other.lowGlucoseThreshold = 76;
-    asio::co_spawn(machine.io, machine.manager->saveSettings(other), asio::detached);
-    machine.settle();
-    EXPECT_EQ(settings.lowGlucoseThreshold, 70);
+TEST(OnboardingFlow, whatOthersChangeMeanwhileStaysWhereNothingElseWasChosen)
+{
+    for (const bool noticed : {true, false}) {
+        Newcomer machine{"GB"};
+        const AppSettings& settings = machine.state().settings;
+        machine.goTo(Step::glucose);
+        EXPECT_EQ(settings.measurementUnit, "mmol/L") << "as in this country";
+        AppSettings wanted = settings;
+        wanted.lowGlucoseThreshold = 79;
+        wanted.alertOnRapidFall = false;
+        machine.flow->setSettings(wanted);
+
+        ConfigurationManager other{
+            machine.io.get_executor(),
+            machine.io.get_executor(),
+            {.document = machine.folder / "configuration.json", .keychain = machine.keychain}};
+        ConfigurationManager& changer = noticed ? *machine.manager : other;
+        asio::co_spawn(machine.io, other.load(), asio::detached);
+        machine.settle();
+        const AppSettings before = changer.settings();
+        AppSettings after = before;
+        after.lowGlucoseThreshold = 75;
+        after.alertOnHighThreshold = false;
+        after.quietHoursEnabled = true;
+        after.graphTimeWindowHours = 12;
+        asio::co_spawn(machine.io, changer.changeSettings(before, after), asio::detached);
+        machine.settle();
+        EXPECT_EQ(settings.alertOnHighThreshold, !noticed);
+        EXPECT_EQ(settings.lowGlucoseThreshold, 79) << "chosen here";
+        EXPECT_EQ(settings.measurementUnit, "mmol/L");
+        machine.forward();
+
+        AppSettings all = after;
+        all.measurementUnit = "mmol/L";
+        all.lowGlucoseThreshold = 79;
+        all.alertOnRapidFall = false;
+        all.highGlucoseThreshold = settings.highGlucoseThreshold;
+        EXPECT_EQ(machine.manager->settings(), all);
+        EXPECT_EQ(settings, all);
+    }
 }
 
 TEST(OnboardingFlow, aTestAlertAsksWhetherItWasSeen)
@@ -889,6 +1024,91 @@ TEST(OnboardingFlow, historyIsSavedWithConsentOnly)
     EXPECT_EQ(machine.state().step, Step::login);
 }
 
+TEST(OnboardingFlow, aHistoryThatWasPausedIsKeptAsLongAsBefore)
+{
+    Newcomer machine;
+    machine.goTo(Step::history);
+    asio::co_spawn(machine.io, machine.history->enable(30, currentConsentVersion), asio::detached);
+    asio::co_spawn(machine.io, machine.history->pause(), asio::detached);
+    machine.settle();
+    EXPECT_FALSE(machine.state().savesHistory);
+    machine.flow->setSavesHistory(true);
+    machine.forward();
+    EXPECT_TRUE(machine.history->status().configuration.isEnabled);
+    EXPECT_EQ(machine.history->status().configuration.retentionDays, 30);
+}
+
+TEST(OnboardingFlow, consentThatIsTakenBackHoldsWhateverIsStillUnderWay)
+{
+    Newcomer machine;
+    machine.goTo(Step::history);
+    machine.diskIsSlow = true;
+    machine.launch();
+    machine.serveDisk();
+    ASSERT_EQ(machine.state().step, Step::history);
+    const auto mark = machine.history->mark();
+    machine.flow->setSavesHistory(true);
+    machine.forward();
+    EXPECT_TRUE(machine.state().isBusy);
+    machine.back();
+    machine.forward();
+    machine.flow->setSavesHistory(false);
+    machine.forward();
+    machine.serveDisk();
+    EXPECT_EQ(machine.state().step, Step::login);
+    EXPECT_FALSE(machine.history->status().configuration.isEnabled);
+    EXPECT_EQ(machine.history->mark(), mark) << "the same account is followed once";
+
+    // Saving is on, and the next process does not know it yet.
+    machine.back();
+    machine.flow->setSavesHistory(true);
+    machine.flow->goForward();
+    machine.serveDisk();
+    machine.back();
+    ASSERT_TRUE(machine.history->status().configuration.isEnabled);
+    machine.launch();
+    machine.flow->setSavesHistory(false);
+    machine.forward();
+    machine.serveDisk();
+    EXPECT_FALSE(machine.history->status().configuration.isEnabled);
+    EXPECT_EQ(machine.state().step, Step::login);
+}
+
+TEST(OnboardingFlow, withoutConsentNoFaultOfSavedHistoryHoldsUpAnybody)
+{
+    Newcomer machine;
+    machine.goTo(Step::history);
+    machine.world.plan = {.kind = FaultPlan::Kind::error,
+                          .at = 1,
+                          .forEver = true,
+                          .error = std::make_error_code(std::errc::io_error)};
+    machine.forward();
+    EXPECT_EQ(machine.state().step, Step::login);
+}
+
+TEST(OnboardingFlow, whatBreaksIsToldAndHoldsUpNobody)
+{
+    Newcomer machine;
+    const OnboardingState& state = machine.state();
+    machine.alertPathBreaks = true;
+    machine.goTo(Step::alerts);
+    EXPECT_EQ(state.authorization, NotificationAuthorizationState::authorized);
+    machine.alertPathBreaks = false;
+    machine.alertPath.inhibited = true;
+    machine.flow->begin();  // The window came to the front.
+    machine.settle();
+    ASSERT_FALSE(state.alertFindings.empty());
+    EXPECT_EQ(state.alertFindings.front().subject, "doNotDisturb");
+
+    machine.goTo(Step::login);
+    machine.loginItem->breaks = true;
+    machine.flow->setStartsAtLogin(true);
+    machine.settle();
+    EXPECT_FALSE(state.isBusy || state.startsAtLogin);
+    EXPECT_NE(state.loginItemProblem, "");
+    machine.goTo(Step::done);
+}
+
 TEST(OnboardingFlow, theLoginItemShowsWhatIsSo)
 {
     Newcomer machine;
@@ -907,8 +1127,17 @@ TEST(OnboardingFlow, theLoginItemShowsWhatIsSo)
     machine.settle();
     EXPECT_TRUE(state.startsAtLogin);
     EXPECT_EQ(state.loginItemProblem, "");
+    // The last of several wishes counts.
+    for (const bool wish : {false, true, false})
+        machine.flow->setStartsAtLogin(wish);
+    machine.settle();
+    EXPECT_FALSE(state.startsAtLogin || machine.loginItem->is.isEnabled || state.isBusy);
+    machine.flow->setStartsAtLogin(true);
+    machine.settle();
+
     machine.loginItem->is.isEnabled = false;  // Someone removed it.
     machine.flow->begin();
+    EXPECT_TRUE(state.canGoForward) << "a look holds up nobody";
     machine.settle();
     EXPECT_FALSE(state.startsAtLogin);
     machine.flow->setStartsAtLogin(true);

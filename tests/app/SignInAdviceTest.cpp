@@ -79,9 +79,23 @@ TEST(SignInAdvice, everyFailureOfEitherServiceHasCausesBesideTheSystemsOwnText)
     }
     expectWhole(nobodySharesProblem());
     expectWhole(passwordNeededProblem());
-    for (const auto kind :
-         {ConfigurationError::Kind::keychainError, ConfigurationError::Kind::invalidConfiguration})
-        expectWhole(accountNotSavedProblem({.error = {.kind = kind}, .message = "Text."}));
+    EXPECT_EQ(tooManyRefusalsProblem(Seconds{61}).remedy, "Wait for 2 minutes, then try again.");
+    using Kind = ConfigurationError::Kind;
+    expectWhole(accountNotSavedProblem({.error = {.kind = Kind::invalidConfiguration}, .message = "Text."}));
+
+    const std::map<std::int32_t, std::string_view> secretStores{
+        {keychainStatus::notAvailable, "TIDEWELL_KEYCHAIN=file"},
+        {keychainStatus::interactionNotAllowed, "Unlock"},
+        {keychainStatus::userCanceled, "Unlock"},
+        {keychainStatus::invalidStore, "yours alone"},
+        {keychainStatus::io, "Make room"},
+        {keychainStatus::decode, "anew"}};
+    for (const auto& [status, help] : secretStores) {
+        const auto problem = accountNotSavedProblem(
+            {.error = {.kind = Kind::keychainError, .status = status}, .message = "Text."});
+        expectWhole(problem);
+        EXPECT_TRUE(problem.remedy.contains(help)) << problem.remedy;
+    }
 }
 
 /// The words of a cause that only some failures have.

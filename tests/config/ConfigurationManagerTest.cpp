@@ -236,6 +236,7 @@ TEST_F(ConfigurationManagerTest, aChangeOfSettingsLeavesWhatOthersChangedMeanwhi
         const auto first = one.manager.changeSettings({}, wanted);
         const auto menu = one.manager.changeSettings({}, {.graphTimeWindowHours = 12});
     }
+    ASSERT_TRUE(run(one.manager.load())) << "both are stored, although nobody waited";
     ASSERT_TRUE(run(two.manager.changeSettings({}, mmolSettings())));
     wanted.graphTimeWindowHours = 12;
     wanted.measurementUnit = "mmol/L";
