@@ -26,6 +26,14 @@ ErrorInfo termsProblem()
             .needsTerms = true};
 }
 
+ErrorInfo setupProblem()
+{
+    return {.title = "Setting up is not finished",
+            .message = "Tidewell shows no values and sends no alerts yet.",
+            .remediation = "Choose \"Finish setting up…\" in the menu.",
+            .needsSetup = true};
+}
+
 /// What keeps the desktop from showing alerts or from making them heard. What the menu shows anyway counts as
 /// good here: the account, its data, and what the person has set.
 std::optional<std::string> alertProblem(const AlertPath& path, Date now)
@@ -106,7 +114,7 @@ asio::awaitable<void> AppDelegate::launch()
     }
     alertPathDidChange();
     if (!services_.defaults.boolean(onboardingCompletedKey)) {
-        services_.pollingCoordinator.resetForNewConfiguration(nullptr, GlucoseProvider::dexcom);
+        showSetup();
         if (services_.feedbackPromptController)
             services_.feedbackPromptController->noteLaunch();
         if (services_.onboardingCoordinator)
@@ -130,8 +138,28 @@ void AppDelegate::checkTerms()
 
 void AppDelegate::termsDidChange()
 {
-    if (!terminating_ && waitsForTerms_ && hasAcceptedTerms(services_.defaults))
+    if (terminating_)
+        return;
+    if (waitsForTerms_ && hasAcceptedTerms(services_.defaults))
         followAccount();
+    updateTermsPending();
+}
+
+void AppDelegate::updateTermsPending()
+{
+    services_.statusBarViewModel.setTermsPending(
+        following_ && services_.termsAgreementCoordinator && services_.configurationManager.account() &&
+        hasAcceptedTerms(services_.defaults) && !hasAcceptedCurrentTerms(services_.defaults));
+}
+
+void AppDelegate::showSetup()
+{
+    const auto& account = services_.configurationManager.account();
+    if (std::exchange(setupShownWithAccount_, account.has_value()) == account.has_value())
+        return;
+    services_.pollingCoordinator.resetForNewConfiguration(
+        nullptr, account ? account->provider : GlucoseProvider::dexcom,
+        account ? std::optional{setupProblem()} : std::nullopt);
 }
 
 void AppDelegate::observeWorkspace()
@@ -158,9 +186,13 @@ void AppDelegate::observeWorkspace()
 
 void AppDelegate::configurationDidUpdate()
 {
-    // During the first-run steps nothing polls, whatever has been stored so far.
-    if (terminating_ || !services_.defaults.boolean(onboardingCompletedKey))
+    if (terminating_)
         return;
+    // During the first-run steps nothing polls, whatever has been stored so far.
+    if (!services_.defaults.boolean(onboardingCompletedKey)) {
+        showSetup();
+        return;
+    }
     followAccount();
     checkTerms();
 }
@@ -208,6 +240,7 @@ void AppDelegate::followAccount()
     waitsForTerms_ = account && services_.termsAgreementCoordinator && !hasAcceptedTerms(services_.defaults);
     if (services_.history)
         services_.history->follow(account ? HistoryScopeID::of(*account) : std::nullopt);
+    updateTermsPending();
     auto& coordinator = services_.pollingCoordinator;
     if (!account) {
         std::optional<ErrorInfo> damaged;

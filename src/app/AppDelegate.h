@@ -96,7 +96,8 @@ public:
     void storedStateDidReload();
     /// Begins or ends polling; what is shown stays. `resumption` is where a run that begins goes on from.
     void setPollingRole(PollingRole role, PollingResumption resumption = {});
-    /// The person accepted the terms of use: polling begins, when it had to wait for that.
+    /// The person accepted the terms of use: polling begins, when it had to wait for that, and the menu no
+    /// longer leads to them.
     void termsDidChange();
     /// Whether nothing is polled, and nothing of others shown, until the person accepts the terms of use.
     [[nodiscard]] bool waitsForTerms() const { return waitsForTerms_; }
@@ -116,6 +117,11 @@ private:
     asio::awaitable<void> watchAlertPath();
     void observeWorkspace();
     void configurationDidUpdate();
+    /// Before the first-run steps are finished: that they are not, once an account is stored, or that there
+    /// is none.
+    void showSetup();
+    /// Says whether newer terms wait for an answer.
+    void updateTermsPending();
     /// Once there is an account: the terms are asked for once a run, when they were not accepted.
     void checkTerms();
     /// Lets the coordinator follow the stored account, or shows that there is none, or that the terms of use
@@ -129,7 +135,8 @@ private:
     Task<void> alertPathTask_;
     std::unique_ptr<AppWorkspaceObservers> workspaceObservers_;
     std::vector<std::shared_ptr<void>> observers_;
-    std::optional<Date> accountConfirmedAt_;  ///< As far as it has been acted upon.
+    std::optional<Date> accountConfirmedAt_;     ///< As far as it has been acted upon.
+    std::optional<bool> setupShownWithAccount_;  ///< What showSetup() has shown.
     bool following_ = false;      ///< The first-run steps are over, and the account is followed or missed.
     bool waitsForTerms_ = false;  ///< It is not followed: no terms of use were ever accepted.
     bool termsChecked_ = false;

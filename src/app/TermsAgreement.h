@@ -10,6 +10,9 @@ namespace tidewell {
 /// Of the terms of use below; a change of their meaning gives them a new one.
 inline constexpr std::string_view currentTermsVersion = "1";
 
+/// Stands for the accepted version where the bookkeeping was lost: some version was accepted.
+inline constexpr std::string_view unknownTermsVersion = "unknown";
+
 struct TermsSection {
     std::string_view title;
     std::string_view text;  ///< One paragraph or more, separated by an empty line. Plain text.

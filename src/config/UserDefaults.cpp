@@ -93,6 +93,22 @@ std::error_code UserDefaults::save()
     return {};
 }
 
+std::error_code UserDefaults::trySave() const
+{
+    if (file_.empty())
+        return {};
+    if (const auto error = makePrivateFolder(file_.parent_path()))
+        return error;
+    if (const auto present = readValues(file_); !present && present.error() != std::errc::bad_message)
+        return present.error();
+    std::filesystem::path beside = file_;
+    beside += ".try";
+    const auto error = writeFileAtomically(beside, "{}\n");
+    std::error_code ignored;
+    std::filesystem::remove(beside, ignored);
+    return error;
+}
+
 /// Leaves in `values` what stands in the file afterwards.
 std::error_code UserDefaults::write(json::object& values, const std::set<std::string>& changed) const
 {

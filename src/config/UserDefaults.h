@@ -38,6 +38,9 @@ public:
     /// the file is as it was, and the next save tries again.
     [[nodiscard]] std::error_code save();
 
+    /// Whether a save would work now. Blocks; the file stays as it is.
+    [[nodiscard]] std::error_code trySave() const;
+
     /// A value of another type counts as absent.
     [[nodiscard]] bool boolean(std::string_view key) const;
     [[nodiscard]] std::optional<Date> date(std::string_view key) const;

@@ -34,6 +34,14 @@ MenuItem textItem(std::string title)
     return {.kind = MenuItem::Kind::text, .title = std::move(title), .enabled = false};
 }
 
+std::vector<std::string> linesOf(std::string_view text)
+{
+    std::vector<std::string> lines;
+    for (const auto line : std::views::split(text, '\n'))
+        lines.emplace_back(std::string_view{line});
+    return lines;
+}
+
 MenuItem separator() { return {.kind = MenuItem::Kind::separator, .enabled = false}; }
 
 /// Adds item after item, from the top of the menu to its end.
@@ -46,9 +54,11 @@ public:
           zone_{zone},
           seen_{seenReading(state, now)},
           needsTerms_{state.currentError && state.currentError->needsTerms},
-          canReconnect_{!needsTerms_ && state.currentError && state.currentError->canReconnect},
-          needsSignIn_{!needsTerms_ && state.currentError && state.currentError->needsSignIn},
-          waitsForPerson_{needsTerms_ || canReconnect_ || needsSignIn_}
+          needsSetup_{state.currentError && state.currentError->needsSetup},
+          canReconnect_{!needsTerms_ && !needsSetup_ && state.currentError &&
+                        state.currentError->canReconnect},
+          needsSignIn_{!needsTerms_ && !needsSetup_ && state.currentError && state.currentError->needsSignIn},
+          waitsForPerson_{needsTerms_ || needsSetup_ || canReconnect_ || needsSignIn_}
     {
     }
 
@@ -127,19 +137,21 @@ private:
             addAlert(problem->title, {problem->message, problem->remediation, retry});
         }
         if (state_.alertProblem) {
-            std::vector<std::string> lines;
-            for (const auto line : std::views::split(*state_.alertProblem, '\n'))
-                lines.emplace_back(std::string_view{line});
+            const std::vector<std::string> lines = linesOf(*state_.alertProblem);
             addAlert(lines.front(), {lines.begin() + 1, lines.end()});
         }
         if (state_.historyProblem)
             addAlert("Saved history needs attention", {*state_.historyProblem});
+        if (state_.bookkeepingProblem)
+            addAlert("Tidewell cannot remember what you choose", linesOf(*state_.bookkeepingProblem));
         for (SilentLowWarning& warning :
              silentLowWarnings(settings_, state_.alertsSnoozedUntil, now_, zone_)) {
             if (warning.cause != SilentLowCause::snooze)
                 addAlert(std::move(warning.text), {});
         }
-        if (needsTerms_)
+        if (needsSetup_)
+            items_.push_back({.title = "Finish setting up…", .command = MenuCommand::finishSetup});
+        if (needsTerms_ || state_.termsPending)
             items_.push_back({.title = "Show terms…", .command = MenuCommand::showTerms});
         if (canReconnect_)
             items_.push_back({.title = "Reconnect", .command = MenuCommand::reconnect});
@@ -178,6 +190,7 @@ private:
     TimeZone zone_;
     std::optional<SeenReading> seen_;
     bool needsTerms_;    ///< The terms of use have to be accepted first.
+    bool needsSetup_;    ///< The first-run steps have to be finished first.
     bool canReconnect_;  ///< The same account may be tried again.
     bool needsSignIn_;
     bool waitsForPerson_;  ///< Nothing is polled until the person has done something.

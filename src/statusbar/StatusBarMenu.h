@@ -25,6 +25,7 @@ enum class MenuCommand {
     reconnect,
     signIn,
     showTerms,
+    finishSetup,  ///< Goes on with the first-run steps.
     installUpdate,
     snooze30Minutes,
     snooze2Hours,
@@ -73,10 +74,12 @@ struct MenuPlaces {
 /// of the program, the snooze, and the places that it leads to. Pure; every presentation is made of it.
 ///
 /// One alert item stands for an error or, without one, for a reading that is too old; what keeps alerts from
-/// being noticed is a second one, and what is wrong with saved history a third. Then one for each setting
-/// that leaves lows silent; a snooze has its line further down. Below them comes what helps: "Reconnect" when
-/// the same account may be tried again, "Sign in…" when the person has to, and "Show terms…" before anything
-/// else can be done. Where there are no settings, "Switch account…" stands in their place.
+/// being noticed is a second one, what is wrong with saved history a third, and what keeps choices from being
+/// remembered a fourth. Then one for each setting that leaves lows silent; a snooze has its line further
+/// down. Below them comes what helps: "Reconnect" when the same account may be tried again, "Sign in…" when
+/// the person has to, and "Finish setting up…" or "Show terms…" before anything else can be done. "Show
+/// terms…" is there without a problem while newer terms wait. Where there are no settings, "Switch account…"
+/// stands in their place.
 [[nodiscard]] std::vector<MenuItem> statusBarMenu(const StatusBarState& state, const AppSettings& settings,
                                                   const MenuPlaces& places, Date now, TimeZone zone);
 

@@ -321,6 +321,16 @@ void StatusBarViewModel::setHistoryProblem(std::optional<std::string> problem)
     impl_->change([&] { impl_->set(impl_->state.historyProblem, std::move(problem)); });
 }
 
+void StatusBarViewModel::setBookkeepingProblem(std::optional<std::string> problem)
+{
+    impl_->change([&] { impl_->set(impl_->state.bookkeepingProblem, std::move(problem)); });
+}
+
+void StatusBarViewModel::setTermsPending(bool pending)
+{
+    impl_->change([&] { impl_->set(impl_->state.termsPending, pending); });
+}
+
 void StatusBarViewModel::clear()
 {
     impl_->change([&] {
@@ -329,6 +339,8 @@ void StatusBarViewModel::clear()
         empty.alertsSnoozedUntil = impl_->state.alertsSnoozedUntil;
         empty.alertProblem = impl_->state.alertProblem;
         empty.historyProblem = impl_->state.historyProblem;
+        empty.bookkeepingProblem = impl_->state.bookkeepingProblem;
+        empty.termsPending = impl_->state.termsPending;
         empty.updateAvailable = impl_->state.updateAvailable;
         empty.accessibilityValue = spokenGlucose(std::nullopt, impl_->clock.now(), impl_->settings());
         impl_->set(impl_->state, std::move(empty));

@@ -30,6 +30,7 @@ struct ErrorInfo {
     bool needsSignIn = false;   ///< Signing in is what helps; nothing is polled until then.
     bool canReconnect = false;  ///< The same account may be tried again.
     bool needsTerms = false;    ///< Accepting the terms of use is what helps; nothing is polled until then.
+    bool needsSetup = false;  ///< Finishing the first-run steps is what helps; nothing is polled until then.
     bool operator==(const ErrorInfo&) const = default;
 };
 
@@ -51,6 +52,9 @@ struct StatusBarState {
     std::optional<std::string> alertProblem{};
     /// What keeps readings from being saved or kept; monitoring goes on all the same.
     std::optional<std::string> historyProblem{};
+    /// Why what the person chooses would be forgotten at the end of the run; a line for each sentence.
+    std::optional<std::string> bookkeepingProblem{};
+    bool termsPending = false;  ///< Newer terms of use wait for an answer; everything goes on meanwhile.
     std::optional<Date> nextRetryAt{};
     std::optional<Date> lastUpdateAt{};  ///< When the service last answered with readings.
     bool updateAvailable = false;        ///< Of the program.
@@ -98,6 +102,8 @@ public:
     void setAlertsSnoozedUntil(std::optional<Date> date);
     void setAlertProblem(std::optional<std::string> problem);
     void setHistoryProblem(std::optional<std::string> problem);
+    void setBookkeepingProblem(std::optional<std::string> problem);
+    void setTermsPending(bool pending);
     /// Forgets reading, history, activity, error, retry and last update: another account begins.
     void clear();
     void appSettingsDidUpdate();

@@ -75,6 +75,8 @@ std::string tooltipText(const StatusBarState& state, const std::optional<SeenRea
         lines.push_back(*state.alertProblem);
     if (state.historyProblem)
         lines.push_back(*state.historyProblem);
+    if (state.bookkeepingProblem)
+        lines.push_back("Tidewell cannot remember what you choose.\n" + *state.bookkeepingProblem);
     if (snoozed(state, now))
         lines.push_back(snoozeLine(*state.alertsSnoozedUntil, settings, zone));
     return fmt::format("{}", fmt::join(lines, "\n"));
@@ -82,7 +84,7 @@ std::string tooltipText(const StatusBarState& state, const std::optional<SeenRea
 
 StatusIndicator indicator(const StatusBarState& state, const std::optional<SeenReading>& seen)
 {
-    if (shownProblem(state, seen) || state.alertProblem || state.historyProblem)
+    if (shownProblem(state, seen) || state.alertProblem || state.historyProblem || state.bookkeepingProblem)
         return StatusIndicator::warning;
     return state.updateAvailable ? StatusIndicator::updateAvailable : StatusIndicator::none;
 }

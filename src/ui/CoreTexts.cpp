@@ -19,10 +19,19 @@ constexpr auto texts = std::to_array<const char*>({
     QT_TRANSLATE_NOOP("Core", "Sign in…"),
     QT_TRANSLATE_NOOP("Core", "Switch account…"),
     QT_TRANSLATE_NOOP("Core", "Show terms…"),
+    QT_TRANSLATE_NOOP("Core", "Finish setting up…"),
     QT_TRANSLATE_NOOP("Core", "Insights"),
     QT_TRANSLATE_NOOP("Core", "Settings"),
     QT_TRANSLATE_NOOP("Core", "Quit"),
     QT_TRANSLATE_NOOP("Core", "Saved history needs attention"),
+    QT_TRANSLATE_NOOP("Core", "Tidewell cannot remember what you choose"),
+    QT_TRANSLATE_NOOP("Core", "Tidewell cannot remember what you choose."),
+    QT_TRANSLATE_NOOP("Core", "Tidewell cannot remember what you choose: %1"),
+    QT_TRANSLATE_NOOP("Core", "A snooze and accepted terms may be forgotten when Tidewell ends."),
+    QT_TRANSLATE_NOOP("Core", "Mend the permissions of the folder, or make room on the disk."),
+    QT_TRANSLATE_NOOP("Core", "Setting up is not finished"),
+    QT_TRANSLATE_NOOP("Core", "Tidewell shows no values and sends no alerts yet."),
+    QT_TRANSLATE_NOOP("Core", "Choose \"Finish setting up…\" in the menu."),
     QT_TRANSLATE_NOOP("Core", "Snooze alerts (30 min)"),
     QT_TRANSLATE_NOOP("Core", "Snooze alerts (2 hours)"),
     QT_TRANSLATE_NOOP("Core", "Resume alerts now"),
@@ -694,6 +703,11 @@ constexpr auto texts = std::to_array<const char*>({
     QT_TRANSLATE_NOOP("Core", "There is no folder for the programs that start at login."),
     QT_TRANSLATE_NOOP("Core", "%1 could not be written: %2."),
     // What else there is to find.
+    QT_TRANSLATE_NOOP("Core", "Setting up is not finished: no readings are fetched and no alert comes."),
+    QT_TRANSLATE_NOOP("Core", "Choose “Finish setting up…” in the menu."),
+    QT_TRANSLATE_NOOP("Core",
+                      "The terms of use were never accepted: no readings are fetched and no alert comes."),
+    QT_TRANSLATE_NOOP("Core", "Choose “Show terms…” in the menu and accept them."),
     QT_TRANSLATE_NOOP("Core", "The desktop has a status area for the item."),
     QT_TRANSLATE_NOOP("Core",
                       "The desktop has no status area that shows the item; alerts come all the same."),
@@ -708,6 +722,6 @@ constexpr auto texts = std::to_array<const char*>({
 
 std::span<const char* const> coreTexts() { return texts; }
 
-    QT_TRANSLATE_NOOP(
-        "Core", "Mend that, or switch “Start Tidewell when I log in” off in the settings, tab General."),
+QT_TRANSLATE_NOOP("Core",
+                  "Mend that, or switch “Start Tidewell when I log in” off in the settings, tab General."),
 }  // namespace tidewell

@@ -198,6 +198,44 @@ TEST_F(AppDelegateTest, nothingPollsBeforeOnboardingIsCompleted)
     EXPECT_EQ(recorder.calls.back(), "onboarding");
 }
 
+TEST_F(AppDelegateTest, firstRunStepsThatWereLeftAreWhatIsMissingOnceAnAccountIsStored)
+{
+    const auto error = [this] { return viewModel.state().currentError.value_or(ErrorInfo{}); };
+    launch();
+    EXPECT_EQ(error().title, "Sign in required");
+    asio::co_spawn(io, manager->saveAccount(account()), asio::detached);
+    settle();
+    EXPECT_EQ(error().title, "Setting up is not finished");
+    EXPECT_TRUE(error().needsSetup);
+    EXPECT_FALSE(error().needsSignIn);
+
+    // Another start finds the same, and nothing but the end of the steps changes it.
+    delegate->applicationWillTerminate();
+    makeManager();
+    launch();
+    delegate->storedStateDidReload();
+    delegate->termsDidChange();
+    workspace.send(WorkspaceEvent::didWake);
+    coordinator.reconnect();
+    asio::co_spawn(io, manager->saveAccount(account("grace")), asio::detached);
+    asio::co_spawn(io, coordinator.refreshNow(), asio::detached);
+    clock.advance(1h);
+    EXPECT_EQ(error().title, "Setting up is not finished");
+    EXPECT_EQ(api->fetches, 0);
+    EXPECT_TRUE(center.posted.empty()) << "nobody was promised alerts yet";
+    asio::co_spawn(io, manager->saveAccount(std::nullopt), asio::detached);
+    settle();
+    EXPECT_EQ(error().title, "Sign in required");
+
+    asio::co_spawn(io, manager->saveAccount(account()), asio::detached);
+    settle();
+    defaults.set(onboardingCompletedKey, true);
+    delegate->storedStateDidReload();
+    clock.advance(6s);
+    EXPECT_FALSE(viewModel.state().currentError);
+    EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+}
+
 TEST_F(AppDelegateTest, aStoredAccountIsPolledFiveSecondsAfterTheStart)
 {
     storeAccount();
@@ -427,6 +465,15 @@ TEST_F(AppDelegateTest, newerTermsAreShownWhilePollingGoesOnAlsoWhenTheAccountCo
     EXPECT_EQ(recorder.calls, (Calls{"item", "terms"}));
     EXPECT_FALSE(delegate->waitsForTerms());
     EXPECT_EQ(viewModel.state().statusTitle, "120 →");
+
+    EXPECT_TRUE(viewModel.state().termsPending) << "who said \"Not now\" finds them in the menu";
+    EXPECT_FALSE(viewModel.state().currentError);
+    delegate->setPollingRole(PollingRole::follows);
+    settle();
+    EXPECT_TRUE(viewModel.state().termsPending);
+    acceptTerms(defaults, clock.now());
+    delegate->termsDidChange();
+    EXPECT_FALSE(viewModel.state().termsPending);
 }
 
 TEST_F(AppDelegateTest, followingShowsNothingBeforeTermsWereAccepted)

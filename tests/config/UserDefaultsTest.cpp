@@ -102,8 +102,11 @@ TEST_F(UserDefaultsTest, aSaveThatFailsIsTriedAgain)
     EXPECT_TRUE(defaults.load());
     defaults.set("flag", true);
     EXPECT_TRUE(defaults.save());
+    EXPECT_TRUE(defaults.trySave());
     EXPECT_TRUE(std::filesystem::is_directory(file));
     std::filesystem::remove(file);
+    EXPECT_FALSE(defaults.trySave());
+    EXPECT_TRUE(std::filesystem::is_empty(file.parent_path())) << "looking leaves nothing behind";
     EXPECT_FALSE(defaults.save());
     EXPECT_NE(bytesOf(file).find("flag"), std::string::npos);
 }

@@ -132,6 +132,33 @@ TEST(StatusBarMenu, beforeTheTermsAreAcceptedNothingElseHelps)
     EXPECT_EQ(rest(state), "[T]|Show terms…|--|" + snooze + places);
 }
 
+TEST(StatusBarMenu, beforeTheFirstRunStepsAreFinishedTheyAreWhatHelps)
+{
+    StatusBarState state;
+    state.currentError = {.title = "T", .needsSignIn = true, .canReconnect = true, .needsSetup = true};
+    EXPECT_EQ(rest(state), "[T]|Finish setting up…|--|" + snooze + places);
+    EXPECT_FALSE(menu(state)[1].enabled) << "there is nothing to refresh";
+}
+
+TEST(StatusBarMenu, leadsToNewerTermsUntilTheyAreAcceptedWithoutAWarning)
+{
+    StatusBarState state = showing(120, Seconds{0});
+    state.termsPending = true;
+    EXPECT_EQ(rest(state), "Show terms…|--|" + snooze + places);
+    EXPECT_TRUE(menu(state)[1].enabled);
+    state.currentError = {.title = "T", .needsSignIn = true};
+    EXPECT_EQ(rest(state), "[T]|Show terms…|Sign in…|--|" + snooze + places);
+}
+
+TEST(StatusBarMenu, saysThatChoicesAreForgotten)
+{
+    StatusBarState state = showing(120, Seconds{0});
+    state.bookkeepingProblem = "A could not be written: B.\nC.";
+    EXPECT_EQ(
+        rest(state),
+        "[Tidewell cannot remember what you choose / A could not be written: B. / C.]|--|" + snooze + places);
+}
+
 TEST(StatusBarMenu, leadsOnlyToPlacesThatThereAre)
 {
     StatusBarState state = showing(120, Seconds{0});

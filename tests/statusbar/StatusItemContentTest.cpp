@@ -127,7 +127,10 @@ TEST(StatusItemContent, theBadgeWarnsBeforeItTellsOfAnUpdate)
         state.alertProblem = "There is no notification server.";
         EXPECT_EQ(content(std::exchange(state, good)).indicator, warning);
         state.historyProblem = "The disk is full.";
+        EXPECT_EQ(content(std::exchange(state, good)).indicator, warning);
+        state.bookkeepingProblem = "The disk is full.";
         EXPECT_EQ(content(state).indicator, warning);
+        EXPECT_TRUE(content(state).tooltipText.contains("cannot remember")) << content(state).tooltipText;
     }
 }
 

@@ -138,6 +138,58 @@
         <translation>Nutzungsbedingungen anzeigen…</translation>
     </message>
     <message>
+        <source>Finish setting up…</source>
+        <translation>Einrichtung abschließen…</translation>
+    </message>
+    <message>
+        <source>Tidewell cannot remember what you choose</source>
+        <translation>Tidewell kann sich nicht merken, was Sie wählen</translation>
+    </message>
+    <message>
+        <source>Tidewell cannot remember what you choose.</source>
+        <translation>Tidewell kann sich nicht merken, was Sie wählen.</translation>
+    </message>
+    <message>
+        <source>Tidewell cannot remember what you choose: %1</source>
+        <translation>Tidewell kann sich nicht merken, was Sie wählen: %1</translation>
+    </message>
+    <message>
+        <source>A snooze and accepted terms may be forgotten when Tidewell ends.</source>
+        <translation>Eine Stummschaltung und angenommene Nutzungsbedingungen sind womöglich vergessen, wenn Tidewell endet.</translation>
+    </message>
+    <message>
+        <source>Mend the permissions of the folder, or make room on the disk.</source>
+        <translation>Berichtigen Sie die Zugriffsrechte des Ordners oder schaffen Sie Platz auf dem Datenträger.</translation>
+    </message>
+    <message>
+        <source>Setting up is not finished</source>
+        <translation>Die Einrichtung ist nicht abgeschlossen</translation>
+    </message>
+    <message>
+        <source>Tidewell shows no values and sends no alerts yet.</source>
+        <translation>Tidewell zeigt noch keine Werte und sendet noch keine Warnungen.</translation>
+    </message>
+    <message>
+        <source>Choose &quot;Finish setting up…&quot; in the menu.</source>
+        <translation>Wählen Sie „Einrichtung abschließen…“ im Menü.</translation>
+    </message>
+    <message>
+        <source>Choose “Finish setting up…” in the menu.</source>
+        <translation>Wählen Sie „Einrichtung abschließen…“ im Menü.</translation>
+    </message>
+    <message>
+        <source>Setting up is not finished: no readings are fetched and no alert comes.</source>
+        <translation>Die Einrichtung ist nicht abgeschlossen: Es werden keine Messwerte abgefragt, und es kommt keine Warnung.</translation>
+    </message>
+    <message>
+        <source>The terms of use were never accepted: no readings are fetched and no alert comes.</source>
+        <translation>Die Nutzungsbedingungen wurden nie angenommen: Es werden keine Messwerte abgefragt, und es kommt keine Warnung.</translation>
+    </message>
+    <message>
+        <source>Choose “Show terms…” in the menu and accept them.</source>
+        <translation>Wählen Sie „Nutzungsbedingungen anzeigen…“ im Menü und nehmen Sie sie an.</translation>
+    </message>
+    <message>
         <source>Insights</source>
         <translation>Auswertung</translation>
     </message>
@@ -4354,6 +4406,10 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>The terms of use have changed. Please read them. Tidewell goes on meanwhile.</source>
         <translation>Die Nutzungsbedingungen haben sich geändert. Bitte lesen Sie sie. Tidewell läuft inzwischen weiter.</translation>
+    </message>
+    <message>
+        <source>Tidewell does not know whether you accepted these terms. Please accept them once more.</source>
+        <translation>Tidewell weiß nicht, ob Sie diese Nutzungsbedingungen angenommen haben. Bitte nehmen Sie sie noch einmal an.</translation>
     </message>
     <message>
         <source>Terms of use</source>
