@@ -200,7 +200,8 @@ private:
         case MenuCommand::none:
         case MenuCommand::installUpdate: break;
         case MenuCommand::showTerms: terms_.show(); break;
-        case MenuCommand::showSettings: settingsWindow_.show(SettingsTab::general); break;
+        case MenuCommand::finishSetup: onboarding_.showOnboarding(); break;
+        case MenuCommand::showSettings: settingsWindow_.show(); break;
         case MenuCommand::showInsights: insights_.show(); break;
         case MenuCommand::showGraph: item_.showMenu(QCursor::pos()); break;
         case MenuCommand::refresh:

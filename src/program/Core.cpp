@@ -27,6 +27,8 @@ constexpr int unwindingTurns = 32;
 constexpr int unwindingRounds = 4;
 /// An atomic write is several events; one reload is enough for them.
 constexpr std::chrono::milliseconds reloadDelay{200};
+/// Nobody announces that a disk has room again.
+constexpr std::chrono::milliseconds saveRetryInterval = 5min;
 
 /// Between two requests while another process may be making its own: it has the name, and does not answer.
 constexpr std::chrono::milliseconds aloneSpacing = 60s;
@@ -113,6 +115,8 @@ Core::Core(Environment environment, std::unique_ptr<Engine> owner, std::unique_p
         coreLog.warning(bookkeepingProblem(environment_.defaults(), error));
     }
     defaults_->setChangeHandler([this] { saveDefaultsLater(); });
+    saveRetryTimer_.setInterval(saveRetryInterval);
+    QObject::connect(&saveRetryTimer_, &QTimer::timeout, [this] { saveDefaultsLater(); });
     configuration_ = std::make_unique<ConfigurationManager>(
         main(), engine_.workers(),
         ConfigurationManager::Places{.document = environment_.document(), .keychain = environment_.keychain});
@@ -175,8 +179,8 @@ void Core::makeSharing(SharingKind kind)
 std::string Core::sharedAccount() const
 {
     const auto& account = configuration_->account();
-    // Before terms were accepted nothing is shown, whoever asks for it.
-    if (!account || (delegate_ && delegate_->waitsForTerms()))
+    // Before terms were accepted and the first-run steps finished nothing is shown, whoever asks for it.
+    if (!account || !defaults_->boolean(onboardingCompletedKey) || (delegate_ && delegate_->waitsForTerms()))
         return {};
     return sharingAccount(environment_, *account);
 }
@@ -363,7 +367,7 @@ asio::awaitable<void> Core::concludeFromAccount()
         defaults_->set(onboardingCompletedKey, true);
         // Nobody got that far without terms; of which version they were is lost, so they are asked for.
         if (!hasAcceptedTerms(*defaults_))
-            defaults_->set(acceptedTermsVersionKey, "unknown");
+            defaults_->set(acceptedTermsVersionKey, std::string{unknownTermsVersion});
     }
     delegate_->applicationDidFinishLaunching();
     sharingBegin_ = startTask(main(), beginSharing());
@@ -439,14 +443,17 @@ asio::awaitable<void> Core::reload(bool configurationToo)
 {
     const auto readDefaults = [defaults = defaults_] {
         // What is not saved yet would be forgotten by a load.
-        if (!defaults->save())
+        const auto error = defaults->save();
+        if (!error)
             (void)defaults->load();
+        return error;
     };
-    co_await runOnWorker(asio::any_io_executor{defaultsFile_}, readDefaults);
+    const auto error = co_await runOnWorker(asio::any_io_executor{defaultsFile_}, readDefaults);
     if (configurationToo)
         (void)co_await configuration_->load();
     if (!delegate_)
         co_return;
+    defaultsDidSave(error);
     storedStateDidChange();
 }
 
@@ -466,10 +473,29 @@ void Core::termsDidChange()
 
 void Core::saveDefaultsLater()
 {
-    asio::post(defaultsFile_, [defaults = defaults_] {
-        if (const auto error = defaults->save())
-            coreLog.error("The bookkeeping was not saved: " + error.message());
+    asio::post(defaultsFile_, [this, defaults = defaults_] {
+        const auto error = defaults->save();
+        asio::post(main(), [this, error] { defaultsDidSave(error); });
     });
+}
+
+void Core::defaultsDidSave(std::error_code error)
+{
+    if (ended_)
+        return;
+    const bool wasKnown = viewModel_->state().bookkeepingProblem.has_value();
+    if (!error) {
+        saveRetryTimer_.stop();
+        if (wasKnown)
+            coreLog.info("The bookkeeping is saved again.");
+        viewModel_->setBookkeepingProblem(std::nullopt);
+        return;
+    }
+    if (!wasKnown) {
+        coreLog.error("The bookkeeping was not saved: " + error.message());
+        saveRetryTimer_.start();
+    }
+    viewModel_->setBookkeepingProblem(bookkeepingNotSaved(environment_.defaults(), error));
 }
 
 bool Core::shutDown()
@@ -496,8 +522,9 @@ bool Core::shutDown()
         busy = !engineTookTurns();
     }
     const bool ended = engine_.stop(workersGrace) && !busy;
-    if (const auto error = defaults_->save())
+    if (const auto error = defaults_->save(); error && !saveRetryTimer_.isActive())
         coreLog.error("The bookkeeping was not saved: " + error.message());
+    saveRetryTimer_.stop();
     environment_.temporary.reset();
     return ended;
 }

@@ -119,6 +119,8 @@ private:
     [[nodiscard]] bool canPoll() const;
     void watchStoredState();
     void saveDefaultsLater();
+    /// Tells of bookkeeping that cannot be saved, and of the end of that.
+    void defaultsDidSave(std::error_code error);
     /// Lets the engine do what waits for it; false when it is too busy.
     bool engineTookTurns();
     asio::awaitable<void> reload(bool configurationToo);
@@ -159,6 +161,7 @@ private:
     QFileSystemWatcher fileWatcher_;
     QTimer reloadTimer_;  ///< Lets a burst of file events pass before one reload.
     QTimer defaultsTimer_;
+    QTimer saveRetryTimer_;  ///< Runs while the bookkeeping could not be saved.
     bool bookkeepingLost_ = false;
     Task<void> preparation_;   ///< Of a launch that has to be prepared.
     Task<void> sharingBegin_;  ///< Waits for the launch.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/AccountCheck.h"
+#include "app/TermsAgreement.h"
 #include "platform/linux/AlertProbe.h"
 #include "platform/linux/AutostartFile.h"
 #include "platform/linux/DesktopHelper.h"
@@ -124,6 +125,14 @@ ExitCode runDoctor(bool asJson)
                                            .text = "Tidewell is running but does not answer.",
                                            .remedy = "End it and start it again."});
     }
+    // Only the application asks for terms: who uses nothing but a terminal has never seen them.
+    if (account && !session.defaults().boolean(onboardingCompletedKey))
+        addSetupFinding(findings);
+    else if (account && facts.running && !hasAcceptedTerms(session.defaults()))
+        addTermsFinding(findings);
+    const auto defaultsFile = session.environment().defaults();
+    if (const auto error = session.defaults().trySave())
+        addBeforeGood(findings, bookkeepingFinding(bookkeepingNotSaved(defaultsFile, error)));
     const DisplayProbe display;
     std::optional<bool> statusArea;
     if (display.answers())

@@ -2,10 +2,25 @@
 
 #include <QString>
 #include <algorithm>
+#include <array>
 
 #include "platform/linux/StatusAreaAdvice.h"
 
 namespace tidewell {
+
+namespace {
+
+void addNothingIsFetched(std::vector<AlertFinding>& findings, AlertFinding finding)
+{
+    constexpr std::array<std::string_view, 5> untrue{"low", "rapidFall", "high", "rapidRise", "missingData"};
+    std::erase_if(findings, [&](const AlertFinding& f) {
+        return f.subject == "data" || (f.severity == AlertFinding::Severity::good &&
+                                       std::ranges::find(untrue, f.subject) != untrue.end());
+    });
+    findings.insert(findings.begin(), std::move(finding));
+}
+
+}  // namespace
 
 AlertFinding statusAreaFinding(bool there)
 {
@@ -50,11 +65,40 @@ void replaceAccountFinding(std::vector<AlertFinding>& findings, const ErrorInfo&
                                        .remedy = problem.remediation});
 }
 
+void addSetupFinding(std::vector<AlertFinding>& findings)
+{
+    addNothingIsFetched(findings,
+                        {.severity = AlertFinding::Severity::problem,
+                         .subject = "setup",
+                         .text = "Setting up is not finished: no readings are fetched and no alert comes.",
+                         .remedy = "Choose “Finish setting up…” in the menu."});
+}
+
+void addTermsFinding(std::vector<AlertFinding>& findings)
+{
+    addNothingIsFetched(
+        findings,
+        {.severity = AlertFinding::Severity::problem,
+         .subject = "terms",
+         .text = "The terms of use were never accepted: no readings are fetched and no alert comes.",
+         .remedy = "Choose “Show terms…” in the menu and accept them."});
+}
+
+AlertFinding bookkeepingFinding(const std::string& problem)
+{
+    const std::size_t line = problem.find('\n');
+    return {.severity = AlertFinding::Severity::caution,
+            .subject = "bookkeeping",
+            .text = "Tidewell cannot remember what you choose: " + problem.substr(0, line),
+            .remedy = "Mend the permissions of the folder, or make room on the disk."};
+}
+
 void addBeforeGood(std::vector<AlertFinding>& findings, AlertFinding finding)
 {
-    const auto firstGood = std::ranges::find_if(
-        findings, [](const AlertFinding& f) { return f.severity == AlertFinding::Severity::good; });
-    findings.insert(firstGood, std::move(finding));
+    const auto rank = std::min(finding.severity, AlertFinding::Severity::note);
+    const auto firstBetter =
+        std::ranges::find_if(findings, [rank](const AlertFinding& f) { return f.severity > rank; });
+    findings.insert(firstBetter, std::move(finding));
 }
 
 }  // namespace tidewell

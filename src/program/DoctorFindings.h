@@ -25,7 +25,13 @@ inline constexpr std::chrono::milliseconds statusAreaDeadline{2000};
 [[nodiscard]] AlertFinding loginItemFinding(const LoginItemStatus& item);
 /// Replaces what the facts say of account and data by the problem that polling has, at the front.
 void replaceAccountFinding(std::vector<AlertFinding>& findings, const ErrorInfo& problem);
-/// After everything that is not good.
+/// The first-run steps are not finished, or terms of use were never accepted: nothing is fetched. Comes
+/// first, in place of whatever tells of readings and of alerts that come.
+void addSetupFinding(std::vector<AlertFinding>& findings);
+void addTermsFinding(std::vector<AlertFinding>& findings);
+/// Of bookkeepingNotSaved(): a snooze or accepted terms are lost at the next start.
+[[nodiscard]] AlertFinding bookkeepingFinding(const std::string& problem);
+/// After everything that is as bad or worse, and before what is good.
 void addBeforeGood(std::vector<AlertFinding>& findings, AlertFinding finding);
 
 }  // namespace tidewell

@@ -106,6 +106,13 @@ std::string bookkeepingProblem(const std::filesystem::path& file, std::error_cod
            (damaged ? "it is damaged, and is set aside when it is written next" : error.message()) + ".";
 }
 
+std::string bookkeepingNotSaved(const std::filesystem::path& file, std::error_code error)
+{
+    return file.string() + " could not be written: " + error.message() +
+           ".\nA snooze and accepted terms may be forgotten when Tidewell ends.\n"
+           "Mend the permissions of the folder, or make room on the disk.";
+}
+
 std::expected<Environment, CommandError> standardEnvironment()
 {
     const auto folders = standardFolders();

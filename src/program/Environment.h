@@ -55,6 +55,8 @@ struct Environment {
 
 /// One sentence about a file of user defaults that could not be read: the program goes on without it.
 [[nodiscard]] std::string bookkeepingProblem(const std::filesystem::path& file, std::error_code error);
+/// What to say when it could not be saved: what failed, and on further lines what follows and what to do.
+[[nodiscard]] std::string bookkeepingNotSaved(const std::filesystem::path& file, std::error_code error);
 
 /// Reads the environment's variables and files. Folders that cannot be made are no error here: reading goes
 /// on without them, and a save says what is wrong.

@@ -55,6 +55,14 @@ void SettingsController::show(SettingsTab tab)
     window_->open(tab);
 }
 
+void SettingsController::show()
+{
+    if (window_)
+        window_->bringToFront();
+    else
+        show(SettingsTab::general);
+}
+
 void SettingsController::make()
 {
     model_ = std::make_unique<SettingsModel>(SettingsModel::Services{
@@ -114,14 +122,21 @@ asio::awaitable<std::vector<AlertFinding>> SettingsController::look()
     if (!shown.glucoseHistory.empty())
         facts.newestReading = shown.glucoseHistory.back().date;
     const std::optional<ErrorInfo> problem = shown.currentError;
+    const std::optional<std::string> bookkeeping = shown.bookkeepingProblem;
     const GlucoseHistoryStatus history = core_.history().status();
     Core& core = core_;
     facts.path = co_await core.lookAtAlertPath();
     const auto statusArea = co_await statusAreaFromHelper(desktopHelperProgram, statusAreaDeadline);
     facts.now = core.clock().now();
     auto findings = alertFindings(facts);
-    if (problem)
+    if (problem && problem->needsSetup)
+        addSetupFinding(findings);
+    else if (problem && problem->needsTerms)
+        addTermsFinding(findings);
+    else if (problem)
         replaceAccountFinding(findings, *problem);
+    if (bookkeeping)
+        addBeforeGood(findings, bookkeepingFinding(*bookkeeping));
     if (statusArea)
         addBeforeGood(findings, statusAreaFinding(*statusArea));
     if (facts.hasAccount)

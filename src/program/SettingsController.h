@@ -26,6 +26,8 @@ public:
 
     /// Shows the window on that tab, or brings it to the front.
     void show(SettingsTab tab);
+    /// Brings the window to the front as it is; without one, shows it on its first tab.
+    void show();
 
 private:
     void make();

@@ -4,6 +4,18 @@
 
 namespace tidewell {
 
+namespace {
+
+TermsDialog::Purpose purposeOf(const UserDefaults& defaults)
+{
+    if (!hasAcceptedTerms(defaults))
+        return TermsDialog::Purpose::accept;
+    return defaults.text(acceptedTermsVersionKey) == unknownTermsVersion ? TermsDialog::Purpose::acceptAnew
+                                                                         : TermsDialog::Purpose::acceptAgain;
+}
+
+}  // namespace
+
 TermsController::TermsController(Core& core) : core_{core} {}
 
 TermsController::~TermsController() { delete dialog_; }
@@ -11,8 +23,7 @@ TermsController::~TermsController() { delete dialog_; }
 void TermsController::checkAgreement()
 {
     if (!hasAcceptedCurrentTerms(core_.defaults()))
-        open(hasAcceptedTerms(core_.defaults()) ? TermsDialog::Purpose::acceptAgain
-                                                : TermsDialog::Purpose::accept);
+        open(purposeOf(core_.defaults()));
 }
 
 bool TermsController::showPendingAgreement()

@@ -156,7 +156,7 @@ bool watchIsSettled(const StatusBarState& state)
 
 ExitCode watchExitCode(const StatusBarState& state)
 {
-    if (state.currentError && state.currentError->needsSignIn)
+    if (state.currentError && (state.currentError->needsSignIn || state.currentError->needsSetup))
         return ExitCode::signInNeeded;
     return state.freshness == ReadingFreshness::current ? ExitCode::good : ExitCode::noFreshReading;
 }

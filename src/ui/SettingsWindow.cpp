@@ -201,6 +201,11 @@ void SettingsWindow::open(SettingsTab tab)
         impl_->tabs->setCurrentIndex(index);
         impl_->tabs->tabBar()->setFocus();
     }
+    bringToFront();
+}
+
+void SettingsWindow::bringToFront()
+{
     show();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     raise();

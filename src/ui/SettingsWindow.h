@@ -50,6 +50,8 @@ public:
     void present(const SettingsState& state);
     /// Shows it on that tab, and brings it to the front.
     void open(SettingsTab tab);
+    /// The same without another page: the person may be in the middle of one.
+    void bringToFront();
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -22,6 +22,9 @@ QString introduction(TermsDialog::Purpose purpose)
     case TermsDialog::Purpose::acceptAgain:
         return TermsDialog::tr(
             "The terms of use have changed. Please read them. Tidewell goes on meanwhile.");
+    case TermsDialog::Purpose::acceptAnew:
+        return TermsDialog::tr(
+            "Tidewell does not know whether you accepted these terms. Please accept them once more.");
     case TermsDialog::Purpose::read: return {};
     }
     std::unreachable();

@@ -19,6 +19,7 @@ public:
     enum class Purpose {
         accept,       ///< They were never accepted: nothing is fetched until then.
         acceptAgain,  ///< They have changed since; everything goes on meanwhile.
+        acceptAnew,   ///< Whether they were accepted was lost; everything goes on meanwhile.
         read          ///< From the settings: there is nothing to accept.
     };
     TermsDialog(Purpose purpose, Handlers handlers);

@@ -514,7 +514,21 @@ TEST_F(CommandLineTest, theDoctorSaysWhatIsWrongWhereverItRuns)
     for (const auto* one : {"good account", "good data", "caution missingData", "caution snooze"})
         EXPECT_TRUE(has(signedIn, one)) << one << testing::PrintToString(signedIn);
 
-    std::ofstream{home / ".local/state/tidewell/defaults.json"} << R"({"TidewellAlertsSnoozedUntil":9e12})";
+    const auto bookkeeping = home / ".local/state/tidewell/defaults.json";
+    EXPECT_FALSE(has(signedIn, "problem setup") || has(signedIn, "problem terms"))
+        << "no window has asked for anything";
+    EXPECT_FALSE(has(signedIn, "caution bookkeeping")) << testing::PrintToString(signedIn);
+    std::filesystem::remove(bookkeeping);
+    std::filesystem::create_directory(bookkeeping);  // Nothing can be written in its place.
+    const auto unfinished = findings();
+    EXPECT_EQ(unfinished.front(), "problem setup");
+    EXPECT_TRUE(has(unfinished, "caution bookkeeping")) << testing::PrintToString(unfinished);
+    EXPECT_TRUE(has(unfinished, "good account"));
+    for (const auto* one : {"good data", "good low", "good high", "good rapidFall"})
+        EXPECT_FALSE(has(unfinished, one)) << one;
+    std::filesystem::remove(bookkeeping);
+
+    std::ofstream{bookkeeping} << R"({"TidewellAlertsSnoozedUntil":9e12})";
     ASSERT_NO_FATAL_FAILURE(startService("no-readings"));
     const auto noReadings = findings();
     EXPECT_TRUE(has(noReadings, "problem account")) << testing::PrintToString(noReadings);

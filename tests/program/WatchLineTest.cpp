@@ -101,6 +101,8 @@ TEST(WatchLine, onceEndsWithAReadingOrAProblemAndItsCode)
     problem.currentError = ErrorInfo{.title = "T"};
     StatusBarState signIn = problem;
     signIn.currentError->needsSignIn = true;
+    StatusBarState setup = problem;
+    setup.currentError->needsSetup = true;
     const std::vector<Row> rows{
         {"nothing yet", {}, false, ExitCode::noFreshReading},
         {"loading", loading, false, ExitCode::noFreshReading},
@@ -108,6 +110,7 @@ TEST(WatchLine, onceEndsWithAReadingOrAProblemAndItsCode)
         {"stale", stale, true, ExitCode::noFreshReading},
         {"problem", problem, true, ExitCode::noFreshReading},
         {"sign in", signIn, true, ExitCode::signInNeeded},
+        {"set up", setup, true, ExitCode::signInNeeded},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

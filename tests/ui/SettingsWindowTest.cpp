@@ -646,6 +646,11 @@ TEST_F(SettingsWindowTest, opensOnATabAndClosesByEscape)
     EXPECT_TRUE(button("lookAgain").hasFocus()) << "Nothing moves when it is open there already.";
     key(button("lookAgain"), Qt::Key_Tab, Qt::ControlModifier);
     EXPECT_EQ(tabs.currentIndex(), 0);
+    window->open(SettingsTab::about);
+    button("lookAgain").setFocus();
+    window->bringToFront();
+    EXPECT_TRUE(button("lookAgain").hasFocus()) << "Whoever is in the middle of a page stays there.";
+    window->open(SettingsTab::general);
     calls.clear();
     key(widget<QCheckBox>("startAtLogin"), Qt::Key_Escape);
     EXPECT_FALSE(window->isVisible());

@@ -46,7 +46,7 @@ protected:
 
 TEST_F(TermsDialogTest, isAnsweredByKeyboardAndEscapeIsNoAnswer)
 {
-    for (const Purpose purpose : {Purpose::accept, Purpose::acceptAgain}) {
+    for (const Purpose purpose : {Purpose::accept, Purpose::acceptAgain, Purpose::acceptAnew}) {
         accepted = closed = 0;
         open(purpose);
         EXPECT_FALSE(dialog->isModal());
@@ -86,7 +86,8 @@ TEST_F(TermsDialogTest, holdsEverySectionAndItsVersion)
 
 TEST_F(TermsDialogTest, canBeUsedInEveryPurposeAndLanguage)
 {
-    for (const Purpose purpose : {Purpose::accept, Purpose::acceptAgain, Purpose::read}) {
+    for (const Purpose purpose :
+         {Purpose::accept, Purpose::acceptAgain, Purpose::acceptAnew, Purpose::read}) {
         const testing::ScopedTrace trace{__FILE__, __LINE__, std::to_string(int(purpose))};
         const auto walk = [&] {
             open(purpose);
