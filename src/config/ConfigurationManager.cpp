@@ -122,13 +122,13 @@ asio::awaitable<std::expected<void, ConfigurationProblem>> ConfigurationManager:
 asio::awaitable<std::expected<void, ConfigurationProblem>> ConfigurationManager::saveSettings(
     AppSettings settings)
 {
-    return Impl::save(impl_, {.settings = std::move(settings)});
+    return changeSettings(impl_->held.settings, std::move(settings));
 }
 
 asio::awaitable<std::expected<void, ConfigurationProblem>> ConfigurationManager::changeSettings(
     AppSettings from, AppSettings to)
 {
-    return Impl::save(impl_, {.settings = std::move(to), .formerSettings = std::move(from)});
+    return Impl::save(impl_, {.formerSettings = std::move(from), .settings = std::move(to)});
 }
 
 std::shared_ptr<void> ConfigurationManager::observe(Observer observer)

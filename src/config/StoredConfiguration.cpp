@@ -227,10 +227,7 @@ StoredOutcome saveStored(const Places& places, const HeldConfiguration& held, Co
     const HeldConfiguration before =
         document->configuration ? heldForm(std::move(*document->configuration)) : held;
     HeldConfiguration after = before;
-    if (edit.settings && edit.formerSettings)
-        after.settings = withChanges(after.settings, *edit.formerSettings, *edit.settings);
-    else if (edit.settings)
-        after.settings = std::move(*edit.settings);
+    after.settings = withChanges(after.settings, edit.formerSettings, edit.settings);
     if (edit.replacesAccount) {
         after.account = std::move(edit.account);
         if (after.account && after.account->username.empty())

@@ -20,9 +20,9 @@ struct HeldConfiguration {
 struct ConfigurationEdit {
     bool replacesAccount = false;
     std::optional<GlucoseAccountConfiguration> account{};  ///< Without one, or without a username: sign out.
-    std::optional<AppSettings> settings{};
-    /// With them, only those values of `settings` are replaced that differ from these.
-    std::optional<AppSettings> formerSettings{};
+    /// Those values of `settings` are stored that differ from these.
+    AppSettings formerSettings{};
+    AppSettings settings{};
 };
 
 struct StoredOutcome {

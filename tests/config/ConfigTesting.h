@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fstream>
 
+#include "config/ConfigurationManager.h"
 #include "config/MemoryKeychainItemStore.h"
 #include "testing/LogCatcher.h"
 #include "testing/TemporaryFolder.h"
@@ -57,6 +58,13 @@ private:
     rlimit before_{};
     void (*handler_)(int);
 };
+
+/// Stores these preferences in place of those that the manager holds. Begins at once.
+[[nodiscard]] inline asio::awaitable<std::expected<void, ConfigurationProblem>> saveSettings(
+    ConfigurationManager& manager, AppSettings settings)
+{
+    return manager.changeSettings(manager.settings(), std::move(settings));
+}
 
 /// A secret store that fails on demand: at one call, counted from 1, or at all of them.
 class FaultyKeychain final : public KeychainItemStoring {

@@ -134,12 +134,12 @@ TEST_F(ConfigurationManagerTest, whatIsSavedIsThereInTheNextProcessAndAnnouncedI
     EXPECT_EQ(secret("dexcom:alice"), SecretText{"pass-of-alice"});
     expectStored(alice(), AppSettings{});
 
-    ASSERT_TRUE(run(process.manager.saveSettings(mmolSettings())));
+    ASSERT_TRUE(run(saveSettings(process.manager, mmolSettings())));
     EXPECT_EQ(process.changes, (std::vector{configuration, appSettings}));
     expectStored(alice(), mmolSettings());
 
     // The same again is no change.
-    ASSERT_TRUE(run(process.manager.saveSettings(mmolSettings())));
+    ASSERT_TRUE(run(saveSettings(process.manager, mmolSettings())));
     ASSERT_TRUE(run(process.manager.saveAccount(alice())));
     ASSERT_TRUE(run(process.manager.load()));
     EXPECT_EQ(process.changes.size(), 2U);
@@ -172,9 +172,9 @@ TEST_F(ConfigurationManagerTest, savesRunInTheOrderOfTheirCallsEvenWhenNobodyWai
     last.lowAlertRepeatMinutes = 30;
     {
         const auto unwaited = process.manager.saveAccount(alice());
-        const auto first = process.manager.saveSettings(mmolSettings());
+        const auto first = saveSettings(process.manager, mmolSettings());
         const auto second = process.manager.saveAccount(bob());
-        const auto third = process.manager.saveSettings(last);
+        const auto third = saveSettings(process.manager, last);
     }
     ASSERT_TRUE(run(process.manager.load()));
     EXPECT_EQ(process.manager.account(), bob());
@@ -192,7 +192,7 @@ TEST_F(ConfigurationManagerTest, aSaveBeginsOnlyWhenTheOneBeforeHasEnded)
         io.get_executor(), workers.get_executor(), {.document = file, .keychain = keychain}};
     const auto first = manager.saveAccount(alice());
     const auto second = manager.saveAccount(bob());
-    const auto third = manager.saveSettings(mmolSettings());
+    const auto third = saveSettings(manager, mmolSettings());
     for (int save = 0; save < 3; ++save) {
         io.restart();
         io.poll();
@@ -213,7 +213,7 @@ TEST_F(ConfigurationManagerTest, anotherProcessesChangeIsKeptAndAnnounced)
     Process two{*this, loaded};
 
     ASSERT_TRUE(run(two.manager.saveAccount(bob())));
-    ASSERT_TRUE(run(one.manager.saveSettings(mmolSettings())));
+    ASSERT_TRUE(run(saveSettings(one.manager, mmolSettings())));
     EXPECT_EQ(one.manager.account(), bob());
     EXPECT_EQ(one.changes, (std::vector{configuration, appSettings}));
     expectStored(bob(), mmolSettings());
@@ -271,13 +271,13 @@ TEST_F(ConfigurationManagerTest, aDamagedDocumentIsKeptReportedAndReplacedOnlyBe
 
         {
             const FullDisk full;
-            EXPECT_FALSE(run(process.manager.saveSettings(mmolSettings())));
+            EXPECT_FALSE(run(saveSettings(process.manager, mmolSettings())));
         }
         EXPECT_EQ(contentOf(folder),
                   (std::map<std::string, std::string>{{"tidewell/configuration.json", bytes}}));
         EXPECT_EQ(process.manager.settings(), AppSettings{});
 
-        ASSERT_TRUE(run(process.manager.saveSettings(mmolSettings()))) << shown;
+        ASSERT_TRUE(run(saveSettings(process.manager, mmolSettings()))) << shown;
         EXPECT_EQ(process.manager.problem(), std::nullopt);
         expectStored(alice(), mmolSettings());
         const auto files = contentOf(folder);
@@ -364,7 +364,7 @@ TEST_F(ConfigurationManagerTest, settingsAreSavedWithoutTheSecretStore)
     store(alice());
     Process process{*this, loaded};
     keychain->failAlways = true;
-    EXPECT_TRUE(run(process.manager.saveSettings(mmolSettings())));
+    EXPECT_TRUE(run(saveSettings(process.manager, mmolSettings())));
     EXPECT_EQ(process.manager.account(), alice());
     keychain->failAlways = false;
     expectStored(alice(), mmolSettings());
@@ -416,7 +416,7 @@ TEST_F(ConfigurationManagerTest, aPasswordWrittenByHandMovesToTheSecretStore)
         EXPECT_EQ(result.error().error.kind, ConfigurationError::Kind::keychainError);
         EXPECT_EQ(result.error().message.find("pass-of"), std::string::npos);
         EXPECT_EQ(process.manager.account(), alice());
-        EXPECT_FALSE(run(process.manager.saveSettings(AppSettings{})));
+        EXPECT_FALSE(run(saveSettings(process.manager, AppSettings{})));
         keychain->failAlways = false;
         EXPECT_EQ(bytesOf(file), byHand);
         const FullDisk full;
@@ -434,7 +434,7 @@ TEST_F(ConfigurationManagerTest, aPasswordWrittenByHandMovesToTheSecretStore)
     // Saving the settings moves it as well, without a load before.
     writeBytes(file, byHand);
     EXPECT_EQ(keychain->items.remove(service, "dexcom:alice"), keychainStatus::success);
-    EXPECT_TRUE(run(process.manager.saveSettings(AppSettings{})));
+    EXPECT_TRUE(run(saveSettings(process.manager, AppSettings{})));
     expectStored(alice(), AppSettings{});
 }
 
@@ -448,7 +448,7 @@ TEST_F(ConfigurationManagerTest, whatWouldNotReadBackIsNotWritten)
     EXPECT_FALSE(run(process.manager.saveAccount(invalid)));
     AppSettings settings;
     settings.lowGlucoseThreshold = std::numeric_limits<double>::infinity();
-    EXPECT_FALSE(run(process.manager.saveSettings(settings)));
+    EXPECT_FALSE(run(saveSettings(process.manager, settings)));
     EXPECT_EQ(contentOf(folder), before);
     expectStored(alice(), AppSettings{});
 }
