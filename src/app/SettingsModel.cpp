@@ -90,6 +90,8 @@ struct SettingsModel::Impl : std::enable_shared_from_this<Impl> {
     std::optional<bool> wantsStartAtLogin{};  ///< What the login item is to be changed to next.
     bool looksAgain = false;
     Task<void> minuteTask{};
+std::string brokenLoginItem() { return "The list of programs that start at login gives no answer."; }
+
 
     void begin()
     {
@@ -197,7 +199,8 @@ struct SettingsModel::Impl : std::enable_shared_from_this<Impl> {
     static asio::awaitable<void> readLoginItem(Self self)
     {
         auto read = [item = self->services.loginItem] { return item->status(); };
-        const LoginItemStatus status = co_await runOnWorker(self->loginStrand, std::move(read));
+        const LoginItemStatus status = co_await guarded(runOnWorker(self->loginStrand, std::move(read)),
+                                                        LoginItemStatus{.problem = brokenLoginItem()});
         self->update([&](SettingsState& state) { state.loginItem = status; });
     }
 
@@ -284,7 +287,10 @@ struct SettingsModel::Impl : std::enable_shared_from_this<Impl> {
                 auto result = item->setEnabled(starts);
                 return LoginItemChange{.result = std::move(result), .status = item->status()};
             };
-            const LoginItemChange changed = co_await runOnWorker(self->loginStrand, std::move(work));
+            const LoginItemStatus before = self->state.loginItem.value_or(LoginItemStatus{});
+            const LoginItemChange broken{.result = std::unexpected{brokenLoginItem()}, .status = before};
+            const LoginItemChange changed =
+                co_await guarded(runOnWorker(self->loginStrand, std::move(work)), broken);
             self->update([&](SettingsState& state) {
                 state.loginItem = changed.status;
                 state.loginItemProblem = changed.result ? "" : changed.result.error();

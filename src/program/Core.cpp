@@ -2,6 +2,7 @@
 
 #include <future>
 
+#include "app/SerialLoginItem.h"
 #include "app/TermsAgreement.h"
 #include "platform/linux/AutostartFile.h"
 #include "polling/PollFailure.h"
@@ -70,8 +71,9 @@ private:
 std::shared_ptr<LoginItemControlling> makeLoginItem(bool isDemonstration)
 {
     if (isDemonstration)
-        return std::make_shared<DemoLoginItem>();
-    return std::make_shared<AutostartFile>(AutostartFile::standardPlaces());
+        return std::make_shared<SerialLoginItem>(std::make_unique<DemoLoginItem>());
+    return std::make_shared<SerialLoginItem>(
+        std::make_unique<AutostartFile>(AutostartFile::standardPlaces()));
 }
 
 void afterTurns(asio::any_io_executor executor, int turns, std::function<void()> work)

@@ -28,6 +28,8 @@ public:
     std::expected<void, std::string> setEnabled(bool enabled) override
     {
         ++changes;
+        if (breaks)
+            throw std::runtime_error{"broken"};
         if (failure)
             return std::unexpected{*failure};
         now.isEnabled = enabled;
@@ -35,6 +37,7 @@ public:
     }
     LoginItemStatus now{};
     std::optional<std::string> failure{};
+    bool breaks = false;
     int changes = 0;
 };
 
@@ -259,7 +262,7 @@ TEST_F(SettingsModelTest, everyPreferenceAndEveryOptionReachesTheDocumentAndEver
 
 TEST_F(SettingsModelTest, aValueThatIsNotOfferedIsRefusedAndChangesNothing)
 {
-    ASSERT_TRUE(run(manager->saveSettings({.graphTimeWindowHours = 6})));
+    ASSERT_TRUE(run(saveSettings(*manager, {.graphTimeWindowHours = 6})));
     const AppSettings before = model->state().settings;
     const auto bytes = bytesOf(document());
     const auto refuse = [&](auto member, auto value) {
@@ -310,7 +313,7 @@ TEST_F(SettingsModelTest, aValueThatIsNotOfferedIsRefusedAndChangesNothing)
 
 TEST_F(SettingsModelTest, aStoredThresholdOutsideTheListStaysUntilAnotherOneIsPicked)
 {
-    ASSERT_TRUE(run(manager->saveSettings({.lowGlucoseThreshold = 230.5, .highGlucoseThreshold = 500})));
+    ASSERT_TRUE(run(saveSettings(*manager, {.lowGlucoseThreshold = 230.5, .highGlucoseThreshold = 500})));
     set(&AppSettings::measurementUnit, std::string{"mmol/L"});
     set(&AppSettings::alertOnRapidRise, false);
     settle();
@@ -464,6 +467,12 @@ TEST_F(SettingsModelTest, startAtLoginShowsWhatIsSoAndItsPreferenceFollows)
         EXPECT_EQ(model->state().loginItemProblem, "");
         settle();
     }
+    loginItem->breaks = true;
+    model->setStartAtLogin(true);
+    settle();
+    EXPECT_FALSE(model->state().isChangingLoginItem);
+    EXPECT_NE(model->state().loginItemProblem, "");
+    loginItem->breaks = false;
     EXPECT_TRUE(model->state().settings.startAtLogin) << "it is so";
     EXPECT_TRUE(model->state().saveProblem);
 
