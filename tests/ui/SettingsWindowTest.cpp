@@ -620,7 +620,7 @@ TEST_F(SettingsWindowTest, reportsFindingsWithoutAccountAndReadings)
     button("copyReport").click();
     const QString report = QApplication::clipboard()->text();
     EXPECT_EQ(report.count(u'\n'), list.count() + 1);
-    EXPECT_TRUE(report.contains(u"Caution: The sound is muted: alerts are silent. — Unmute it"));
+    EXPECT_TRUE(report.contains(u"Caution: The sound is muted: alerts are silent. — Switch the sound"));
     for (const QString& secret : {QStringLiteral("parent@example.com"), QStringLiteral("Mia"),
                                   QStringLiteral("c0ffee"), QStringLiteral("/home")})
         EXPECT_FALSE(report.contains(secret));
