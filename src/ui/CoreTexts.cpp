@@ -616,8 +616,29 @@ constexpr auto texts = std::to_array<const char*>({
     QT_TRANSLATE_NOOP("Core", "Enter the password."),
     QT_TRANSLATE_NOOP("Core", "The account could not be saved"),
     QT_TRANSLATE_NOOP("Core", "The keyring is locked, or its unlock dialog was closed."),
-    QT_TRANSLATE_NOOP("Core", "No keyring is running in this session."),
     QT_TRANSLATE_NOOP("Core", "Unlock the keyring and try again; what you entered is kept until then."),
+    QT_TRANSLATE_NOOP("Core",
+                      "No keyring is running in this session: window managers without a desktop often start "
+                      "none."),
+    QT_TRANSLATE_NOOP("Core", "The keyring runs, but does not answer."),
+    QT_TRANSLATE_NOOP("Core",
+                      "Install and start GNOME Keyring or KWallet, then try again; or start Tidewell with "
+                      "TIDEWELL_KEYCHAIN=file in its environment: it then keeps the password in a file that "
+                      "only you can read."),
+    QT_TRANSLATE_NOOP("Core", "The file with the passwords belongs to somebody else, or others may read it."),
+    QT_TRANSLATE_NOOP("Core", "Make the file and its folder yours alone, then try again."),
+    QT_TRANSLATE_NOOP("Core", "The file with the passwords or its folder cannot be written to."),
+    QT_TRANSLATE_NOOP("Core",
+                      "What the keyring holds for this account is damaged, or the keyring is in trouble."),
+    QT_TRANSLATE_NOOP(
+        "Core",
+        "Remove the entry of Tidewell with the keyring's own program, or start the keyring anew, "
+        "then try again."),
+    QT_TRANSLATE_NOOP("Core", "Too many refused sign-ins"),
+    QT_TRANSLATE_NOOP(
+        "Core",
+        "The service refused this account several times within a quarter of an hour. More tries "
+        "could lock it."),
     QT_TRANSLATE_NOOP("Core", "The disk is full."),
     QT_TRANSLATE_NOOP("Core", "The folder of the settings cannot be written to."),
     QT_TRANSLATE_NOOP("Core", "Make room or mend the folder's permissions, then try again."),
@@ -655,8 +676,9 @@ constexpr auto texts = std::to_array<const char*>({
                       "may be late, wrong or missing, and a service may stop at any time."),
     QT_TRANSLATE_NOOP(
         "Core",
-        "Your password is in the keyring of this computer. Account name and settings are in your "
-        "configuration folder. Readings are saved only when you say so: encrypted, on this computer, until "
+        "Your password is in the keyring of this computer, or in a file that only you can read when you "
+        "chose that. Account name and settings are in your configuration folder. Readings are saved only "
+        "when you say so: encrypted, on this computer, until "
         "you delete them or the time that you chose has passed.\n\nTidewell talks to the sharing service "
         "that you choose, and to nobody else. Nothing is sent to the people who make Tidewell."),
     QT_TRANSLATE_NOOP(
@@ -673,7 +695,12 @@ constexpr auto texts = std::to_array<const char*>({
     QT_TRANSLATE_NOOP("Core", "The change could not be stored."),
     QT_TRANSLATE_NOOP("Core", "You are still signed in, since the saved history could not be deleted."),
     QT_TRANSLATE_NOOP("Core", "Another account was signed in meanwhile. It stays."),
+    QT_TRANSLATE_NOOP("Core", "You are still signed in."),
     QT_TRANSLATE_NOOP("Core", "You are signed out."),
+    QT_TRANSLATE_NOOP("Core", "You are signed out. The saved readings are deleted."),
+    QT_TRANSLATE_NOOP("Core", "The service has answered."),
+    QT_TRANSLATE_NOOP("Core", "It did not work. What is wrong stands above."),
+    QT_TRANSLATE_NOOP("Core", "No answer has come."),
     QT_TRANSLATE_NOOP("Core", "Saving is on. Readings are kept for 30 days."),
     QT_TRANSLATE_NOOP("Core", "Saving is on. Readings are kept for 90 days."),
     QT_TRANSLATE_NOOP("Core", "Saving is off. What is saved stays."),
@@ -687,6 +714,7 @@ constexpr auto texts = std::to_array<const char*>({
                       "account is not locked: change something first, or wait for a quarter of an hour."),
     QT_TRANSLATE_NOOP("Core", "The settings could not be saved"),
     QT_TRANSLATE_NOOP("Core", "Sending test alert"),
+    QT_TRANSLATE_NOOP("Core", "The list of programs that start at login gives no answer."),
     QT_TRANSLATE_NOOP("Core", "Saving could not be switched on"),
     QT_TRANSLATE_NOOP("Core", "Saving could not be switched off"),
     QT_TRANSLATE_NOOP("Core", "The keyring is locked, or none is running."),
@@ -698,10 +726,15 @@ constexpr auto texts = std::to_array<const char*>({
     QT_TRANSLATE_NOOP("Core", "The autostart entry names no program."),
     QT_TRANSLATE_NOOP("Core", "The autostart entry starts %1, which is not this program."),
     QT_TRANSLATE_NOOP("Core", "The autostart entry names %1, which is not there."),
+    QT_TRANSLATE_NOOP(
+        "Core", "The autostart entry runs the command %1 of this program, which shows nothing in the panel."),
     QT_TRANSLATE_NOOP("Core", "This desktop starts nothing by itself: let its own configuration start %1."),
     QT_TRANSLATE_NOOP("Core", "%1 is not a desktop entry."),
     QT_TRANSLATE_NOOP("Core", "There is no folder for the programs that start at login."),
     QT_TRANSLATE_NOOP("Core", "%1 could not be written: %2."),
+    QT_TRANSLATE_NOOP("Core", "%1 could not be read: %2."),
+    QT_TRANSLATE_NOOP("Core", "%1 could not be removed: %2."),
+    QT_TRANSLATE_NOOP("Core", "Remove or mend the file."),
     // What else there is to find.
     QT_TRANSLATE_NOOP("Core", "Setting up is not finished: no readings are fetched and no alert comes."),
     QT_TRANSLATE_NOOP("Core", "Choose “Finish setting up…” in the menu."),
@@ -712,6 +745,8 @@ constexpr auto texts = std::to_array<const char*>({
     QT_TRANSLATE_NOOP("Core",
                       "The desktop has no status area that shows the item; alerts come all the same."),
     QT_TRANSLATE_NOOP("Core", "See what is saved in the settings, tab Insights."),
+    QT_TRANSLATE_NOOP(
+        "Core", "Mend that, or switch “Start Tidewell when I log in” off in the settings, tab General."),
     QT_TRANSLATE_NOOP("Core", "Readings are saved on this computer, encrypted."),
     QT_TRANSLATE_NOOP("Core", "Saving readings on this computer is off."),
     QT_TRANSLATE_NOOP("Core", "It is too large"),
@@ -722,6 +757,4 @@ constexpr auto texts = std::to_array<const char*>({
 
 std::span<const char* const> coreTexts() { return texts; }
 
-QT_TRANSLATE_NOOP("Core",
-                  "Mend that, or switch “Start Tidewell when I log in” off in the settings, tab General."),
 }  // namespace tidewell

@@ -2006,10 +2006,6 @@
         <translation>Der Schlüsselbund ist gesperrt, oder sein Dialog zum Entsperren wurde geschlossen.</translation>
     </message>
     <message>
-        <source>No keyring is running in this session.</source>
-        <translation>In dieser Sitzung läuft kein Schlüsselbund.</translation>
-    </message>
-    <message>
         <source>Unlock the keyring and try again; what you entered is kept until then.</source>
         <translation>Entsperren Sie den Schlüsselbund, und versuchen Sie es erneut; was Sie eingegeben haben, bleibt bis dahin erhalten.</translation>
     </message>
@@ -2088,14 +2084,6 @@ Readings may be late, wrong or missing, and a service may stop at any time.</sou
         <translation>Tidewell erhält Messwerte von den Diensten anderer Unternehmen, mit Ihrem Konto dort. Diese Unternehmen stellen Tidewell weder her noch empfehlen sie es. Für Ihr Konto gelten deren Bedingungen, und ob sie ein Programm wie dieses zulassen, ist eine Sache zwischen Ihnen und ihnen.
 
 Messwerte können verspätet oder falsch sein oder fehlen, und ein Dienst kann jederzeit enden.</translation>
-    </message>
-    <message>
-        <source>Your password is in the keyring of this computer. Account name and settings are in your configuration folder. Readings are saved only when you say so: encrypted, on this computer, until you delete them or the time that you chose has passed.
-
-Tidewell talks to the sharing service that you choose, and to nobody else. Nothing is sent to the people who make Tidewell.</source>
-        <translation>Ihr Passwort liegt im Schlüsselbund dieses Computers. Kontoname und Einstellungen liegen in Ihrem Konfigurationsordner. Messwerte werden nur gespeichert, wenn Sie es wünschen: verschlüsselt, auf diesem Computer, bis Sie sie löschen oder die von Ihnen gewählte Zeit vergangen ist.
-
-Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An die Hersteller von Tidewell wird nichts gesendet.</translation>
     </message>
     <message>
         <source>Tidewell is given to you as it is, without a warranty of any kind. As far as the law allows, those who make it are not liable for harm that comes from using it, or from not being able to use it.</source>
@@ -2365,6 +2353,94 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <source>Mend that, or switch “Start Tidewell when I log in” off in the settings, tab General.</source>
         <translation>Beheben Sie das, oder schalten Sie „Tidewell beim Anmelden am Computer starten“ in den Einstellungen aus, Reiter „Allgemein“.</translation>
     </message>
+    <message>
+        <source>No keyring is running in this session: window managers without a desktop often start none.</source>
+        <translation>In dieser Sitzung läuft kein Schlüsselbund: Fenstermanager ohne Desktop starten oft keinen.</translation>
+    </message>
+    <message>
+        <source>The keyring runs, but does not answer.</source>
+        <translation>Der Schlüsselbund läuft, antwortet aber nicht.</translation>
+    </message>
+    <message>
+        <source>Install and start GNOME Keyring or KWallet, then try again; or start Tidewell with TIDEWELL_KEYCHAIN=file in its environment: it then keeps the password in a file that only you can read.</source>
+        <translation>Installieren und starten Sie GNOME Keyring oder KWallet und versuchen Sie es dann noch einmal; oder starten Sie Tidewell mit TIDEWELL_KEYCHAIN=file in seiner Umgebung: Dann bewahrt es das Passwort in einer Datei auf, die nur Sie lesen können.</translation>
+    </message>
+    <message>
+        <source>The file with the passwords belongs to somebody else, or others may read it.</source>
+        <translation>Die Datei mit den Passwörtern gehört jemand anderem, oder andere dürfen sie lesen.</translation>
+    </message>
+    <message>
+        <source>Make the file and its folder yours alone, then try again.</source>
+        <translation>Sorgen Sie dafür, dass Datei und Ordner nur Ihnen gehören, und versuchen Sie es dann noch einmal.</translation>
+    </message>
+    <message>
+        <source>The file with the passwords or its folder cannot be written to.</source>
+        <translation>In die Datei mit den Passwörtern oder in ihren Ordner kann nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>What the keyring holds for this account is damaged, or the keyring is in trouble.</source>
+        <translation>Was der Schlüsselbund für dieses Konto enthält, ist beschädigt, oder der Schlüsselbund ist gestört.</translation>
+    </message>
+    <message>
+        <source>Remove the entry of Tidewell with the keyring&apos;s own program, or start the keyring anew, then try again.</source>
+        <translation>Entfernen Sie den Eintrag von Tidewell mit dem Programm des Schlüsselbunds, oder starten Sie den Schlüsselbund neu, und versuchen Sie es dann noch einmal.</translation>
+    </message>
+    <message>
+        <source>Too many refused sign-ins</source>
+        <translation>Zu viele abgelehnte Anmeldungen</translation>
+    </message>
+    <message>
+        <source>The service refused this account several times within a quarter of an hour. More tries could lock it.</source>
+        <translation>Der Dienst hat dieses Konto innerhalb einer Viertelstunde mehrmals abgelehnt. Weitere Versuche könnten es sperren.</translation>
+    </message>
+    <message>
+        <source>Your password is in the keyring of this computer, or in a file that only you can read when you chose that. Account name and settings are in your configuration folder. Readings are saved only when you say so: encrypted, on this computer, until you delete them or the time that you chose has passed.
+
+Tidewell talks to the sharing service that you choose, and to nobody else. Nothing is sent to the people who make Tidewell.</source>
+        <translation>Ihr Passwort liegt im Schlüsselbund dieses Computers, oder in einer Datei, die nur Sie lesen können, wenn Sie das so gewählt haben. Kontoname und Einstellungen liegen in Ihrem Konfigurationsordner. Messwerte werden nur gespeichert, wenn Sie es wünschen: verschlüsselt, auf diesem Computer, bis Sie sie löschen oder die von Ihnen gewählte Zeit vergangen ist.
+
+Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An die Hersteller von Tidewell wird nichts gesendet.</translation>
+    </message>
+    <message>
+        <source>You are still signed in.</source>
+        <translation>Sie sind noch angemeldet.</translation>
+    </message>
+    <message>
+        <source>You are signed out. The saved readings are deleted.</source>
+        <translation>Sie sind abgemeldet. Die gespeicherten Messwerte sind gelöscht.</translation>
+    </message>
+    <message>
+        <source>The service has answered.</source>
+        <translation>Der Dienst hat geantwortet.</translation>
+    </message>
+    <message>
+        <source>It did not work. What is wrong stands above.</source>
+        <translation>Es hat nicht geklappt. Oben steht, woran es liegt.</translation>
+    </message>
+    <message>
+        <source>No answer has come.</source>
+        <translation>Es ist keine Antwort gekommen.</translation>
+    </message>
+    <message>
+        <source>The list of programs that start at login gives no answer.</source>
+        <translation>Die Liste der Programme, die bei der Anmeldung starten, gibt keine Antwort.</translation>
+    </message>
+    <message>
+        <source>The autostart entry runs the command %1 of this program, which shows nothing in the panel.</source>
+        <translation>Der Autostart-Eintrag führt den Befehl %1 dieses Programms aus, der nichts in der Leiste zeigt.</translation>
+    </message>
+    <message>
+        <source>%1 could not be read: %2.</source>
+        <translation>%1 konnte nicht gelesen werden: %2.</translation>
+    </message>
+    <message>
+        <source>%1 could not be removed: %2.</source>
+        <translation>%1 konnte nicht entfernt werden: %2.</translation>
+    </message>
+    <message>
+        <source>Remove or mend the file.</source>
+        <translation>Entfernen oder berichtigen Sie die Datei.</translation>
+    </message>
 </context>
 <context>
     <name>DonePage</name>
@@ -2501,6 +2577,10 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <source>Yellow: %1 or above, or rising quickly</source>
         <translation>Gelb: %1 oder mehr, oder schnell steigend</translation>
     </message>
+    <message>
+        <source>Unit</source>
+        <translation>Einheit</translation>
+    </message>
 </context>
 <context>
     <name>HistoryPage</name>
@@ -2527,10 +2607,6 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>Key</source>
         <translation>Schlüssel</translation>
-    </message>
-    <message>
-        <source>It is kept where Tidewell keeps your password: in your keyring. Where there is no keyring, it is in a file that only you can read.</source>
-        <translation>Er liegt dort, wo Tidewell Ihr Passwort aufbewahrt: im Schlüsselbund. Gibt es keinen Schlüsselbund, liegt er in einer Datei, die nur Sie lesen können.</translation>
     </message>
     <message>
         <source>How long</source>
@@ -2563,6 +2639,18 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>%1 days; older readings are removed. The settings offer 30 and 90 days.</source>
         <translation>%1 Tage; ältere Messwerte werden entfernt. In den Einstellungen stehen 30 und 90 Tage zur Wahl.</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>It is kept where Tidewell keeps your password: in your keyring.</source>
+        <translation>Er liegt dort, wo Tidewell Ihr Passwort aufbewahrt: in Ihrem Schlüsselbund.</translation>
+    </message>
+    <message>
+        <source>It is kept where Tidewell keeps your password: in the file %1. Whoever can read your files can read it too.</source>
+        <translation>Er liegt dort, wo Tidewell Ihr Passwort aufbewahrt: in der Datei %1. Wer Ihre Dateien lesen kann, kann auch ihn lesen.</translation>
     </message>
 </context>
 <context>
@@ -2982,21 +3070,6 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>After %1 minutes</source>
         <translation>Nach %1 Minuten</translation>
-    </message>
-</context>
-<context>
-    <name>SettingsController</name>
-    <message>
-        <source>nowhere: this is a demonstration</source>
-        <translation>nirgends: Dies ist eine Vorführung</translation>
-    </message>
-    <message>
-        <source>your keyring</source>
-        <translation>Ihr Schlüsselbund</translation>
-    </message>
-    <message>
-        <source>the file %1: whoever can read your files can read them too</source>
-        <translation>die Datei %1: Wer Ihre Dateien lesen kann, kann auch sie lesen</translation>
     </message>
 </context>
 <context>
@@ -3674,6 +3747,10 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <source>Set up Tidewell</source>
         <translation>Tidewell einrichten</translation>
     </message>
+    <message>
+        <source>Set up Tidewell. %1</source>
+        <translation>Tidewell einrichten. %1</translation>
+    </message>
 </context>
 <context>
     <name>tidewell::PeopleForm</name>
@@ -3688,6 +3765,10 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>Shared with %1:</source>
         <translation>Mit %1 geteilt:</translation>
+    </message>
+    <message>
+        <source>Choose a person to go on.</source>
+        <translation>Wählen Sie eine Person aus, um fortzufahren.</translation>
     </message>
 </context>
 <context>
@@ -3769,12 +3850,24 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <translation>Es wurde noch nicht nachgesehen.</translation>
     </message>
     <message>
-        <source>Nothing stands in the way of an alert.</source>
-        <translation>Einer Warnung steht nichts im Weg.</translation>
+        <source>Sign in on the tab “Account”.</source>
+        <translation>Melden Sie sich im Reiter „Konto“ an.</translation>
     </message>
     <message>
-        <source>What was found, the worst first:</source>
-        <translation>Was gefunden wurde, das Wichtigste zuerst:</translation>
+        <source>Looked at %1</source>
+        <translation>Nachgesehen: %1</translation>
+    </message>
+    <message>
+        <source>Looking… this takes a few seconds. What was found at %1 may no longer be so:</source>
+        <translation>Es wird nachgesehen… das dauert einige Sekunden. Der Befund von %1 ist vielleicht überholt:</translation>
+    </message>
+    <message>
+        <source>Looked at %1: nothing stands in the way of an alert.</source>
+        <translation>Nachgesehen um %1: Einer Warnung steht nichts im Weg.</translation>
+    </message>
+    <message>
+        <source>Looked at %1. What was found, the worst first:</source>
+        <translation>Nachgesehen um %1. Der Befund, das Schlimmste zuerst:</translation>
     </message>
 </context>
 <context>
@@ -3820,10 +3913,6 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <translation>Das Konto und sein Passwort werden von diesem Computer entfernt. Es kommen keine Messwerte und keine Warnungen, bis sich wieder jemand anmeldet.</translation>
     </message>
     <message>
-        <source>Saved readings stay on this computer, encrypted, and are there again after signing in with this account.</source>
-        <translation>Gespeicherte Messwerte bleiben verschlüsselt auf diesem Computer und sind nach dem Anmelden mit diesem Konto wieder da.</translation>
-    </message>
-    <message>
         <source>Sign out</source>
         <translation>Abmelden</translation>
     </message>
@@ -3864,12 +3953,44 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <translation>Bitte warten: Das Konto wird geändert.</translation>
     </message>
     <message>
-        <source>Stored: %1</source>
-        <translation>Gespeichert: %1</translation>
-    </message>
-    <message>
         <source>&amp;Delete saved readings too</source>
         <translation>Auch gespeicherte Messwerte &amp;löschen</translation>
+    </message>
+    <message>
+        <source>Choose “Sign in again…” below.</source>
+        <translation>Wählen Sie unten „Erneut anmelden…“.</translation>
+    </message>
+    <message>
+        <source>Choose “Sign in…” below.</source>
+        <translation>Wählen Sie unten „Anmelden…“.</translation>
+    </message>
+    <message>
+        <source>stored nowhere: this is a demonstration</source>
+        <translation>nirgends gespeichert: Dies ist eine Vorführung</translation>
+    </message>
+    <message>
+        <source>stored in your keyring</source>
+        <translation>in Ihrem Schlüsselbund gespeichert</translation>
+    </message>
+    <message>
+        <source>stored in the file %1. Whoever can read your files can read it too.</source>
+        <translation>in der Datei %1 gespeichert. Wer Ihre Dateien lesen kann, kann es auch lesen.</translation>
+    </message>
+    <message>
+        <source>Saved readings stay on this computer, encrypted, and are there again after signing in with this account, unless you delete them here:</source>
+        <translation>Gespeicherte Messwerte bleiben verschlüsselt auf diesem Computer und sind nach dem Anmelden mit diesem Konto wieder da, außer Sie löschen sie hier:</translation>
+    </message>
+    <message>
+        <source>Show &amp;terms…</source>
+        <translation>&amp;Bedingungen anzeigen…</translation>
+    </message>
+    <message>
+        <source>&amp;Finish setting up…</source>
+        <translation>&amp;Einrichtung abschließen…</translation>
+    </message>
+    <message>
+        <source>Trying again…</source>
+        <translation>Es wird erneut versucht …</translation>
     </message>
 </context>
 <context>
@@ -3947,20 +4068,16 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <translation>Ende der Ruhezeit</translation>
     </message>
     <message>
-        <source>Snooze</source>
-        <translation>Stummschalten</translation>
-    </message>
-    <message>
         <source>&amp;Snooze low alerts</source>
-        <translation>Warnungen bei n&amp;iedrigen Werten stummschalten</translation>
+        <translation>Auch Warnungen bei n&amp;iedrigen Werten</translation>
     </message>
     <message>
         <source>Snoo&amp;ze high alerts</source>
-        <translation>Warnungen bei hohen Werten stumms&amp;chalten</translation>
+        <translation>Au&amp;ch Warnungen bei hohen Werten</translation>
     </message>
     <message>
         <source>Snooze rapi&amp;d-change alerts</source>
-        <translation>Warnungen bei &amp;schneller Änderung stummschalten</translation>
+        <translation>Auch Warnungen bei &amp;schneller Änderung</translation>
     </message>
     <message>
         <source>Status bar snooze actions only silence the alert categories selected above.</source>
@@ -3989,6 +4106,10 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>Let lo&amp;w alerts through</source>
         <translation>Bei niedrigen Werten tr&amp;otzdem warnen</translation>
+    </message>
+    <message>
+        <source>What a snooze from the menu silences</source>
+        <translation>Was eine Stummschaltung im Menü betrifft</translation>
     </message>
 </context>
 <context>
@@ -4089,6 +4210,22 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <source>%1 is stored, which the graph cannot show; the default is in force.</source>
         <translation>Gespeichert ist %1, was die Kurve nicht zeigen kann; es gilt die Vorgabe.</translation>
     </message>
+    <message>
+        <source>Nowhere: this is a demonstration.</source>
+        <translation>Nirgends: Dies ist eine Vorführung.</translation>
+    </message>
+    <message>
+        <source>Your keyring</source>
+        <translation>Ihr Schlüsselbund</translation>
+    </message>
+    <message>
+        <source>The file %1. Whoever can read your files can read them too.</source>
+        <translation>Die Datei %1. Wer Ihre Dateien lesen kann, kann beides auch lesen.</translation>
+    </message>
+    <message>
+        <source>Not in the demonstration.</source>
+        <translation>Nicht in der Vorführung.</translation>
+    </message>
 </context>
 <context>
     <name>tidewell::SettingsGlucosePage</name>
@@ -4156,10 +4293,6 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <translation>Wo: nur auf diesem Computer, verschlüsselt. Es wird nie etwas hochgeladen.</translation>
     </message>
     <message>
-        <source>The key to them is kept here: %1</source>
-        <translation>Der Schlüssel dazu liegt hier: %1</translation>
-    </message>
-    <message>
         <source>To stop: “Pause saving” on this page. What is saved stays until it is too old.</source>
         <translation>Beenden: „Speichern anhalten“ auf dieser Seite. Was gespeichert ist, bleibt, bis es zu alt ist.</translation>
     </message>
@@ -4194,6 +4327,18 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>Cancel</source>
         <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>The key to them is kept nowhere: this is a demonstration.</source>
+        <translation>Der Schlüssel dazu liegt nirgends: Dies ist eine Vorführung.</translation>
+    </message>
+    <message>
+        <source>The key to them is kept in your keyring.</source>
+        <translation>Der Schlüssel dazu liegt in Ihrem Schlüsselbund.</translation>
+    </message>
+    <message>
+        <source>The key to them is kept in the file %1. Whoever can read your files can read it too.</source>
+        <translation>Der Schlüssel dazu liegt in der Datei %1. Wer Ihre Dateien lesen kann, kann ihn auch lesen.</translation>
     </message>
 </context>
 <context>
@@ -4326,6 +4471,14 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <source>Please wait: saved readings are being changed.</source>
         <translation>Bitte warten: Gespeicherte Messwerte werden geändert.</translation>
     </message>
+    <message>
+        <source>No reading has been saved yet. Saving was switched on on %1.</source>
+        <translation>Es wurde noch kein Messwert gespeichert. Das Speichern wurde am %1 eingeschaltet.</translation>
+    </message>
+    <message>
+        <source>No readings are saved.</source>
+        <translation>Es sind keine Messwerte gespeichert.</translation>
+    </message>
 </context>
 <context>
     <name>tidewell::SettingsWindow</name>
@@ -4361,6 +4514,10 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <source>About</source>
         <translation>Über Tidewell</translation>
     </message>
+    <message>
+        <source>Nothing that you set keeps lows silent any more.</source>
+        <translation>Keine Ihrer Einstellungen hält Warnungen bei niedrigen Werten mehr zurück.</translation>
+    </message>
 </context>
 <context>
     <name>tidewell::SignInDialog</name>
@@ -4371,10 +4528,6 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>Checking the account…</source>
         <translation>Das Konto wird geprüft…</translation>
-    </message>
-    <message>
-        <source>Sign in to Tidewell</source>
-        <translation>Bei Tidewell anmelden</translation>
     </message>
     <message>
         <source>Checking the account</source>
@@ -4395,6 +4548,10 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     <message>
         <source>&amp;Cancel</source>
         <translation>Abbre&amp;chen</translation>
+    </message>
+    <message>
+        <source>Sign in to your glucose service</source>
+        <translation>Beim Glukosedienst anmelden</translation>
     </message>
 </context>
 <context>
