@@ -1095,13 +1095,15 @@ struct OnboardingFlow::Impl : std::enable_shared_from_this<Impl> {
             co_return;
         // Where nothing is saved and nothing was to be, a fault of saved history holds up nobody.
         if (!changed && (saves || self->hasBegunSaving || self->isSavingHistory())) {
-            self->failToStore(
-                {.title = saves ? "Saving could not be switched on" : "Saving could not be switched off",
-                 .message = std::string{description(changed.error())},
-                 .causes = {"The keyring is locked, or none is running.",
-                            "The disk is full, or the folder of saved readings cannot be written to."},
-                 .remedy = saves ? "Try again, or go on without saving: it can be switched on later."
-                                 : "Try again."});
+            SignInProblem problem{
+                .title = saves ? "Saving could not be switched on" : "Saving could not be switched off",
+                .message = std::string{description(changed.error())},
+                .causes = {"The disk is full, or the folder of saved readings cannot be written to."},
+                .remedy = saves ? "Try again, or go on without saving: it can be switched on later."
+                                : "Try again."};
+            if (self->services.secretsFile.empty())
+                problem.causes.insert(problem.causes.begin(), "The keyring is locked, or none is running.");
+            self->failToStore(std::move(problem));
             co_return;
         }
         self->hasChosenHistory = false;
