@@ -8,14 +8,29 @@
 
 namespace tidewell {
 
+struct Turns::Waiter {
+    explicit Waiter(const asio::any_io_executor& executor) : wake{executor} {}
+
+    Wake wake;
+    bool hasLeft = false;
+
+    /// Part of the one who waits: an event loop that ends drops them one by one, and whoever goes after them
+    /// must not send to them any more.
+    struct Presence {
+        std::shared_ptr<Waiter> waiter;
+        ~Presence() { waiter->hasLeft = true; }
+    };
+};
+
 asio::awaitable<Turns::Turn> Turns::next()
 {
     if (taken_) {
-        const auto wake = std::make_shared<Wake>(executor_);
-        waiting_.push_back(wake);
-        const auto [cancelled] = co_await wake->async_receive(asio::as_tuple(asio::use_awaitable));
+        const auto waiter = std::make_shared<Waiter>(executor_);
+        const Waiter::Presence presence{waiter};
+        waiting_.push_back(waiter);
+        const auto [cancelled] = co_await waiter->wake.async_receive(asio::as_tuple(asio::use_awaitable));
         if (cancelled) {
-            std::erase(waiting_, wake);
+            std::erase(waiting_, waiter);
             throw boost::system::system_error{asio::error::operation_aborted};
         }
     }
@@ -26,9 +41,9 @@ asio::awaitable<Turns::Turn> Turns::next()
 void Turns::passOn()
 {
     while (!waiting_.empty()) {
-        const std::shared_ptr<Wake> wake = std::move(waiting_.front());
+        const std::shared_ptr<Waiter> waiter = std::move(waiting_.front());
         waiting_.pop_front();
-        if (wake->try_send(boost::system::error_code{}))
+        if (!waiter->hasLeft && waiter->wake.try_send(boost::system::error_code{}))
             return;  // The turn stays taken: it is the waiter's from here on.
     }
     taken_ = false;

@@ -37,12 +37,13 @@ private:
     /// Each is for one waiter and one use, without a buffer: a send succeeds only while the waiter is there.
     /// (After a cancelled receive a channel with a buffer refuses to take what is sent next.)
     using Wake = asio::experimental::channel<void(boost::system::error_code)>;
+    struct Waiter;
 
     void passOn();
 
     asio::any_io_executor executor_;
     bool taken_ = false;
-    std::deque<std::shared_ptr<Wake>> waiting_{};
+    std::deque<std::shared_ptr<Waiter>> waiting_{};
 };
 
 }  // namespace tidewell

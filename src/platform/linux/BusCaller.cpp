@@ -16,13 +16,21 @@ struct BusCaller::Waiting {
 
     Wake wake;
     std::optional<QDBusMessage> answer{};
-    bool left = false;  ///< The caller no longer waits.
+    bool left = false;     ///< The caller no longer waits.
+    bool dropped = false;  ///< The caller is gone, with the event loop that it waited in.
 
     void finish(const QDBusMessage& with)
     {
         answer = with;
-        wake.try_send(boost::system::error_code{});
+        if (!dropped)
+            wake.try_send(boost::system::error_code{});
     }
+
+    /// Part of the caller.
+    struct Presence {
+        std::shared_ptr<Waiting> waiting;
+        ~Presence() { waiting->dropped = !waiting->left && !waiting->answer; }
+    };
 };
 
 BusCaller::BusCaller(QDBusConnection connection) : connection_{std::move(connection)} {}
@@ -52,6 +60,7 @@ asio::awaitable<QDBusMessage> BusCaller::call(QDBusMessage message, std::chrono:
                          else if (late)
                              late(watcher->reply());
                      });
+    const Waiting::Presence presence{waiting};
     // From here on this object may go while the caller waits.
     const auto [cancelled] = co_await waiting->wake.async_receive(asio::as_tuple(asio::use_awaitable));
     if (cancelled && !waiting->answer) {
