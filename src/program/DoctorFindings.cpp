@@ -49,6 +49,11 @@ AlertFinding savedHistoryFinding(const GlucoseHistoryConfiguration& configuratio
 
 AlertFinding loginItemFinding(const LoginItemStatus& item)
 {
+    if (!item.isChangeable)
+        return {.severity = AlertFinding::Severity::note,
+                .subject = "startAtLogin",
+                .text = item.problem,
+                .remedy = "Remove or mend the file."};
     return {.severity = AlertFinding::Severity::note,
             .subject = "startAtLogin",
             .text = item.problem,

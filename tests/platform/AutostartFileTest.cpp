@@ -4,9 +4,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QString>
+
+#include <fmt/format.h>
+
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 
 #include "platform/linux/DesktopEntry.h"
 #include "support/Random.h"
@@ -69,6 +75,10 @@ TEST_F(AutostartFileTest, tellsWhatTheDesktopMakesOfAnEntry)
     put(plain, "");
     const std::string missing = " names /gone, which is not there.";
     const std::string notUs = " starts " + other.string() + ", which is not this program.";
+    const auto only = [](std::string_view command) {
+        return fmt::format(" runs the command {} of this program, which shows nothing in the panel.",
+                           command);
+    };
     const std::string exec = "Exec=" + places.program.string() + "\n";
     struct Case {
         std::string text;
@@ -101,6 +111,14 @@ TEST_F(AutostartFileTest, tellsWhatTheDesktopMakesOfAnEntry)
         {std::string{head} + "Exec=" + other.string() + " --delay 5 " + places.program.string() + "\n", true,
          ""},
         {std::string{head} + "Exec=sh -c 'sleep 5; tidewell'\n", true, ""},
+        {std::string{head} + "Exec=sh -c 'sleep 5;(tidewell --verbose&)'\n", true, ""},
+        {std::string{head} + "Exec=env LANG=C tidewell\n", true, ""},
+        // It is spoken of, not started.
+        {std::string{head} + "Exec=" + other.string() + " tidewell\n", true, notUs},
+        {std::string{head} + "Exec=" + other.string() + " --name=tidewell /tmp/tidewell.log\n", true, notUs},
+        {std::string{head} + "Exec=" + places.program.string() + " doctor\n", true, only("doctor")},
+        {std::string{head} + "Exec=" + places.program.string() + " --icon wide\n", true, ""},
+        {std::string{head} + "Exec=sh -c 'sleep 5; tidewell watch | cat'\n", true, only("watch")},
     };
     for (const Case& c : cases) {
         const std::string problem = c.problem.empty() ? "" : "The autostart entry" + c.problem;
@@ -124,8 +142,94 @@ TEST_F(AutostartFileTest, thePersonsEntryComesBeforeTheSystemsAndTheFirstOfThose
     EXPECT_TRUE(status().isEnabled);
 }
 
+TEST_F(AutostartFileTest, whatAStrangeEntryNamesIsShortAndCleanInTheProblem)
+{
+    const std::string rest = "\xc3\xa4\xf0\x9f\x98\x80";
+    std::string longName = "/";
+    while (longName.size() < 200'000)
+        longName += rest;
+    for (const std::string& name :
+         {longName, 'x' + longName, std::string{"/\x1b]0;title\a\xc2\x9b\xe2\x80\xae\x7f/gone"}})
+        for (const std::string& line : {"TryExec=" + name + "\n", "Exec=" + name + "\n"}) {
+            put(file, starting(line));
+            const std::string problem = status().problem;
+            const QString shown = QString::fromStdString(problem);
+            EXPECT_TRUE(problem.starts_with("The autostart entry names ")) << problem;
+            EXPECT_TRUE(problem.ends_with(name == longName || name[0] == 'x' ? "…, which is not there."
+                                                                             : "/gone, which is not there."))
+                << problem;
+            EXPECT_LT(shown.size(), 200);
+            EXPECT_EQ(shown.toStdString(), problem) << "cut within a letter";
+            for (const QChar character : shown)
+                EXPECT_TRUE(character.category() != QChar::Other_Control &&
+                            character.category() != QChar::Other_Format)
+                    << problem;
+        }
+}
+
+TEST_F(AutostartFileTest, whatAnInterruptedWriteLeftIsRemovedByTheNextOne)
+{
+    const fs::path stray = places.userFolder / ".tidewell-0123456789abcdef.tmp";
+    put(stray, "x");
+    fs::last_write_time(stray, fs::file_time_type::clock::now() - std::chrono::hours{2});
+    EXPECT_EQ(setEnabled(true), "");
+    EXPECT_FALSE(fs::exists(stray));
+}
+
+TEST_F(AutostartFileTest, anOlderVersionsFileIsOursToo)
+{
+    const std::string us = places.program.string();
+    const std::string older =
+        "[Desktop Entry]\nName=Tidewell\nType=Application\nComment=Something else\nExec=" + us +
+        "\nIcon=org.tidewell.Tidewell\nTerminal=false\nTryExec=" + us + "\n";
+    put(file, older);
+    EXPECT_EQ(setEnabled(false), "");
+    EXPECT_FALSE(fs::exists(file));
+    for (const std::string_view own :
+         {"X-GNOME-Autostart-Delay=5\n", "# Mine\n", "Icon=mine\n", "Name[de]=Pegel\n"}) {
+        put(file, older + std::string{own});
+        EXPECT_EQ(setEnabled(false), "");
+        EXPECT_TRUE(content(file).contains(own)) << "the person's";
+    }
+}
+
+TEST_F(AutostartFileTest, theStandardPlacesFollowTheEnvironmentAndTheRunningProgram)
+{
+    std::map<std::string, std::string> variables{{"HOME", "/home/anna"}};
+    FolderEnvironment environment = processEnvironment();
+    environment.variable = [&variables](const char* name) -> std::optional<std::string> {
+        const auto found = variables.find(name);
+        return found == variables.end() ? std::nullopt : std::optional{found->second};
+    };
+    const fs::path link = root / "exe";
+    const fs::path replaced = root / "bin/other (deleted)";
+    fs::create_symlink(replaced, link);
+    const auto now = [&] { return AutostartFile::standardPlaces(environment, link); };
+    EXPECT_EQ(now().userFolder, "/home/anna/.config/autostart");
+    EXPECT_EQ(now().systemFolders, (std::vector<fs::path>{"/etc/xdg/autostart"}));
+    EXPECT_EQ(now().program, root / "bin/other") << "an update has put another one there";
+    makeProgram(replaced);
+    EXPECT_EQ(now().program, replaced) << "its real name";
+
+    variables = {{"HOME", "/home/anna"},
+                 {"XDG_CONFIG_HOME", "/c"},
+                 {"XDG_CONFIG_DIRS", "/a:relative::/b"},
+                 {"XDG_CURRENT_DESKTOP", "KDE"},
+                 {"APPIMAGE", "/opt/Tidewell.AppImage"}};
+    EXPECT_EQ(now().userFolder, "/c/autostart");
+    EXPECT_EQ(now().systemFolders, (std::vector<fs::path>{"/a/autostart", "/b/autostart"}));
+    EXPECT_EQ(now().program, "/opt/Tidewell.AppImage");
+    EXPECT_EQ(now().desktop, "KDE");
+    variables["APPIMAGE"] = "Tidewell.AppImage";
+    EXPECT_EQ(now().program, replaced);
+}
+
 TEST_F(AutostartFileTest, aDesktopThatStartsNothingByItselfIsNamedAsTheProblem)
 {
+    places.desktop = "LXQt:labwc:wlroots";
+    EXPECT_EQ(setEnabled(true), "");
+    EXPECT_EQ(status(), LoginItemStatus{true}) << "the desktop does, whatever its compositor does not";
+    EXPECT_EQ(setEnabled(false), "");
     places.desktop = "Hyprland";
     EXPECT_EQ(status(), LoginItemStatus{});
     EXPECT_EQ(setEnabled(true), "");
@@ -273,6 +377,7 @@ TEST_F(AutostartFileTest, whatIsNoEntryIsNamedAndLeftAlone)
             continue;
         }
         EXPECT_FALSE(status().isEnabled);
+        EXPECT_FALSE(status().isChangeable);
         EXPECT_TRUE(status().problem.contains(file.string())) << status().problem;
         for (const bool enabled : {true, false})
             EXPECT_TRUE(setEnabled(enabled).contains(file.string()));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/LoginItem.h"
+#include "platform/linux/Folders.h"
 
 namespace tidewell {
 
@@ -19,8 +20,10 @@ public:
         std::filesystem::path program;                     ///< What to start; absolute.
         std::string desktop;                               ///< $XDG_CURRENT_DESKTOP.
     };
-    /// By the environment, and for the program that runs.
-    [[nodiscard]] static Places standardPlaces();
+    /// By the environment, and for the program that runs, to which `running` is the kernel's link. Of a
+    /// program in a mounted image, the image; of one that an update has replaced, the new one.
+    [[nodiscard]] static Places standardPlaces(const FolderEnvironment& environment = processEnvironment(),
+                                               const std::filesystem::path& running = "/proc/self/exe");
     explicit AutostartFile(Places places);
 
     [[nodiscard]] LoginItemStatus status() override;

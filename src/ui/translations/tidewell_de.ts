@@ -3982,7 +3982,7 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
     </message>
     <message>
         <source>Show &amp;terms…</source>
-        <translation>&amp;Bedingungen anzeigen…</translation>
+        <translation>&amp;Nutzungsbedingungen anzeigen…</translation>
     </message>
     <message>
         <source>&amp;Finish setting up…</source>
