@@ -66,6 +66,8 @@ std::unique_ptr<QTranslator> programTranslator(const QString& language)
 
 void installTranslations(const QLocale& locale)
 {
+    qDeleteAll(QCoreApplication::instance()->findChildren<QTranslator*>(Qt::FindDirectChildrenOnly));
+    spokenLocale() = QLocale::c();
     const QString language = chosenLanguage(locale);
     if (language == QLatin1String("en"))
         return;

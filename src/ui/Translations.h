@@ -15,7 +15,8 @@ namespace tidewell {
 [[nodiscard]] std::unique_ptr<QTranslator> programTranslator(const QString& language);
 
 /// Installs this program's and the toolkit's own texts in the first of the locale's languages that there is,
-/// for the life of the application object. English needs none. Once, after the application was made.
+/// for the life of the application object, in place of those that it installed before. English needs none.
+/// After the application was made, and before its windows are.
 void installTranslations(const QLocale& locale);
 
 /// For dates in texts: the locale of the language that is spoken. English keeps the forms of the C locale.

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "FakeNotificationServer.h"
+#include "MarkingTranslator.h"
 #include "TestBus.h"
 #include "platform/linux/QtMainLoop.h"
 #include "testing/FakeClock.h"
@@ -148,6 +149,19 @@ TEST_F(NotificationCenterTest, whatTheServerAnnouncesDecidesHowANotificationIsSe
         }
         center.reset();
     }
+}
+
+TEST_F(NotificationCenterTest, everyTextOfANotificationIsShownInThePersonsLanguage)
+{
+    const MarkingTranslator language;
+    FakeNotificationServer server{bus, {"body", "actions"}};
+    startAndSettle();
+    ASSERT_TRUE(post(
+        {.identifier = "1", .title = "High", .body = "Test alert could not be sent.", .offersSnooze = true}));
+    ASSERT_EQ(server.posted.size(), 1);
+    EXPECT_EQ(server.posted[0].summary, "[High]");
+    EXPECT_EQ(server.posted[0].body, "[Test alert could not be sent.]");
+    EXPECT_EQ(server.posted[0].actions, (QStringList{"default", "[Show]", "snooze", "[Snooze 30 min]"}));
 }
 
 TEST_F(NotificationCenterTest, aServerThatAnswersBadlyIsAnErrorWithoutSoundAndGoodAgainLater)

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <set>
 
+#include "MarkingTranslator.h"
 #include "StatusItemFixture.h"
 #include "platform/linux/BusCaller.h"
 #include "platform/linux/DBusMenu.h"
@@ -231,6 +232,32 @@ TEST_F(ShownItemTest, theMenuIsReadAndChosenFromByAnyPanel)
     for (const DBusMenuLayout& child : later.children)
         ids.insert(child.id);
     EXPECT_EQ(ids.size(), 6U);
+}
+
+TEST_F(ShownItemTest, everyTextOfTheMenuIsShownInThePersonsLanguage)
+{
+    const MarkingTranslator language;
+    StatusItemContent content = sample();
+    content.menu = {{.kind = MenuItem::Kind::graph,
+                     .title = "Show terms…",
+                     .children = {{.kind = MenuItem::Kind::choice,
+                                   .title = "1 hour",
+                                   .command = MenuCommand::graphWindow1}}},
+                    {.title = "Quit", .command = MenuCommand::quit}};
+    present(content);
+    panel.settle();
+    const QDBusMessage reply = panel.menu("GetLayout", {0, -1, QStringList{}});
+    const auto root = qdbus_cast<DBusMenuLayout>(reply.arguments().value(1));
+    std::vector<const DBusMenuLayout*> lines;
+    for (const DBusMenuLayout& line : root.children) {
+        lines.push_back(&line);
+        for (const DBusMenuLayout& child : line.children)
+            lines.push_back(&child);
+    }
+    EXPECT_GE(lines.size(), 4U);
+    for (const DBusMenuLayout* const line : lines)
+        if (const QString label = line->properties.value("label").toString(); !label.isEmpty())
+            EXPECT_TRUE(label.startsWith('[') && label.endsWith(']')) << label.toStdString();
 }
 
 TEST_F(ShownItemTest, submenusAreReadWholeOrLevelByLevelAndTellWhichChoiceIsInForce)

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 #include <QApplication>
+#include <QLocale>
+#include <cstdlib>
 
 #include "ui/SpokenWidget.h"
 
@@ -10,6 +12,10 @@ class QtEnvironment final : public testing::Environment {
 public:
     void SetUp() override
     {
+        // The texts of the windows are compared, whatever language the tester speaks.
+        ::setenv("LC_ALL", "C.UTF-8", 1);
+        ::unsetenv("LANGUAGE");
+        QLocale::setDefault(QLocale::c());
         application_ = std::make_unique<QApplication>(count_, arguments_);
         tidewell::installSpokenWidgets();
     }

@@ -6,6 +6,8 @@
 #include <QXmlStreamReader>
 #include <algorithm>
 
+#include "ui/DisplayText.h"
+
 namespace tidewell {
 namespace {
 
@@ -73,6 +75,22 @@ TEST(Translations, keepWhatTheProgramNeedsInATextForEveryLanguage)
             EXPECT_EQ(translation.endsWith(u' '), source.endsWith(u' '));
             EXPECT_EQ(translation.count(u'\n'), source.count(u'\n'));
         }
+    }
+}
+
+TEST(Translations, areInstalledInTheFirstLanguageOfTheLocaleThatThereIs)
+{
+    struct Case {
+        const char* locale;
+        const char* quit;
+        const char* spoken;
+    };
+    for (const auto& [locale, quit, spoken] :
+         {Case{"de_AT", "Beenden", "de_AT"}, Case{"fr_FR", "Quit", "C"}, Case{"de_DE", "Beenden", "de_DE"},
+          Case{"en_GB", "Quit", "C"}}) {
+        installTranslations(QLocale{QLatin1String{locale}});
+        EXPECT_EQ(displayText("Quit").toStdString(), quit) << locale;
+        EXPECT_EQ(displayLocale().name().toStdString(), spoken) << locale;
     }
 }
 
