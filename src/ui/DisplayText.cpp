@@ -14,7 +14,7 @@ namespace tidewell {
 namespace {
 
 /// Longer than any text of the core: what is longer comes from elsewhere.
-constexpr std::size_t longestText = 8192;
+constexpr std::size_t longestText = 2048;
 /// A text in a text in a text.
 constexpr int deepest = 3;
 /// So many sentences of a text are looked at, and so many in a row may be one source.
