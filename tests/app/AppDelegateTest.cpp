@@ -558,6 +558,29 @@ TEST_F(AppDelegateTest, aPasswordThatComesLateIsFoundWithoutARestart)
     EXPECT_FALSE(viewModel.state().currentError);
 }
 
+TEST_F(AppDelegateTest, aLockedKeyringDoesNotTakeThePlaceOfTermsThatArePending)
+{
+    storeAccount();
+    const auto late = std::make_shared<LateKeychain>(keychain);
+    late->status = keychainStatus::userCanceled;
+    manager = std::make_unique<ConfigurationManager>(
+        io.get_executor(), io.get_executor(),
+        ConfigurationManager::Places{.document = folder / "configuration.json", .keychain = late});
+    defaults.remove(acceptedTermsVersionKey);
+    defaults.set(onboardingCompletedKey, true);
+    launch();
+    const int reads = late->reads;
+    clock.advance(10min);
+    EXPECT_GT(late->reads, reads) << "it is tried again all the same";
+    ASSERT_TRUE(viewModel.state().currentError);
+    EXPECT_EQ(viewModel.state().currentError->title, "Terms of use");
+
+    acceptTerms(defaults, clock.now());
+    delegate->termsDidChange();
+    settle();
+    EXPECT_EQ(viewModel.state().currentError->title, "Password not available");
+}
+
 TEST_F(AppDelegateTest,
        whatKeepsAlertsFromBeingNoticedIsLookedForWhenItMayHaveChangedAndEveryTenOrFifteenMinutes)
 {
