@@ -75,6 +75,11 @@ void OnboardingController::makeWindow()
         .testAlertAnswered = [this](bool seen) { flow_->answerTestAlert(seen); },
         .savesHistoryChanged = [this](bool saves) { flow_->setSavesHistory(saves); },
         .startsAtLoginChanged = [this](bool starts) { flow_->setStartsAtLogin(starts); },
+        .activated =
+            [this] {
+                if (window_)
+                    flow_->begin();
+            },
         .closed =
             [this] {
                 flow_->close();

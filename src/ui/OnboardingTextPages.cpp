@@ -141,10 +141,8 @@ public:
                          this));
         add(tr("Where"),
             wrappedLabel(tr("On this computer only, encrypted. Nothing is ever uploaded."), this));
-        add(tr("Key"),
-            wrappedLabel(tr("It is kept where Tidewell keeps your password: in your keyring. Where "
-                            "there is no keyring, it is in a file that only you can read."),
-                         this));
+        key_ = wrappedLabel({}, this);
+        add(tr("Key"), key_);
         howLong_ = wrappedLabel({}, this);
         add(tr("How long"), howLong_);
         add(tr("To stop"), wrappedLabel(tr("In the settings, at any time. What is saved stays."), this));
@@ -165,6 +163,11 @@ public:
                               .arg(state.retentionDays));
         saves_->setChecked(state.savesHistory);
         saves_->setEnabled(!state.isBusy);
+        key_->setText(state.secretsFile.empty()
+                          ? tr("It is kept where Tidewell keeps your password: in your keyring.")
+                          : tr("It is kept where Tidewell keeps your password: in the file %1. Whoever can "
+                               "read your files can read it too.")
+                                .arg(QString::fromStdString(state.secretsFile)));
     }
     bool focusFirst() override
     {
@@ -185,6 +188,7 @@ public:
         auto* const layout = pageLayout(this);
         layout->addWidget(wrappedLabel(
             tr("Tidewell can only show values and alert you while it runs. When it starts together with the "
+    QLabel* key_ = nullptr;
                "desktop, nobody has to remember it."),
             this));
         layout->addSpacing(fontMetrics().height() / 2);
@@ -205,7 +209,6 @@ public:
     {
         if (!state.isBusy || entered)
             starts_->setChecked(state.startsAtLogin);
-        starts_->setEnabled(!state.isBusy);
         current_->setText(state.startsAtLogin ? tr("Now: your desktop starts Tidewell when you log in.")
                                               : tr("Now: your desktop does not start Tidewell by itself."));
         problem_->setText(displayText(state.loginItemProblem));

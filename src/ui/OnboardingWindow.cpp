@@ -351,3 +351,5 @@ void OnboardingWindow::changeEvent(QEvent* event)
 }
 
 }  // namespace tidewell
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && impl_ && impl_->handlers.activated)
+        impl_->handlers.activated();

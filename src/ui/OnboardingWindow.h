@@ -27,6 +27,7 @@ public:
         std::function<void()> openNotificationSettings;  ///< Empty: there is no such button.
         std::function<void(bool)> savesHistoryChanged;
         std::function<void(bool)> startsAtLoginChanged;
+        std::function<void()> activated;  ///< It came to the front.
         std::function<void()> closed;
     };
     explicit OnboardingWindow(Handlers handlers);
