@@ -2,8 +2,11 @@
 
 #include <QKeyEvent>
 #include <QListWidget>
+#include <QPainter>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "ui/PersonName.h"
@@ -16,8 +19,21 @@ namespace {
 constexpr int fewestRows = 2;
 constexpr int mostRows = 6;
 
-/// A list in which the first arrow key takes the person who has the focus, not the one after: nobody is
-/// selected before that.
+/// Paints nobody as chosen who is not: the row that the keyboard is on looks like it.
+class PersonDelegate final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        QStyleOptionViewItem row = option;
+        if (!row.state.testFlag(QStyle::State_Selected))
+            row.state &= ~QStyle::State_HasFocus;
+        QStyledItemDelegate::paint(painter, row, index);
+    }
+};
+
+/// A list in which the first arrow key, Space or Enter takes the person who has the focus, not the one after:
+/// nobody is selected before that, and the frame of the list shows the focus.
 class PeopleList final : public QListWidget {
 public:
     using QListWidget::QListWidget;
@@ -25,11 +41,24 @@ public:
 protected:
     void keyPressEvent(QKeyEvent* event) override
     {
-        const bool arrow = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
-        if (arrow && count() > 0 && selectedItems().isEmpty())
+        constexpr std::array choosing{Qt::Key_Down,  Qt::Key_Up,     Qt::Key_Space,
+                                      Qt::Key_Enter, Qt::Key_Return, Qt::Key_Select};
+        const bool chooses = std::ranges::find(choosing, event->key()) != choosing.end();
+        if (chooses && count() > 0 && selectedItems().isEmpty())
             setCurrentRow(std::max(currentRow(), 0));
         else
             QListWidget::keyPressEvent(event);
+    }
+
+    void paintEvent(QPaintEvent* event) override
+    {
+        QListWidget::paintEvent(event);
+        if (!hasFocus() || !selectedItems().isEmpty())
+            return;
+        QPainter painter{viewport()};
+        constexpr int width = 2;
+        painter.setPen(QPen{palette().color(QPalette::Highlight), width});
+        painter.drawRect(viewport()->rect().adjusted(width / 2, width / 2, -width / 2, -width / 2));
     }
 };
 
@@ -50,13 +79,18 @@ PeopleForm::PeopleForm(QWidget* parent) : QWidget{parent}
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setUniformItemSizes(true);
     list_->setTabKeyNavigation(false);
+    list_->setItemDelegate(new PersonDelegate{list_});
+    hint_ = wrappedLabel(tr("Choose a person to go on."), this);
+    makeQuiet(*hint_);
     question_->setBuddy(list_);
     auto* const layout = new QVBoxLayout{this};
     layout->setContentsMargins({});
     layout->addWidget(question_);
     layout->addWidget(sharedWith_);
     layout->addWidget(list_);
+    layout->addWidget(hint_);
     connect(list_, &QListWidget::itemSelectionChanged, this, [this] {
+        hint();
         if (!filling_ && chosenHandler_)
             chosenHandler_();
     });
@@ -88,7 +122,16 @@ void PeopleForm::setPeople(const std::vector<LibreConnection>& people,
     mark(patientID);
     for (QWidget* widget : std::initializer_list<QWidget*>{question_, sharedWith_, list_})
         widget->setVisible(!people_.empty());
+    hint();
     filling_ = false;
+}
+
+void PeopleForm::hint()
+{
+    const bool needed = !people_.empty() && !chosen();
+    hint_->setVisible(needed);
+    list_->setAccessibleDescription(needed ? hint_->text() : QString{});
+    list_->viewport()->update();
 }
 
 void PeopleForm::mark(const std::optional<std::string>& patientID)

@@ -33,6 +33,8 @@ public:
     void clear();
 
 private:
+    /// Says what is to be done while nobody is chosen.
+    void hint();
     void mark(const std::optional<std::string>& patientID);
 
     std::function<void()> chosenHandler_{};
@@ -41,6 +43,7 @@ private:
     QLabel* question_ = nullptr;
     QLabel* sharedWith_ = nullptr;
     QListWidget* list_ = nullptr;
+    QLabel* hint_ = nullptr;
 };
 
 }  // namespace tidewell
