@@ -4,6 +4,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "ui/AccountForm.h"
 #include "ui/DisplayText.h"
@@ -151,7 +152,28 @@ public:
         connect(again_, &QPushButton::clicked, this, [this] { call(this->handlers().tryAgain); });
     }
     QString heading(const OnboardingState&) const override { return tr("The first value"); }
-    void present(const OnboardingState& state, bool) override
+    void present(const OnboardingState& state, bool entered) override
+    {
+        fill(state);
+        tell(state, entered);
+    }
+    std::vector<OnboardingNews> news(const OnboardingState&) const override
+    {
+        return told_.text.isEmpty() ? std::vector<OnboardingNews>{} : std::vector{told_};
+    }
+    QString workText(const OnboardingState& state) const override
+    {
+        return state.isBusy && !state.firstReading ? advice_->text() : QString{};
+    }
+    bool focusProblem() override
+    {
+        if (!again_->isHidden())
+            again_->setFocus();
+        return !again_->isHidden();
+    }
+
+private:
+    void fill(const OnboardingState& state)
     {
         const auto& reading = state.firstReading;
         who_->setText(whose(state));
@@ -192,14 +214,27 @@ public:
         }
         advice_->show();
     }
-    bool focusProblem() override
+
+    /// The value as it came. That it gets older is no news until it is old; that it was asked for again is.
+    void tell(const OnboardingState& state, bool entered)
     {
-        if (!again_->isHidden())
-            again_->setFocus();
-        return !again_->isHidden();
+        const bool hasAnswer = std::exchange(busy_, state.isBusy) && !state.isBusy;
+        if (!state.firstReading) {
+            told_.text.clear();
+            return;
+        }
+        const ReadingFreshness freshness = readingFreshness(state.firstReading->date, state.now);
+        const bool askedAgain = hasAnswer && !state.problem;
+        if (!entered && !askedAgain && !told_.text.isEmpty() && toldFreshness_ == freshness)
+            return;
+        toldFreshness_ = freshness;
+        QStringList lines{plate_->accessibleName()};
+        if (freshness == ReadingFreshness::current)  // Else it is said with the value.
+            lines << age_->text();
+        lines << advice_->text();
+        told_ = {.text = lines.join(u'\n'), .round = told_.round + 1};
     }
 
-private:
     static QString whose(const OnboardingState& state)
     {
         if (state.account.provider == GlucoseProvider::dexcom || !state.patientID)
@@ -216,6 +251,9 @@ private:
     QLabel* age_ = nullptr;
     QLabel* advice_ = nullptr;
     QPushButton* again_ = nullptr;
+    OnboardingNews told_{};
+    ReadingFreshness toldFreshness_{};  ///< Of the value in `told_`.
+    bool busy_ = false;
 };
 
 }  // namespace

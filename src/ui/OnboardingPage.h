@@ -2,11 +2,19 @@
 
 #include <QLabel>
 #include <utility>
+#include <vector>
 
 #include "statusbar/ReadingPresentation.h"
 #include "ui/OnboardingWindow.h"
 
 namespace tidewell {
+
+/// Something on a step that a person has to hear of who does not see it.
+struct OnboardingNews {
+    QString text{};
+    int round = 0;  ///< Another one: it is said again, also in the same words.
+    bool operator==(const OnboardingNews&) const = default;
+};
 
 /// What one of the first-run steps shows. A page calls the handlers of its window, which outlive it.
 class OnboardingPage : public QWidget {
@@ -18,6 +26,15 @@ public:
     [[nodiscard]] virtual QString heading(const OnboardingState& state) const = 0;
     /// `entered`: the step was just reached; otherwise what a person is typing stays.
     virtual void present(const OnboardingState& state, bool entered) = 0;
+    /// What it shows of that state beside its controls. Screen readers are told of each once, as it comes.
+    [[nodiscard]] virtual std::vector<OnboardingNews> news(const OnboardingState& /*state*/) const
+    {
+        return {};
+    }
+    /// Whether a person has to wait for what is under way.
+    [[nodiscard]] virtual bool waits(const OnboardingState& state) const { return state.isBusy; }
+    /// What is being waited for, where the page has words of its own for it.
+    [[nodiscard]] virtual QString workText(const OnboardingState& /*state*/) const { return {}; }
     /// Puts the cursor where the step begins; false when the button forward is that place.
     virtual bool focusFirst() { return false; }
     /// Puts the cursor where a problem is to be mended; false when nothing on the page is that place.

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QCoreApplication>
@@ -9,13 +10,16 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "config/ThresholdOptions.h"
+#include "sources/GlucoseReading.h"
 #include "sources/GlucoseUnits.h"
 #include "statusbar/SilentLows.h"
 #include "ui/DisplayText.h"
 #include "ui/OnboardingPage.h"
 #include "ui/SettingsControls.h"
+#include "ui/SpokenWidget.h"
 #include "ui/WindowText.h"
 
 namespace tidewell {
@@ -36,15 +40,26 @@ GlucoseUnits unitOf(const AppSettings& settings)
     return glucoseUnits(settings.measurementUnit).value_or(GlucoseUnits::mgdL);
 }
 
+/// Fields that belong together: screen readers say its name when the focus comes into it.
+class FieldGroup final : public QWidget, public SpokenWidget {
+public:
+    using QWidget::QWidget;
+    [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Grouping; }
+};
+
 class GlucosePage final : public OnboardingPage {
     Q_DECLARE_TR_FUNCTIONS(GlucosePage)
 public:
     GlucosePage(const Handlers& handlers, QWidget* parent) : OnboardingPage{handlers, parent}
     {
         auto* const unit = new QLabel{tr("Unit:"), this};
+        auto* const units = new FieldGroup{this};
+        units->setAccessibleName(tr("Unit"));
+        auto* const choice = new QHBoxLayout{units};
+        choice->setContentsMargins({});
         auto* const group = new QButtonGroup{this};
         for (std::size_t i = 0; i < units_.size(); ++i) {
-            units_.at(i) = new QRadioButton{i == 0 ? tr("&mg/dL") : tr("mmo&l/L"), this};
+            units_.at(i) = new QRadioButton{i == 0 ? tr("&mg/dL") : tr("mmo&l/L"), units};
             group->addButton(units_.at(i));
             connect(units_.at(i), &QRadioButton::clicked, this, [this, i] {
                 settings_.measurementUnit = rawValue(allGlucoseUnits.at(i));
@@ -65,11 +80,10 @@ public:
         form->setRowWrapPolicy(QFormLayout::WrapLongRows);
         form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
         form->setLabelAlignment(Qt::AlignLeft);
-        auto* const choice = new QHBoxLayout;
         for (QRadioButton* button : units_)
             choice->addWidget(button);
         choice->addStretch(1);
-        form->addRow(unit, choice);
+        form->addRow(unit, units);
         form->addRow(tr("Lo&w threshold:"), low_);
         form->addRow(tr("&High threshold:"), high_);
         layout->addLayout(form);
@@ -136,17 +150,18 @@ private:
         const double low = low_->currentData().toDouble();
         const double high = high_->currentData().toDouble();
         const GlucoseUnits unit = unitOf(settings_);
-        const auto plate = [&](std::size_t i, double mgdL, const QString& arrow, TitleColor color,
+        const auto plate = [&](std::size_t i, double mgdL, std::string_view trend, TitleColor color,
                                const QString& meaning) {
-            const QString title = QString::fromStdString(formatGlucose(mgdL, unit)) + u' ' + arrow;
+            const QString title =
+                QString::fromStdString(fmt::format("{} {}", formatGlucose(mgdL, unit), trendArrow(trend)));
             meanings_.at(i)->setText(meaning);
             plates_.at(i)->present(title, color, title);
         };
-        plate(0, low, QStringLiteral("↘"), TitleColor::red,
+        plate(0, low, "DoubleDown", TitleColor::red,
               tr("Red: %1 or below, or falling quickly").arg(low_->currentText()));
-        plate(1, usualMgdL > low && usualMgdL < high ? usualMgdL : (low + high) / 2, QStringLiteral("→"),
+        plate(1, usualMgdL > low && usualMgdL < high ? usualMgdL : (low + high) / 2, "Flat",
               TitleColor::primary, tr("No colour: in between"));
-        plate(2, high, QStringLiteral("↗"), TitleColor::orange,
+        plate(2, high, "DoubleUp", TitleColor::orange,
               tr("Yellow: %1 or above, or rising quickly").arg(high_->currentText()));
     }
 
@@ -220,7 +235,8 @@ public:
         question_ = new QWidget{this};
         auto* const answers = new QHBoxLayout{question_};
         answers->setContentsMargins({});
-        answers->addWidget(new QLabel{tr("Did you see and hear it?"), question_});
+        ask_ = new QLabel{tr("Did you see and hear it?"), question_};
+        answers->addWidget(ask_);
         yes_ = new QPushButton{tr("&Yes"), question_};
         no_ = new QPushButton{tr("&No"), question_};
         answers->addWidget(yes_);
@@ -278,6 +294,26 @@ public:
         message_->setVisible(!message.isEmpty());
         question_->setVisible(state.testAlertAnswer == Answer::asked && !state.isSendingTestAlert);
         presentFindings(state);
+    }
+    std::vector<OnboardingNews> news(const OnboardingState&) const override
+    {
+        std::vector<OnboardingNews> lines;
+        const auto add = [&lines](const QWidget* shown, const QLabel* label) {
+            if (!shown->isHidden())
+                lines.push_back({.text = label->text()});
+        };
+        add(allOff_, allOff_);
+        add(silentLows_, silentLows_);
+        for (const QFrame* frame : {denied_, findings_})
+            for (const QLabel* label : frame->findChildren<QLabel*>())
+                add(frame, label);
+        add(message_, message_);
+        add(question_, ask_);
+        return lines;
+    }
+    QString workText(const OnboardingState& state) const override
+    {
+        return state.isSendingTestAlert ? send_->text() : QString{};
     }
     bool focusFirst() override
     {
@@ -347,6 +383,7 @@ private:
     QPushButton* openSettings_ = nullptr;
     QLabel* message_ = nullptr;
     QWidget* question_ = nullptr;
+    QLabel* ask_ = nullptr;
     QPushButton* yes_ = nullptr;
     QPushButton* no_ = nullptr;
     QFrame* findings_ = nullptr;

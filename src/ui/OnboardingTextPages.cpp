@@ -4,6 +4,8 @@
 #include <QGridLayout>
 #include <QVBoxLayout>
 #include <array>
+#include <utility>
+#include <vector>
 
 #include "statusbar/SilentLows.h"
 #include "ui/DisplayText.h"
@@ -118,10 +120,11 @@ public:
     HistoryPage(const Handlers& handlers, QWidget* parent) : OnboardingPage{handlers, parent}
     {
         auto* const layout = pageLayout(this);
-        layout->addWidget(wrappedLabel(
+        intro_ = wrappedLabel(
             tr("Saved readings give you Insights: time in range, averages and a daily profile, to understand "
                "them better or to take them to the doctor. It is up to you; Tidewell works without."),
-            this));
+            this);
+        layout->addWidget(intro_);
         layout->addSpacing(fontMetrics().height() / 2);
         auto* const facts = new QGridLayout;
         facts->setColumnStretch(1, 1);
@@ -134,6 +137,7 @@ public:
             const int row = facts->rowCount();
             facts->addWidget(label, row, 0, Qt::AlignTop);
             facts->addWidget(text, row, 1, Qt::AlignTop);
+            facts_.emplace_back(label, text);
         };
         add(tr("What"),
             wrappedLabel(tr("Each reading from now on, for this account and person: value, trend and time. "
@@ -161,6 +165,10 @@ public:
     {
         howLong_->setText(tr("%1 days; older readings are removed. The settings offer 30 and 90 days.")
                               .arg(state.retentionDays));
+        QStringList disclosure{intro_->text()};
+        for (const auto& [what, text] : facts_)
+            disclosure << tr("%1: %2").arg(what->text(), text->text());
+        saves_->setAccessibleDescription(disclosure.join(u'\n'));
         saves_->setChecked(state.savesHistory);
         saves_->setEnabled(!state.isBusy);
         key_->setText(state.secretsFile.empty()
@@ -176,6 +184,8 @@ public:
     }
 
 private:
+    QLabel* intro_ = nullptr;
+    std::vector<std::pair<const QLabel*, const QLabel*>> facts_{};  ///< What it is about, and how it is.
     QLabel* howLong_ = nullptr;
     QCheckBox* saves_ = nullptr;
 };
@@ -186,11 +196,10 @@ public:
     LoginPage(const Handlers& handlers, QWidget* parent) : OnboardingPage{handlers, parent}
     {
         auto* const layout = pageLayout(this);
-        layout->addWidget(wrappedLabel(
-            tr("Tidewell can only show values and alert you while it runs. When it starts together with the "
-    QLabel* key_ = nullptr;
-               "desktop, nobody has to remember it."),
-            this));
+        layout->addWidget(wrappedLabel(tr("Tidewell can only show values and alert you while it runs. When "
+                                          "it starts together with the " QLabel* key_ = nullptr;
+                                          "desktop, nobody has to remember it."),
+                                       this));
         layout->addSpacing(fontMetrics().height() / 2);
         starts_ = new QCheckBox{tr("&Start Tidewell when I log in"), this};
         layout->addWidget(starts_);
@@ -213,7 +222,22 @@ public:
                                               : tr("Now: your desktop does not start Tidewell by itself."));
         problem_->setText(displayText(state.loginItemProblem));
         problemFrame_->setVisible(!state.loginItemProblem.empty());
+        if (entered)
+            told_.clear();
+        busy_ = state.isBusy;
+        if (!busy_)  // Before that it may be what was so.
+            told_ = current_->text();
     }
+    std::vector<OnboardingNews> news(const OnboardingState&) const override
+    {
+        std::vector<OnboardingNews> lines;
+        if (!told_.isEmpty())
+            lines.push_back({.text = told_});
+        if (!busy_ && !problemFrame_->isHidden())
+            lines.push_back({.text = problem_->text()});
+        return lines;
+    }
+    bool waits(const OnboardingState&) const override { return false; }
     bool focusFirst() override
     {
         starts_->setFocus();
@@ -225,6 +249,8 @@ private:
     QLabel* current_ = nullptr;
     QFrame* problemFrame_ = nullptr;
     QLabel* problem_ = nullptr;
+    QString told_{};  ///< What was so when that was known last.
+    bool busy_ = false;
 };
 
 class DonePage final : public OnboardingPage {
@@ -272,6 +298,12 @@ public:
             lines << displayText(warning.text);
         silentLows_->setText(lines.join(u'\n'));
         silentFrame_->setVisible(!lines.isEmpty());
+    }
+    std::vector<OnboardingNews> news(const OnboardingState&) const override
+    {
+        if (silentFrame_->isHidden())
+            return {};
+        return {{.text = silentTitle_->text()}, {.text = silentLows_->text()}};
     }
 
 private:

@@ -16,6 +16,7 @@
 #include <array>
 #include <utility>
 
+#include "ui/Announcer.h"
 #include "ui/OnboardingPage.h"
 #include "ui/ProblemPanel.h"
 #include "ui/SpokenWidget.h"
@@ -32,7 +33,7 @@ constexpr std::array<MakePage, 10> makePages{
     makeGlucosePage, makeAlertsPage, makeHistoryPage, makeLoginPage,  makeDonePage};
 static_assert(makePages.size() == static_cast<std::size_t>(OnboardingStep::done) + 1);
 
-/// A page with its problem: screen readers say its name when the focus comes into it.
+/// A page with its problem. It has a name while the focus waits on it.
 class StepContent final : public QWidget, public SpokenWidget {
 public:
     using QWidget::QWidget;
@@ -62,6 +63,7 @@ struct OnboardingWindow::Impl {
     QPushButton* close = nullptr;
     QPushButton* back = nullptr;
     QPushButton* forward = nullptr;
+    Announcer* announcer = nullptr;
 
     std::optional<OnboardingStep> shown{};
     std::optional<SignInProblem> shownProblem{};
@@ -69,6 +71,10 @@ struct OnboardingWindow::Impl {
     DueFocus due = DueFocus::none;
     QPointer<QWidget> locked{};    ///< What had the focus before it was locked.
     QPointer<QWidget> revealed{};  ///< What the focus was put on: stays in sight while it has it.
+    QString stepText{};
+    QString work{};                      ///< What is being waited for.
+    std::vector<OnboardingNews> news{};  ///< Of what is shown.
+    std::vector<OnboardingNews> told{};  ///< Those of them that need not be said any more.
 
     [[nodiscard]] OnboardingPage& page() const
     {
@@ -84,7 +90,35 @@ struct OnboardingWindow::Impl {
                 : tr("Step %1 of %2").arg(at - state.path.begin() + 1).arg(state.path.size());
         count->setText(place);
         heading->setText(page().heading(state));
-        setSpokenName(*content, place.isEmpty() ? heading->text() : tr("%1: %2").arg(place, heading->text()));
+        const QString step = place.isEmpty() ? heading->text() : tr("%1: %2").arg(place, heading->text());
+        setSpokenName(*content->window(), tr("Set up Tidewell. %1").arg(step));
+        stepText = step;
+    }
+
+    void gatherNews(const OnboardingState& state)
+    {
+        work = page().workText(state);
+        if (work.isEmpty() && page().waits(state))
+            work = tr("Working");
+        news = page().news(state);
+        if (!work.isEmpty())
+            news.insert(news.begin(), {.text = work});
+    }
+
+    /// Tells screen readers what is new, and the step when it was just reached. `waits`: the focus has begun
+    /// to, and says itself for what. A window that is not seen yet tells it as it appears.
+    void announce(bool entered, bool waits)
+    {
+        if (!content->window()->isVisible())
+            return;
+        QStringList lines;
+        if (entered)
+            lines << stepText;
+        for (const OnboardingNews& one : news)
+            if (std::ranges::find(told, one) == told.end() && !(waits && one.text == work))
+                lines << one.text;
+        told = news;
+        announcer->say(lines.join(u'\n'));
     }
 
     void presentButtons(const OnboardingState& state)
@@ -136,10 +170,12 @@ struct OnboardingWindow::Impl {
                 locked->setFocus();
             break;
         }
-        if (isPlaceToWork(window->focusWidget()))
+        if (isPlaceToWork(window->focusWidget())) {
             arrive();
-        else
+        } else if (window->focusWidget() != content) {
+            setSpokenName(*content, work.isEmpty() ? heading->text() : work);
             content->setFocus();
+        }
     }
 
     void arrive()
@@ -265,6 +301,7 @@ OnboardingWindow::OnboardingWindow(Handlers handlers)
     my.makeHeader(*layout, this);
     my.makeContent(*layout, this);
     my.makeButtons(*layout, this);
+    my.announcer = new Announcer{this};
     connect(my.close, &QPushButton::clicked, this, &QWidget::close);
     connect(my.back, &QPushButton::clicked, this, [this] {
         if (impl_->handlers.back)
@@ -293,6 +330,7 @@ void OnboardingWindow::present(const OnboardingState& state)
     }
     my.presentHeader(state);
     my.page().present(state, entered);
+    my.gatherNews(state);
     my.presentButtons(state);
     const bool isNew = state.problem && state.problem != my.shownProblem;
     my.shownProblem = state.problem;
@@ -303,6 +341,10 @@ void OnboardingWindow::present(const OnboardingState& state)
         my.keepFocus(before);
     if (isNew)
         my.focusProblem(state);
+    const bool waits = focusWidget() == my.content;
+    if (!waits)
+        setSpokenName(*my.content, {});
+    my.announce(entered, waits && before != my.content);
 }
 
 void OnboardingWindow::open()
@@ -324,6 +366,7 @@ void OnboardingWindow::closeEvent(QCloseEvent* event)
     for (OnboardingPage* page : impl_->pages)
         page->clear();
     impl_->shown.reset();  // The next state fills its page anew.
+    impl_->told.clear();
     // The handler may take this window down.
     if (const auto closed = impl_->handlers.closed)
         closed();
@@ -347,9 +390,12 @@ void OnboardingWindow::changeEvent(QEvent* event)
 {
     if ((event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange) && impl_)
         rescaleLetters(*this);
+    // A window that comes to the front says its name, and with it the step.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && impl_)
+        impl_->announce(false, focusWidget() == impl_->content);
     QWidget::changeEvent(event);
 }
 
 }  // namespace tidewell
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && impl_ && impl_->handlers.activated)
-        impl_->handlers.activated();
+if (event->type() == QEvent::ActivationChange && isActiveWindow() && impl_ && impl_->handlers.activated)
+    impl_->handlers.activated();

@@ -16,6 +16,9 @@
 #include <array>
 
 #include "config/ThresholdOptions.h"
+#include "statusbar/ReadingPresentation.h"
+#include "ui/Announcer.h"
+#include "ui/Translations.h"
 #include "ui/WindowWalk.h"
 
 namespace tidewell {
@@ -639,6 +642,123 @@ TEST_F(OnboardingWindowTest, theOtherSwitchesTellWhatIsWantedAndShowWhatIs)
     EXPECT_TRUE(shows("Low alerts are off"));
 }
 
+TEST_F(OnboardingWindowTest, tellsScreenReadersOfWhatIsNewOnce)
+{
+    OnboardingState state = stateOf(Step::account);
+    // What is said since the last time, by a notification or by a focus that begins to wait.
+    const auto told = [&] {
+        window->present(state);
+        QApplication::processEvents();
+        auto* const announcer = window->findChild<Announcer*>();
+        QString words = announcer->accessibleName();
+        announcer->setAccessibleName({});
+        return words.toStdString();
+    };
+    const auto waitsFor = [this] { return window->focusWidget()->accessibleName().toStdString(); };
+    show(state);
+    EXPECT_EQ(told(), "") << "a window that opens says its name";
+    EXPECT_EQ(window->accessibleName(), "Set up Tidewell. Step 3 of 10: Sign in");
+
+    state.isBusy = true;
+    EXPECT_EQ(told(), "");
+    EXPECT_EQ(waitsFor(), "Working");
+    state.isBusy = false;
+    EXPECT_EQ(told(), "");
+    find<QPushButton>("Close")->setFocus();
+    state.isBusy = true;
+    EXPECT_EQ(told(), "Working") << "the focus is elsewhere";
+    EXPECT_EQ(told(), "");
+
+    const auto reading = stateOf(Step::firstReading).firstReading;
+    state = stateOf(Step::firstReading);
+    state.firstReading.reset();
+    state.isBusy = true;
+    EXPECT_EQ(told(), "Step 5 of 10: The first value");
+    EXPECT_EQ(waitsFor(), "Asking for the newest value…");
+    state.isBusy = false;
+    state.firstReading = reading;
+    const std::string value = told();
+    for (const char* part : {"118 milligrams per deciliter", "2 minutes ago", "Compare it with the phone"})
+        EXPECT_TRUE(value.find(part) != std::string::npos) << value;
+    state.now = state.now + Seconds{60};
+    EXPECT_EQ(told(), "") << "that it gets older is no news";
+    state.now = reading->date + staleAge;
+    EXPECT_TRUE(told().find("This value is old") != std::string::npos) << "that it is old is";
+    state.isBusy = true;
+    state.now = now;
+    told();
+    state.isBusy = false;
+    EXPECT_EQ(told(), value) << "it was asked for";
+    state.isBusy = true;
+    told();
+    state.isBusy = false;
+    state.isProblemOfStoring = true;
+    state.problem = SignInProblem{.title = "It could not be saved"};
+    EXPECT_EQ(told(), "") << "the problem is spoken by itself";
+
+    state = stateOf(Step::alerts);
+    EXPECT_EQ(told(), "Step 7 of 10: Alerts");
+    find<QPushButton>("Send test alert")->setFocus();
+    for (int i = 0; i < 2; ++i) {
+        state.testAlertAnswer = Answer::none;
+        state.isSendingTestAlert = true;
+        EXPECT_EQ(told(), "");
+        EXPECT_EQ(waitsFor(), "Sending test alert");
+        state.isSendingTestAlert = false;
+        state.testAlertMessage = "Test alert sent.";
+        state.testAlertAnswer = Answer::asked;
+        EXPECT_EQ(told(), "Test alert sent.\nDid you see and hear it?");
+        EXPECT_EQ(told(), "");
+    }
+    state.testAlertAnswer = Answer::seen;
+    EXPECT_EQ(told(), "Good: that is how alerts reach you.");
+    state.alertFindings = {
+        {.severity = AlertFinding::Severity::problem, .text = "No server.", .remedy = "Start one."}};
+    EXPECT_EQ(told(), "No server.\nStart one.");
+    state.alertFindings.push_back({.severity = AlertFinding::Severity::problem, .text = "No sound."});
+    EXPECT_EQ(told(), "No sound.");
+    state.settings.alertOnLowThreshold = false;
+    EXPECT_EQ(told(), "Low alerts are off: a low is not announced.");
+
+    state = stateOf(Step::login);
+    state.isBusy = true;
+    EXPECT_EQ(told(), "Step 9 of 10: Start at login") << "what is so is not known yet";
+    state.isBusy = false;
+    state.startsAtLogin = true;
+    EXPECT_EQ(told(), "Now: your desktop starts Tidewell when you log in.");
+    for (int i = 0; i < 2; ++i) {
+        state.isBusy = true;
+        EXPECT_EQ(told(), "");
+        state.isBusy = false;
+        state.loginItemProblem = "The folder cannot be written.";
+        EXPECT_EQ(told(), "The folder cannot be written.");
+    }
+    window->close();
+    window->open();
+    state = stateOf(Step::alerts);
+    state.settings.alertsEnabled = false;
+    EXPECT_TRUE(told().find("Alerts are off") != std::string::npos);
+}
+
+TEST_F(OnboardingWindowTest, theConsentIsReadOutWithItsSwitchAndTheUnitsWithTheirName)
+{
+    OnboardingState state = stateOf(Step::history);
+    state.retentionDays = 30;
+    show(state);
+    const QString consent = find<QCheckBox>("Save readings on this computer")->accessibleDescription();
+    for (const QString& part :
+         {"It is up to you", "What: Each reading from now on", "Where: On this computer only",
+          "How long: 30 days", "To stop: ", "To delete: "})
+        EXPECT_TRUE(consent.contains(part)) << consent.toStdString();
+
+    show(stateOf(Step::glucose));
+    const auto* const radio = QAccessible::queryAccessibleInterface(find<QRadioButton>("mmol/L"));
+    EXPECT_EQ(radio->parent()->role(), QAccessible::Grouping);
+    EXPECT_EQ(radio->parent()->text(QAccessible::Name), "Unit");
+    for (const QString& arrow : {"↓↓", "→", "↑↑"})
+        EXPECT_TRUE(shows(arrow)) << arrow.toStdString();
+}
+
 /// Font and palette of the application, until the end of a test.
 class Looks {
 public:
@@ -706,10 +826,15 @@ TEST_F(OnboardingWindowTest, everyPageCanBeUsedInEveryStateSizeAndLanguage)
         expectNothingCut(*window);
         expectKeyboardReachesAll(*window);
     };
+    std::vector<QString> languages = translatedLanguages();
+    languages.emplace_back("pseudo");
     for (const double scale : {1.0, 2.0}) {
         looks.setScale(scale);
-        for (const bool pseudo : {false, true}) {
-            const auto language = pseudo ? std::make_unique<PseudoLanguage>() : nullptr;
+        for (const QString& language : languages) {
+            const bool pseudo = language == "pseudo";
+            const auto longer = pseudo ? std::make_unique<PseudoLanguage>() : nullptr;
+            const auto spoken =
+                pseudo || language == "en" ? nullptr : std::make_unique<SpokenLanguage>(language);
             for (const Step step : allSteps) {
                 for (const GlucoseProvider provider : allGlucoseProviders) {
                     if (provider == GlucoseProvider::dexcom && step == Step::person)
@@ -718,7 +843,7 @@ TEST_F(OnboardingWindowTest, everyPageCanBeUsedInEveryStateSizeAndLanguage)
                                              .arg(int(step), 2, 10, QChar{u'0'})
                                              .arg(provider == GlucoseProvider::dexcom ? "dexcom" : "libre")
                                              .arg(int(scale * 100))
-                                             .arg(pseudo ? "-pseudo" : "");
+                                             .arg(language == "en" ? "" : "-" + language);
                     OnboardingState state = stateOf(step, provider);
                     walk(state, name);
                     if (pseudo)
