@@ -16,6 +16,11 @@ namespace {
 
 using HistoryChanged = HistoryCoordinator::Changed;
 
+/// Changes come in groups: so long one waits for the others before a look.
+constexpr auto lookDelay = 1s;
+/// Between the beginnings of two looks that nobody asked for.
+constexpr auto lookPause = 5s;
+
 /// Until the next full minute, when quiet hours may begin or end: offsets of time zones are whole minutes.
 std::chrono::milliseconds untilNextMinute(Date now)
 {
@@ -57,12 +62,35 @@ CheckedSettings checked(const AppSettings& shown, const AppSettings& wanted)
     return result;
 }
 
+/// What the findings depend on, as far as it changes here.
+struct LookedAtFacts {
+    AppSettings settings{};
+    std::optional<Date> snoozedUntil{};
+    std::vector<SilentLowWarning> silentLows{};
+    std::optional<std::string> alertProblem{};
+    std::optional<GlucoseAccountConfiguration> account{};
+    bool hasPassword = false;
+    std::optional<ErrorInfo> accountProblem{};
+    GlucoseHistoryStatus history{};
+    std::optional<Date> newestReading{};
+    bool operator==(const LookedAtFacts&) const = default;
+};
+
+/// Whether there is an account that is polled, or that waits for the person after it was.
+bool canReconnect(const SettingsState& state)
+{
+    const auto& problem = state.accountProblem;
+    return state.hasPassword && !(problem && (problem->needsTerms || problem->needsSetup));
+}
+
 /// Where a call that broke off must look like one that failed.
 ConfigurationProblem brokenSave()
 {
     return {.error = {.kind = ConfigurationError::Kind::invalidConfiguration},
             .message = "The change could not be stored."};
 }
+
+std::string brokenLoginItem() { return "The list of programs that start at login gives no answer."; }
 
 }  // namespace
 
@@ -88,10 +116,12 @@ struct SettingsModel::Impl : std::enable_shared_from_this<Impl> {
     };
     std::list<Edit> edits{};                  ///< Being stored, in the order of the changes.
     std::optional<bool> wantsStartAtLogin{};  ///< What the login item is to be changed to next.
+    bool lookRuns = false;
     bool looksAgain = false;
+    std::optional<Date> lookBegan{};
+    LookedAtFacts lookedAt{};    ///< As they were then.
+    Task<void> lookDelayTask{};  ///< While a look is due.
     Task<void> minuteTask{};
-std::string brokenLoginItem() { return "The list of programs that start at login gives no answer."; }
-
 
     void begin()
     {
@@ -113,6 +143,7 @@ std::string brokenLoginItem() { return "The list of programs that start at login
         observing.clear();
         observers.clear();
         minuteTask.cancel();
+        lookDelayTask.cancel();
     }
 
     [[nodiscard]] const AppSettings& stored() const { return services.configuration.settings(); }
@@ -128,6 +159,7 @@ std::string brokenLoginItem() { return "The list of programs that start at login
         work(state);
         mirror();
         keepTime();
+        keepLooking();
         if (state == before)
             return;
         std::erase_if(observers, [](const auto& observer) { return observer.expired(); });
@@ -154,8 +186,10 @@ std::string brokenLoginItem() { return "The list of programs that start at login
         state.hasPassword = account && !account->password.empty();
         if (account)
             account->password = SecretText{};
-        if (!sameAccount(account, state.account))
+        if (!sameAccount(account, state.account)) {
             state.accountMessage.clear();
+            state.accountFailed = false;
+        }
         state.account = std::move(account);
         state.accountProblem = shown.currentError;
     }
@@ -204,24 +238,73 @@ std::string brokenLoginItem() { return "The list of programs that start at login
         self->update([&](SettingsState& state) { state.loginItem = status; });
     }
 
+    [[nodiscard]] LookedAtFacts facts() const
+    {
+        const StatusBarState& shown = services.statusBarViewModel.state();
+        LookedAtFacts facts{.settings = stored(),
+                            .snoozedUntil = shown.alertsSnoozedUntil,
+                            .silentLows = state.silentLows,
+                            .alertProblem = state.alertProblem,
+                            .account = state.account,
+                            .hasPassword = state.hasPassword,
+                            .accountProblem = state.accountProblem,
+                            .history = state.history};
+        if (!shown.glucoseHistory.empty())
+            facts.newestReading = shown.glucoseHistory.back().date;
+        return facts;
+    }
+
+    /// Sees to it that findings do not grow old once somebody has asked for them.
+    void keepLooking()
+    {
+        if (lookBegan && !looksAgain && !lookDelayTask && facts() != lookedAt)
+            lookDelayTask = startTask(services.main, lookWhenDue(shared_from_this()));
+        state.isLooking = lookRuns || lookDelayTask;
+    }
+
+    static asio::awaitable<void> lookWhenDue(Self self)
+    {
+        const Seconds sinceLast = self->services.clock.now() - *self->lookBegan;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(lookPause - sinceLast);
+        co_await self->services.clock.sleepFor(
+            std::clamp<std::chrono::milliseconds>(left, lookDelay, lookPause));
+        self->lookDelayTask = {};
+        self->look();
+    }
+
+    /// Now, or as soon as the one that is under way has ended.
     void look()
     {
-        if (!services.look)
+        std::exchange(lookDelayTask, {}).cancel();
+        if (!services.look || ended)
             return;
         looksAgain = true;
-        if (state.isLooking)
-            return;
-        update([](SettingsState& shown) { shown.isLooking = true; });
-        start(look(shared_from_this()));
+        if (!std::exchange(lookRuns, true))
+            start(look(shared_from_this()));
+        update([](SettingsState&) {});
     }
 
     static asio::awaitable<void> look(Self self)
     {
         while (!self->ended && std::exchange(self->looksAgain, false)) {
-            auto findings = co_await guarded(self->services.look(), self->state.findings);
-            self->update([&](SettingsState& state) { state.findings = std::move(findings); });
+            self->lookBegan = self->services.clock.now();
+            self->lookedAt = self->facts();
+            using Findings = std::optional<std::vector<AlertFinding>>;
+            const Findings found = co_await guarded(find(self), Findings{});
+            self->update([&](SettingsState& state) {
+                if (!found)
+                    return;
+                state.findings = *found;
+                state.lookedAt = self->services.clock.now();
+            });
         }
-        self->update([](SettingsState& state) { state.isLooking = false; });
+        self->lookRuns = false;
+        self->update([](SettingsState&) {});
+    }
+
+    static asio::awaitable<std::optional<std::vector<AlertFinding>>> find(Self self)
+    {
+        co_return co_await self->services.look();
     }
 
     // --- Preferences
@@ -375,6 +458,7 @@ std::string brokenLoginItem() { return "The list of programs that start at login
         update([](SettingsState& shown) {
             shown.isChangingAccount = true;
             shown.accountMessage.clear();
+            shown.accountFailed = false;
         });
         // Without a person that is followed there is no history either.
         std::optional<asio::awaitable<HistoryChanged>> deletion;
@@ -386,13 +470,15 @@ std::string brokenLoginItem() { return "The list of programs that start at login
     static asio::awaitable<void> signOut(Self self, GlucoseAccountConfiguration account,
                                          std::optional<asio::awaitable<HistoryChanged>> deletion)
     {
-        const auto leave = [self](std::string message) {
+        const auto leave = [self](std::string message, bool failed = true) {
             self->update([&](SettingsState& state) {
                 state.isChangingAccount = false;
                 state.accountMessage = std::move(message);
+                state.accountFailed = failed;
             });
         };
-        if (deletion) {
+        const bool deletes = deletion.has_value();
+        if (deletes) {
             const HistoryChanged deleted = co_await whenChanged(*std::move(deletion));
             if (!deleted) {
                 self->update([&](SettingsState& state) {
@@ -409,8 +495,50 @@ std::string brokenLoginItem() { return "The list of programs that start at login
         }
         const Saved saved = co_await guarded(self->services.configuration.saveAccount(std::nullopt),
                                              Saved{std::unexpected{brokenSave()}});
-        const auto& left = self->services.configuration.problem();
-        leave(!saved ? saved.error().message : left ? left->message : "You are signed out.");
+        if (!saved)
+            leave("You are still signed in. " + saved.error().message);
+        else if (const auto& left = self->services.configuration.problem())
+            leave("You are signed out. " + left->message);
+        else
+            leave(deletes ? "You are signed out. The saved readings are deleted." : "You are signed out.",
+                  false);
+    }
+
+    void reconnect()
+    {
+        if (state.isReconnecting || state.isChangingAccount || !canReconnect(state))
+            return;
+        update([](SettingsState& shown) {
+            shown.isReconnecting = true;
+            shown.accountMessage.clear();
+            shown.accountFailed = false;
+        });
+        services.coordinator.reconnect();
+        start(awaitReconnected(shared_from_this(), services.configuration.account(),
+                               services.statusBarViewModel.state().lastUpdateAt));
+    }
+
+    static asio::awaitable<void> awaitReconnected(Self self,
+                                                  std::optional<GlucoseAccountConfiguration> account,
+                                                  std::optional<Date> lastUpdateAt)
+    {
+        // Joins the refresh that was begun; the reason of a failure is the account's problem.
+        co_await self->services.coordinator.refreshNow();
+        co_await asio::post(self->services.main, asio::use_awaitable);
+        const bool same = sameAccount(self->services.configuration.account(), account);
+        self->update([&](SettingsState& state) {
+            state.isReconnecting = false;
+            if (!same || state.isChangingAccount || !state.accountMessage.empty())
+                return;
+            const StatusBarState& shown = self->services.statusBarViewModel.state();
+            state.accountFailed = shown.lastUpdateAt == lastUpdateAt;
+            if (!state.accountFailed)
+                state.accountMessage = "The service has answered.";
+            else if (shown.currentError)
+                state.accountMessage = "It did not work. What is wrong stands above.";
+            else
+                state.accountMessage = "No answer has come.";
+        });
     }
 };
 
@@ -471,11 +599,7 @@ void SettingsModel::deleteHistory(bool everyAccount)
                                       : "The saved history was deleted. Saving is off.");
 }
 
-void SettingsModel::reconnect()
-{
-    impl_->update([](SettingsState& shown) { shown.accountMessage.clear(); });
-    impl_->services.coordinator.reconnect();
-}
+void SettingsModel::reconnect() { impl_->reconnect(); }
 
 void SettingsModel::signOut(bool deletesHistory) { impl_->signOut(deletesHistory); }
 

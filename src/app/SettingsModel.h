@@ -42,10 +42,13 @@ struct SettingsState {
     bool hasPassword = false;
     std::optional<ErrorInfo> accountProblem{};  ///< What polling says of it.
     bool isChangingAccount = false;
-    std::string accountMessage{};
+    bool isReconnecting = false;
+    std::string accountMessage{};  ///< What the last operation came to.
+    bool accountFailed = false;    ///< ... and that it failed.
 
     std::vector<AlertFinding> findings{};  ///< Worst first; empty until looked at.
-    bool isLooking = false;
+    std::optional<Date> lookedAt{};        ///< When the findings were so; empty until looked at.
+    bool isLooking = false;                ///< A newer look is under way or due: the findings are old.
     bool operator==(const SettingsState&) const = default;
 };
 
@@ -80,7 +83,8 @@ public:
     [[nodiscard]] std::shared_ptr<void> observe(std::function<void()> observer);
 
     /// The window is shown or came to the front: looks at permission, login item, what is saved, and what
-    /// there is to find.
+    /// there is to find. From then on it looks again by itself, a few seconds apart at the least, whenever
+    /// something changes that the findings depend on.
     void refresh();
     /// Stores preferences that differ from state().settings, and leaves all others as they then are.
     /// startAtLogin is not looked at. A threshold that none of the options is, and other values that the
@@ -98,6 +102,8 @@ public:
     /// Of the account, or of every account and person.
     void deleteHistory(bool everyAccount);
 
+    /// Has the service asked once more. Does nothing while nothing is asked at all, for want of a password,
+    /// the terms, or the rest of the first-run steps.
     void reconnect();
     /// Removes account and password; saved history stays unless it is to be deleted, which comes first: when
     /// that fails, the account stays.

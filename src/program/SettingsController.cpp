@@ -1,7 +1,5 @@
 #include "program/SettingsController.h"
 
-#include <QCoreApplication>
-
 #include "platform/linux/DesktopHelper.h"
 #include "platform/linux/NotificationSettings.h"
 #include "program/DoctorFindings.h"
@@ -11,20 +9,6 @@ namespace tidewell {
 
 namespace {
 
-QString secretsPlace(const Environment& environment)
-{
-    const auto translated = [](const char* source) {
-        return QCoreApplication::translate("SettingsController", source);
-    };
-    if (environment.demo)
-        return translated(QT_TRANSLATE_NOOP("SettingsController", "nowhere: this is a demonstration"));
-    if (environment.keychainFile.empty())
-        return translated(QT_TRANSLATE_NOOP("SettingsController", "your keyring"));
-    return translated(QT_TRANSLATE_NOOP("SettingsController",
-                                        "the file %1: whoever can read your files can read them too"))
-        .arg(QString::fromStdString(environment.keychainFile.string()));
-}
-
 SettingsFacts factsOf(const Core& core)
 {
     const Environment& environment = core.environment();
@@ -33,7 +17,7 @@ SettingsFacts factsOf(const Core& core)
             .configurationFile = text(environment.document()),
             .historyFolder = text(historyRoot(environment.folders)),
             .stateFile = text(environment.defaults()),
-            .secretsPlace = secretsPlace(environment),
+            .secretsFile = text(environment.keychainFile),
             .isDemonstration = core.isDemonstration(),
             .canOpenNotificationSettings = canOpenNotificationSettings()};
 }

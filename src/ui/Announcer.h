@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 #include "ui/SpokenWidget.h"
@@ -8,7 +9,8 @@ namespace tidewell {
 
 /// Tells a screen reader what has changed in a window while the keyboard is somewhere else. A part of the
 /// window that nobody sees and that has the role of a notification: these are spoken when they appear,
-/// without a move of the focus. Its name is what was said last. Main thread.
+/// without a move of the focus. Its name is what was said last, for the seconds that a screen reader needs to
+/// come and read it. Main thread.
 class Announcer final : public QWidget, public SpokenWidget {
     Q_OBJECT
 public:
@@ -19,6 +21,9 @@ public:
     void say(const QString& text);
 
     [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Notification; }
+
+private:
+    QTimer forget_{this};
 };
 
 }  // namespace tidewell

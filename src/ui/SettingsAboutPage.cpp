@@ -1,24 +1,26 @@
 #include "ui/SettingsAboutPage.h"
 
 #include <QClipboard>
+#include <QDateTime>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QStyledItemDelegate>
 #include <QTableWidget>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
 
+#include "polling/PollFailure.h"
 #include "ui/DisplayText.h"
 #include "ui/WindowText.h"
 
 namespace tidewell {
 namespace {
 
-constexpr int findingRows = 9;
 constexpr int componentRows = 8;
 
 struct Component {
@@ -95,6 +97,29 @@ QString oneLine(const std::string& text)
     return line;
 }
 
+QString remedyText(const AlertFinding& finding)
+{
+    return finding.remedy == signInRequiredStatus().remediation
+               ? SettingsAboutPage::tr("Sign in on the tab “Account”.")
+               : oneLine(finding.remedy);
+}
+
+QDateTime momentOf(Date date)
+{
+    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(unixSeconds(date)));
+}
+
+/// Of a time of today, the time is enough.
+QString timeText(Date date)
+{
+    const QDateTime at = momentOf(date);
+    const QLocale locale;
+    return at.date() == QDate::currentDate()
+               ? locale.toString(at.time(),
+                                 locale.timeFormat(QLocale::ShortFormat).remove(QStringLiteral(":ss")))
+               : locale.toString(at, QLocale::ShortFormat);
+}
+
 QString findingText(const AlertFinding& finding)
 {
     return SettingsAboutPage::tr("%1: %2").arg(settingsWeightText(weightOf(finding.severity)),
@@ -115,6 +140,51 @@ public:
 
 private:
     QListView* list_;
+};
+
+/// As high as its entries; the page scrolls, not the list.
+class FindingsList final : public QListWidget {
+public:
+    explicit FindingsList(QWidget* parent) : QListWidget{parent}
+    {
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setVerticalScrollMode(ScrollPerPixel);
+        setItemDelegate(new WrappingDelegate{this});
+    }
+    void fit()
+    {
+        doItemsLayout();
+        const QRect last = count() > 0 ? visualItemRect(item(count() - 1)) : QRect{};
+        setFixedHeight(last.bottom() + 1 + verticalOffset() + 2 * frameWidth());
+    }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override
+    {
+        QListWidget::resizeEvent(event);
+        if (event->size().width() != event->oldSize().width())
+            fit();
+    }
+    void changeEvent(QEvent* event) override
+    {
+        QListWidget::changeEvent(event);
+        if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+            fit();
+    }
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override
+    {
+        QListWidget::currentChanged(current, previous);
+        QWidget* up = parentWidget();
+        while (up && !qobject_cast<QScrollArea*>(up))
+            up = up->parentWidget();
+        if (auto* const area = qobject_cast<QScrollArea*>(up); area && hasFocus()) {
+            const QRect row = visualRect(current).translated(viewport()->mapTo(area->widget(), QPoint{}));
+            area->ensureVisible(row.left(), row.bottom(), 0, 0);
+            area->ensureVisible(row.left(), row.top(), 0, 0);
+        }
+    }
 };
 
 }  // namespace
@@ -155,17 +225,15 @@ void SettingsAboutPage::makeFindings()
     looking_ = wrappedLabel({}, this);
     looking_->setObjectName(QStringLiteral("looking"));
     group->addWidget(looking_);
-    findings_ = new QListWidget{this};
+    auto* const list = new FindingsList{this};
+    findings_ = list;
+    fit_ = [list] { list->fit(); };
     findings_->setObjectName(QStringLiteral("findings"));
     findings_->setAccessibleName(tr("What was found"));
     findings_->setWordWrap(true);
     findings_->setTabKeyNavigation(false);
     findings_->setResizeMode(QListView::Adjust);
-    findings_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    findings_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     findings_->setTextElideMode(Qt::ElideNone);
-    findings_->setItemDelegate(new WrappingDelegate{findings_});
-    findings_->setMinimumHeight(fontMetrics().height() * findingRows * 3 / 2);
     group->addWidget(findings_);
     auto* row = new QHBoxLayout;
     lookAgain_ = addButton(*row, "lookAgain", tr("&Look again"), [this] {
@@ -213,13 +281,34 @@ void SettingsAboutPage::makeComponents()
 QString SettingsAboutPage::report() const
 {
     QString lines = tr("Tidewell %1").arg(context().facts.version) + u'\n';
+    if (state().lookedAt)
+        lines +=
+            tr("Looked at %1").arg(QLocale{}.toString(momentOf(*state().lookedAt), QLocale::ShortFormat)) +
+            u'\n';
     for (const AlertFinding& finding : state().findings) {
         lines += findingText(finding);
         if (!finding.remedy.empty())
-            lines += QStringLiteral(" — ") + oneLine(finding.remedy);
+            lines += QStringLiteral(" — ") + remedyText(finding);
         lines += u'\n';
     }
     return lines;
+}
+
+QString SettingsAboutPage::lookText() const
+{
+    const auto& found = state().findings;
+    const bool hasFound = !found.empty() && state().lookedAt;
+    if (state().isLooking)
+        return hasFound ? tr("Looking… this takes a few seconds. What was found at %1 may no longer be so:")
+                              .arg(timeText(*state().lookedAt))
+                        : tr("Looking… this takes a few seconds.");
+    if (!hasFound)
+        return tr("Nobody has looked yet.");
+    const auto first = std::ranges::min_element(found, {}, &AlertFinding::severity);
+    return (first->severity > AlertFinding::Severity::caution
+                ? tr("Looked at %1: nothing stands in the way of an alert.")
+                : tr("Looked at %1. What was found, the worst first:"))
+        .arg(timeText(*state().lookedAt));
 }
 
 void SettingsAboutPage::present()
@@ -232,22 +321,24 @@ void SettingsAboutPage::present()
         for (const AlertFinding& finding : found) {
             QString words = findingText(finding);
             if (!finding.remedy.empty())
-                words += u'\n' + oneLine(finding.remedy);
+                words += u'\n' + remedyText(finding);
             findings_->addItem(
                 new QListWidgetItem{settingsWeightIcon(weightOf(finding.severity), *this), words});
         }
         if (row >= 0)
             findings_->setCurrentRow(std::min(row, findings_->count() - 1));
+        fit_();
+    }
+    // Old ones can still be read and walked through, but look so.
+    const bool isLooking = state().isLooking;
+    for (int row = 0; row < findings_->count(); ++row) {
+        QListWidgetItem& item = *findings_->item(row);
+        item.setForeground(isLooking ? palette().brush(QPalette::Disabled, QPalette::WindowText) : QBrush{});
     }
     setUsable(*lookAgain_, !state().isLooking);
-    setUsable(*copy_, !found.empty());
+    setUsable(*copy_, !found.empty() && !isLooking);
     findings_->setVisible(!found.empty());
-    const auto first = std::ranges::min_element(found, {}, &AlertFinding::severity);
-    looking_->setText(state().isLooking ? tr("Looking… this takes a few seconds.")
-                      : found.empty()   ? tr("Nobody has looked yet.")
-                      : first->severity > AlertFinding::Severity::caution
-                          ? tr("Nothing stands in the way of an alert.")
-                          : tr("What was found, the worst first:"));
+    looking_->setText(lookText());
 }
 
 }  // namespace tidewell

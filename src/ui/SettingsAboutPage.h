@@ -21,7 +21,10 @@ private:
     void makeFindings();
     void makeComponents();
 
+    [[nodiscard]] QString lookText() const;
+
     QListWidget* findings_ = nullptr;
+    std::function<void()> fit_;  ///< Gives the list the height of its entries.
     QLabel* looking_ = nullptr;
     QPushButton* lookAgain_ = nullptr;
     QPushButton* copy_ = nullptr;

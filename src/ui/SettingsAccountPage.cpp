@@ -5,25 +5,13 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "polling/PollFailure.h"
 #include "ui/AccountForm.h"
 #include "ui/DisplayText.h"
 #include "ui/PersonName.h"
 #include "ui/WindowText.h"
 
 namespace tidewell {
-namespace {
-
-/// Its lines, those that there are.
-QString problemText(const ErrorInfo& problem)
-{
-    QStringList lines;
-    for (const std::string* line : {&problem.title, &problem.message, &problem.remediation})
-        if (!line->empty())
-            lines.append(displayText(*line));
-    return lines.join(u'\n');
-}
-
-}  // namespace
 
 SettingsAccountPage::SettingsAccountPage(SettingsPageContext& context) : SettingsPage{context}
 {
@@ -51,6 +39,7 @@ SettingsAccountPage::SettingsAccountPage(SettingsPageContext& context) : Setting
     auto* row = new QHBoxLayout;
     signIn_ = addButton(*row, "signIn", {}, my().handlers.signIn);
     reconnect_ = addButton(*row, "reconnect", tr("&Reconnect"), my().handlers.reconnect);
+    terms_ = addButton(*row, "accountTerms", tr("Show &terms…"), my().handlers.showTerms);
     signOut_ = addButton(*row, "signOut", tr("Sign &out…"), [this] { askToSignOut(); });
     row->addStretch();
     group->addLayout(row);
@@ -82,20 +71,48 @@ void SettingsAccountPage::presentRow(const Row& row, const QString& title, const
     row.value->setVisible(!value.isEmpty());
 }
 
+/// Its lines, those that there are.
+QString SettingsAccountPage::problemText() const
+{
+    const auto& problem = state().accountProblem;
+    if (!problem)
+        return {};
+    QStringList lines;
+    for (const std::string* line : {&problem->title, &problem->message})
+        if (!line->empty())
+            lines.append(displayText(*line));
+    if (problem->remediation == signInRequiredStatus().remediation)
+        lines.append(state().account ? tr("Choose “Sign in again…” below.") : tr("Choose “Sign in…” below."));
+    else if (!problem->remediation.empty())
+        lines.append(displayText(problem->remediation));
+    return lines.join(u'\n');
+}
+
+QString SettingsAccountPage::passwordPlaceText() const
+{
+    const SettingsFacts& facts = context().facts;
+    if (facts.isDemonstration)
+        return tr("stored nowhere: this is a demonstration");
+    return facts.secretsFile.isEmpty()
+               ? tr("stored in your keyring")
+               : tr("stored in the file %1. Whoever can read your files can read it too.")
+                     .arg(facts.secretsFile);
+}
+
 void SettingsAccountPage::askToSignOut()
 {
     if (question_ || !state().account)
         return;
     askedAbout_ = state().account;
-    const bool hasHistory = state().history.scope && state().history.configuration.hasPreviouslyEnabled;
+    const bool hasHistory = mayHaveSavedReadings();
     QString consequences =
         tr("The account and its password are removed from this computer. No readings and no "
            "alerts come until somebody signs in again.");
     if (hasHistory)
         consequences +=
             QStringLiteral("\n\n") +
-            tr("Saved readings stay on this computer, encrypted, and are there again after signing "
-               "in with this account.");
+            tr("Saved readings stay on this computer, encrypted, and are there again after signing in with "
+               "this account, unless you delete them here:");
     question_ = ask({.title = tr("Sign out"),
                      .question = tr("Sign out of %1?").arg(serviceTitle(state().account->provider)),
                      .consequences = consequences,
@@ -128,23 +145,47 @@ void SettingsAccountPage::present()
                          : tr("Nobody is chosen yet");
         presentRow(person_, tr("Person:"), person);
         presentRow(password_, tr("Password:"),
-                   state().hasPassword ? tr("Stored: %1").arg(my().facts.secretsPlace)
-                                       : tr("Not there, or it cannot be read"));
+                   state().hasPassword ? passwordPlaceText() : tr("Not there, or it cannot be read"));
     }
     const auto& problem = state().accountProblem;
-    problem_->present(SettingsNotice::Weight::problem, problem ? problemText(*problem) : QString{});
+    problem_->present(SettingsNotice::Weight::problem, problemText());
 
     const bool busy = state().isChangingAccount;
-    const bool again = account && (!state().hasPassword || (problem && problem->needsSignIn));
-    signIn_->setText(!account ? tr("&Sign in…") : again ? tr("&Sign in again…") : tr("&Switch account…"));
+    const bool needsTerms = account && problem && problem->needsTerms;
+    const bool needsSetup = account && problem && problem->needsSetup;
+    const bool isAsked = account && state().hasPassword && !needsTerms && !needsSetup;
+    signIn_->setText(signInTitle());
+    setShown(*terms_, needsTerms, *signIn_);
+    setShown(*reconnect_, isAsked, needsTerms ? *terms_ : *signIn_);
+    setShown(*signOut_, account.has_value(), *signIn_);
     setUsable(*signIn_, !busy);
-    reconnect_->setVisible(account.has_value());
-    signOut_->setVisible(account.has_value());
-    setUsable(*reconnect_, state().hasPassword && !busy);
+    setUsable(*reconnect_, isAsked && !busy && !state().isReconnecting);
     setUsable(*signOut_, !busy);
-    message_->present(
-        SettingsNotice::Weight::information,
-        busy ? tr("Please wait: the account is being changed.") : displayText(state().accountMessage));
+    presentMessage();
+}
+
+QString SettingsAccountPage::signInTitle() const
+{
+    const auto& problem = state().accountProblem;
+    if (!state().account)
+        return tr("&Sign in…");
+    if (problem && problem->needsSetup)
+        return tr("&Finish setting up…");
+    return !state().hasPassword || (problem && problem->needsSignIn) ? tr("&Sign in again…")
+                                                                     : tr("&Switch account…");
+}
+
+QString SettingsAccountPage::reconnectingText() { return tr("Trying again…"); }
+
+void SettingsAccountPage::presentMessage()
+{
+    using enum SettingsNotice::Weight;
+    if (state().isChangingAccount)
+        message_->present(information, tr("Please wait: the account is being changed."));
+    else if (state().isReconnecting)
+        message_->present(information, reconnectingText());
+    else
+        message_->present(state().accountFailed ? problem : information, displayText(state().accountMessage));
 }
 
 }  // namespace tidewell

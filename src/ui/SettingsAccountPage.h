@@ -12,6 +12,7 @@ class SettingsAccountPage final : public SettingsPage {
 public:
     explicit SettingsAccountPage(SettingsPageContext& context);
     void present() override;
+    [[nodiscard]] static QString reconnectingText();
 
 private:
     struct Row {
@@ -21,6 +22,10 @@ private:
     Row addRow(QGridLayout& grid, const char* name, const QString& title);
     static void presentRow(const Row& row, const QString& title, const QString& value);
     void askToSignOut();
+    void presentMessage();
+    [[nodiscard]] QString signInTitle() const;
+    [[nodiscard]] QString passwordPlaceText() const;
+    [[nodiscard]] QString problemText() const;
 
     QLabel* nobody_ = nullptr;
     QWidget* details_ = nullptr;
@@ -33,6 +38,7 @@ private:
     SettingsNotice* message_ = nullptr;
     QPushButton* signIn_ = nullptr;
     QPushButton* reconnect_ = nullptr;
+    QPushButton* terms_ = nullptr;
     QPushButton* signOut_ = nullptr;
     QPointer<QDialog> question_;
     std::optional<GlucoseAccountConfiguration> askedAbout_;

@@ -129,7 +129,7 @@ SettingsTimeEdit* SettingsAlertsPage::addTime(QBoxLayout& layout, const char* na
 
 void SettingsAlertsPage::makeSnooze()
 {
-    QVBoxLayout* group = addGroup(tr("Snooze"));
+    QVBoxLayout* group = addGroup(tr("What a snooze from the menu silences"));
     snoozes_ = {
         addSwitch(*group, "snoozeLowAlerts", tr("&Snooze low alerts"), &AppSettings::snoozeLowAlerts),
         addSwitch(*group, "snoozeHighAlerts", tr("Snoo&ze high alerts"), &AppSettings::snoozeHighAlerts),

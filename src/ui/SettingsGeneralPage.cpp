@@ -22,6 +22,16 @@ QString hoursText(std::int64_t hours)
     return hours == 1 ? SettingsGeneralPage::tr("1 hour") : SettingsGeneralPage::tr("%1 hours").arg(hours);
 }
 
+QString secretsText(const SettingsFacts& facts)
+{
+    if (facts.isDemonstration)
+        return SettingsGeneralPage::tr("Nowhere: this is a demonstration.");
+    return facts.secretsFile.isEmpty()
+               ? SettingsGeneralPage::tr("Your keyring")
+               : SettingsGeneralPage::tr("The file %1. Whoever can read your files can read them too.")
+                     .arg(facts.secretsFile);
+}
+
 }  // namespace
 
 SettingsGeneralPage::SettingsGeneralPage(SettingsPageContext& context) : SettingsPage{context}
@@ -89,7 +99,7 @@ void SettingsGeneralPage::makePlaces()
               tr("Copy the path of the saved readings")},
         Place{"stateFile", tr("What the program keeps in mind, such as a snooze:"), facts.stateFile,
               tr("Co&py"), tr("Copy the path of the program's notes")},
-        Place{"secretsPlace", tr("Password, and the key of the saved readings:"), facts.secretsPlace, {}, {}},
+        Place{"secretsPlace", tr("Password, and the key of the saved readings:"), secretsText(facts), {}, {}},
     };
     for (const auto& [name, title, place, copyTitle, copySpoken] : listed) {
         places->addWidget(wrappedLabel(title, this));
@@ -112,10 +122,13 @@ void SettingsGeneralPage::present()
 {
     const auto& login = state().loginItem;
     startAtLogin_->setChecked(login && login->isEnabled);
-    setUsable(*startAtLogin_, login && !state().isChangingLoginItem);
+    setUsable(*startAtLogin_, login && !state().isChangingLoginItem && !my().facts.isDemonstration);
     const std::string& problem =
         state().loginItemProblem.empty() && login ? login->problem : state().loginItemProblem;
-    loginProblem_->present(SettingsNotice::Weight::caution, displayText(problem));
+    if (my().facts.isDemonstration)
+        loginProblem_->present(SettingsNotice::Weight::information, tr("Not in the demonstration."));
+    else
+        loginProblem_->present(SettingsNotice::Weight::caution, displayText(problem));
 
     const auto& stored = state().settings.graphTimeWindowHours;
     const GraphTimeWindow standard = graphTimeWindow(std::nullopt);

@@ -16,10 +16,22 @@ namespace {
 
 constexpr int lettersToLine = 60;
 
+QString keyText(const SettingsFacts& places)
+{
+    if (places.isDemonstration)
+        return SettingsHistoryDialog::tr("The key to them is kept nowhere: this is a demonstration.");
+    return places.secretsFile.isEmpty()
+               ? SettingsHistoryDialog::tr("The key to them is kept in your keyring.")
+               : SettingsHistoryDialog::tr(
+                     "The key to them is kept in the file %1. Whoever can read your "
+                     "files can read it too.")
+                     .arg(places.secretsFile);
+}
+
 }  // namespace
 
 SettingsHistoryDialog::SettingsHistoryDialog(const GlucoseHistoryConfiguration& present,
-                                             const QString& secretsPlace,
+                                             const SettingsFacts& places,
                                              std::function<void(std::int64_t)> accepted, QWidget* parent)
     : QDialog{parent}
 {
@@ -36,7 +48,7 @@ SettingsHistoryDialog::SettingsHistoryDialog(const GlucoseHistoryConfiguration& 
         tr("What: each glucose reading that Tidewell fetches from now on for this account and person, with "
            "its value, trend and time. Nothing from before."),
         tr("Where: on this computer only, encrypted. Nothing is ever uploaded."),
-        tr("The key to them is kept here: %1").arg(secretsPlace),
+        keyText(places),
         tr("To stop: “Pause saving” on this page. What is saved stays until it is too old."),
         tr("To delete: “Delete saved readings…” on this page. It removes the readings, and their key last."),
     };

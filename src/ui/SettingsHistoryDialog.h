@@ -13,7 +13,7 @@ class SettingsHistoryDialog final : public QDialog {
     Q_OBJECT
 public:
     /// `accepted` gets the days.
-    SettingsHistoryDialog(const GlucoseHistoryConfiguration& present, const QString& secretsPlace,
+    SettingsHistoryDialog(const GlucoseHistoryConfiguration& present, const SettingsFacts& places,
                           std::function<void(std::int64_t)> accepted, QWidget* parent);
 };
 

@@ -105,7 +105,7 @@ void SettingsInsightsPage::askToEnable()
     if (question_)
         return;
     askedAbout_ = state().history.scope;
-    auto* dialog = new SettingsHistoryDialog{state().history.configuration, my().facts.secretsPlace,
+    auto* dialog = new SettingsHistoryDialog{state().history.configuration, my().facts,
                                              [this](std::int64_t days) {
                                                  if (my().handlers.enableHistory)
                                                      my().handlers.enableHistory(days);
@@ -167,6 +167,25 @@ QString SettingsInsightsPage::stateText() const
                                                       : tr("Saving is off. Nothing is saved.");
 }
 
+QString SettingsInsightsPage::sinceText() const
+{
+    const GlucoseHistoryConfiguration& history = state().history.configuration;
+    const QString switchedOn = history.isEnabled && history.collectionIntervalStart
+                                   ? dayText(*history.collectionIntervalStart)
+                                   : QString{};
+    if (!history.collectionStartedAt) {
+        if (!switchedOn.isEmpty())
+            return tr("No reading has been saved yet. Saving was switched on on %1.").arg(switchedOn);
+        return history.hasPreviouslyEnabled && !history.pendingDeletion ? tr("No readings are saved.")
+                                                                        : QString{};
+    }
+    const QString first = dayText(*history.collectionStartedAt);
+    return switchedOn.isEmpty() || switchedOn == first
+               ? tr("The first readings were saved on %1.").arg(first)
+               : tr("The first readings were saved on %1; saving was last switched on on %2.")
+                     .arg(first, switchedOn);
+}
+
 QString SettingsInsightsPage::collectionText() const
 {
     const GlucoseHistoryConfiguration& history = state().history.configuration;
@@ -188,15 +207,7 @@ void SettingsInsightsPage::present()
     const bool agreed = configuration.consentVersion >= currentConsentVersion;
 
     title_->setText(stateText());
-    QString since;
-    if (hasScope && configuration.collectionStartedAt)
-        since = tr("The first readings were saved on %1.").arg(dayText(*configuration.collectionStartedAt));
-    if (hasScope && configuration.isEnabled && configuration.collectionIntervalStart &&
-        configuration.collectionIntervalStart != configuration.collectionStartedAt)
-        since = tr("The first readings were saved on %1; saving was last switched on on %2.")
-                    .arg(configuration.collectionStartedAt ? dayText(*configuration.collectionStartedAt)
-                                                           : dayText(*configuration.collectionIntervalStart),
-                         dayText(*configuration.collectionIntervalStart));
+    const QString since = hasScope ? sinceText() : QString{};
     since_->setText(since);
     since_->setVisible(!since.isEmpty());
     // Without an account the title says so already.
@@ -222,9 +233,7 @@ void SettingsInsightsPage::present()
     setUsable(*retention_, keeps);
     setUsable(*retentionLabel_, keeps);
     collection_->setText(collectionText());
-    setUsable(*delete_,
-              hasScope && !busy &&
-                  (configuration.hasPreviouslyEnabled || configuration.pendingDeletion || hasProblem));
+    setUsable(*delete_, !busy && mayHaveSavedReadings());
     setUsable(*deleteAll_, !busy);
 
     const QString message =

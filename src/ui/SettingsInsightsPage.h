@@ -20,6 +20,7 @@ private:
     void askForRetention(std::int64_t days);
     void askToDelete(bool everyAccount);
     [[nodiscard]] QString stateText() const;
+    [[nodiscard]] QString sinceText() const;
     [[nodiscard]] QString collectionText() const;
 
     QLabel* title_ = nullptr;

@@ -91,4 +91,23 @@ void SettingsPage::setUsable(QWidget& widget, bool usable)
     }
 }
 
+void SettingsPage::setShown(QWidget& widget, bool shown, QWidget& heir)
+{
+    const bool hadFocus = !shown && window()->focusWidget() == &widget;
+    if (hadFocus && heir.isEnabled())
+        heir.setFocus();
+    else if (!shown && (hadFocus || disabledUnderFocus_ == &widget))
+        disabledUnderFocus_ = &heir;
+    widget.setVisible(shown);
+    if (hadFocus)
+        focusSince_ = window()->focusWidget();
+}
+
+bool SettingsPage::mayHaveSavedReadings() const
+{
+    const auto& [scope, history, problem] = state().history;
+    return scope && (history.collectionStartedAt || history.isEnabled || history.pendingDeletion ||
+                     (problem && problem != GlucoseHistoryError::accountRequired));
+}
+
 }  // namespace tidewell

@@ -52,6 +52,10 @@ protected:
     /// Enables or disables a control. The focus that it loses comes back to it, unless the person has moved
     /// it.
     void setUsable(QWidget& widget, bool usable);
+    /// Shows or hides a control. The focus that it has or waits for goes to `heir`.
+    void setShown(QWidget& widget, bool shown, QWidget& heir);
+    /// Whether something of the account is saved, or may be.
+    [[nodiscard]] bool mayHaveSavedReadings() const;
 
 private:
     struct Switch {

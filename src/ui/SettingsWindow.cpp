@@ -110,6 +110,7 @@ struct SettingsWindow::Impl {
         scroll->setWidgetResizable(true);
         scroll->setFocusPolicy(Qt::NoFocus);
         scroll->setWidget(page);
+        keepFocusInView(*scroll);
         scroll->viewport()->setAutoFillBackground(false);
         page->setAutoFillBackground(false);
         const int index = tabs->addTab(scroll, title);
@@ -123,18 +124,24 @@ struct SettingsWindow::Impl {
     void announce(const SettingsState& before)
     {
         const SettingsState& now = context.state;
-        const auto say = [this](const std::string& was, const std::string& is) {
-            if (was != is)
-                announcer->say(displayText(is));
+        QStringList lines;
+        const auto say = [&lines](const std::string& was, const std::string& is) {
+            if (was != is && !is.empty())
+                lines.append(displayText(is));
         };
         say(before.testAlertMessage, now.testAlertMessage);
         say(before.historyMessage, now.historyMessage);
         say(before.accountMessage, now.accountMessage);
+        if (now.isReconnecting && !before.isReconnecting)
+            lines.append(SettingsAccountPage::reconnectingText());
         say(before.loginItemProblem, now.loginItemProblem);
         if (now.saveProblem && before.saveProblem != now.saveProblem)
-            announcer->say(saveProblemText(*now.saveProblem));
-        if (warningText(before) != warningText(now))
-            announcer->say(warningText(now));
+            lines.append(saveProblemText(*now.saveProblem));
+        if (!before.silentLows.empty() && now.silentLows.empty())
+            lines.append(tr("Nothing that you set keeps lows silent any more."));
+        if (const QString warnings = warningText(now); warnings != warningText(before) && !warnings.isEmpty())
+            lines.append(warnings);
+        announcer->say(lines.join(u'\n'));
     }
 
     static QString saveProblemText(const std::string& problem)
@@ -166,6 +173,11 @@ SettingsWindow::SettingsWindow(SettingsFacts facts, Handlers handlers) : impl_{s
     my.addPage(this, new SettingsAlertsPage{context}, "alerts", tr("Alerts"));
     my.addPage(this, new SettingsAccountPage{context}, "account", tr("Account"));
     my.addPage(this, new SettingsAboutPage{context}, "about", tr("About"));
+    connect(my.tabs, &QTabWidget::currentChanged, this, [this](int index) {
+        // A window that opens looks anyway.
+        if (isVisible() && index == static_cast<int>(SettingsTab::about) && impl_->context.handlers.lookAgain)
+            impl_->context.handlers.lookAgain();
+    });
     my.announcer = new Announcer{this};
     auto* layout = new QVBoxLayout{this};
     layout->addWidget(my.warning);

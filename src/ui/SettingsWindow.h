@@ -17,7 +17,7 @@ struct SettingsFacts {
     QString configurationFile{};
     QString historyFolder{};
     QString stateFile{};
-    QString secretsPlace{};  ///< "your keyring", or a file with a warning.
+    QString secretsFile{};  ///< Where the password and keys lie, readable; empty: in the keyring.
     bool isDemonstration = false;
     bool canOpenNotificationSettings = false;
 };

@@ -116,7 +116,7 @@ struct SignInDialog::Impl {
 SignInDialog::SignInDialog(QWidget* parent) : QDialog{parent}, impl_{std::make_unique<Impl>()}
 {
     Impl& my = *impl_;
-    setWindowTitle(tr("Sign in to Tidewell"));
+    setWindowTitle(tr("Sign in to your glucose service"));
     setModal(false);
     auto* const content = my.content = new QWidget{this};
     const int line = lineLetters * fontMetrics().averageCharWidth();

@@ -51,6 +51,16 @@ private:
     SpokenWidget& spoken_;  ///< The widget itself; this goes with it.
 };
 
+/// A widget of no kind of its own; as a window it is one to everybody.
+class PlainInterface final : public QAccessibleWidget {
+public:
+    using QAccessibleWidget::QAccessibleWidget;
+    QAccessible::Role role() const override
+    {
+        return widget()->isWindow() ? QAccessible::Window : QAccessibleWidget::role();
+    }
+};
+
 SpokenStatusItem*& announcedItem()
 {
     static SpokenStatusItem* item = nullptr;
@@ -135,7 +145,7 @@ private:
     static int first() { return announcedItem() ? 1 : 0; }
 };
 
-QAccessibleInterface* makeInterface(const QString&, QObject* object)
+QAccessibleInterface* makeInterface(const QString& className, QObject* object)
 {
     if (object == qApp)
         return new ApplicationInterface;
@@ -143,7 +153,10 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object)
         return new ItemInterface{item};
     auto* const widget = qobject_cast<QWidget*>(object);
     auto* const spoken = dynamic_cast<SpokenWidget*>(object);
-    return widget && spoken ? new WidgetInterface{widget, *spoken} : nullptr;
+    if (widget && spoken)
+        return new WidgetInterface{widget, *spoken};
+    // Classes are asked for from the most derived one on: this is one that nobody else knows.
+    return widget && className == QLatin1String("QWidget") ? new PlainInterface{widget} : nullptr;
 }
 
 }  // namespace

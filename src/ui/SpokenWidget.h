@@ -20,7 +20,8 @@ public:
     virtual void press() {}
 };
 
-/// Lets assistive technology see each SpokenWidget, and what is announced below. Once, right after the
+/// Lets assistive technology see each SpokenWidget, windows that are plain widgets as windows, and what is
+/// announced below. Once, right after the
 /// QApplication was made; main thread.
 void installSpokenWidgets();
 

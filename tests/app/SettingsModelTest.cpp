@@ -41,13 +41,15 @@ public:
     int changes = 0;
 };
 
-/// Refuses each sign-in.
+/// Refuses each sign-in until it has readings.
 class RefusingAPI final : public GlucoseAPIProtocol {
 public:
     asio::awaitable<std::expected<std::vector<GlucoseReading>, GlucoseAPIError>> fetchLatestReadings()
         override
     {
         ++fetches;
+        if (!readings.empty())
+            co_return readings;
         co_return std::unexpected{GlucoseAPIError{.kind = GlucoseAPIError::Kind::credentialsRefused}};
     }
     asio::awaitable<std::expected<void, GlucoseAPIError>> signInAgain() override
@@ -55,6 +57,7 @@ public:
         co_return std::expected<void, GlucoseAPIError>{};
     }
     int fetches = 0;
+    std::vector<GlucoseReading> readings{};
 };
 
 /// The model over real services: a document in a folder, a history in memory, a desktop that is told how to
@@ -100,6 +103,8 @@ protected:
                 ++looks;
                 const auto found = findings;
                 co_await clock.sleepFor(2s);
+                if (breaksLook)
+                    throw std::runtime_error{"broken"};
                 co_return found;
             },
         });
@@ -199,6 +204,7 @@ protected:
     std::shared_ptr<FakeLoginItem> loginItem = std::make_shared<FakeLoginItem>();
     std::vector<AlertFinding> findings{{.subject = "tidewell", .text = "All is well."}};
     int looks = 0;
+    bool breaksLook = false;
     std::shared_ptr<void> following;
     int announced = 0;  ///< How often preferences changed for everybody.
     std::unique_ptr<SettingsModel> model;
@@ -461,18 +467,18 @@ TEST_F(SettingsModelTest, startAtLoginShowsWhatIsSoAndItsPreferenceFollows)
     EXPECT_FALSE(model->state().settings.startAtLogin);
     EXPECT_FALSE(onDisk().startAtLogin);
     loginItem->failure.reset();
-    {
-        const FullDisk full;
-        model->setStartAtLogin(true);
-        EXPECT_EQ(model->state().loginItemProblem, "");
-        settle();
-    }
     loginItem->breaks = true;
     model->setStartAtLogin(true);
     settle();
     EXPECT_FALSE(model->state().isChangingLoginItem);
     EXPECT_NE(model->state().loginItemProblem, "");
     loginItem->breaks = false;
+    {
+        const FullDisk full;
+        model->setStartAtLogin(true);
+        EXPECT_EQ(model->state().loginItemProblem, "");
+        settle();
+    }
     EXPECT_TRUE(model->state().settings.startAtLogin) << "it is so";
     EXPECT_TRUE(model->state().saveProblem);
 
@@ -537,6 +543,8 @@ TEST_F(SettingsModelTest, looksAtEverythingWhenAskedAndOnceMoreWhenAskedMeanwhil
     EXPECT_FALSE(model->state().isLooking);
     EXPECT_EQ(looks, 2);
 
+    EXPECT_EQ(model->state().lookedAt, clock.now());
+
     viewModel.setAlertProblem("Alerts are off.\nSwitch them on.");
     viewModel.setCurrentError(ErrorInfo{.title = "Authentication failed", .needsSignIn = true});
     EXPECT_EQ(model->state().alertProblem, "Alerts are off.\nSwitch them on.");
@@ -544,6 +552,89 @@ TEST_F(SettingsModelTest, looksAtEverythingWhenAskedAndOnceMoreWhenAskedMeanwhil
     EXPECT_EQ(model->state().account->username, "ada");
     EXPECT_TRUE(model->state().account->password.empty());
     EXPECT_TRUE(model->state().hasPassword);
+}
+
+TEST_F(SettingsModelTest, looksAgainByItselfWhenWhatItDependsOnChanges)
+{
+    const auto& state = model->state();
+    signIn();
+    set(&AppSettings::alertOnRapidFall, false);
+    settle();
+    clock.advance(10s);
+    EXPECT_EQ(looks, 0) << "nobody has asked yet";
+    model->refresh();
+    settle();
+    clock.advance(2s);
+    EXPECT_EQ(looks, 1);
+
+    const std::vector<std::pair<const char*, std::function<void()>>> changes{
+        {"a preference", [this] { set(&AppSettings::alertsEnabled, false); }},
+        {"a preference again", [this] { set(&AppSettings::alertsEnabled, true); }},
+        {"snooze", [this] { coordinator.snoozeAlerts(30min); }},
+        {"account problem", [this] { viewModel.setCurrentError(ErrorInfo{.title = "Refused"}); }},
+        {"alerts", [this] { viewModel.setAlertProblem("Alerts are not shown"); }},
+        {"reading", [this] { viewModel.setGlucoseHistory({readingAt(clock.now(), 101)}); }},
+        {"saved history", [this] { model->enableHistory(30); }},
+        {"account", [this] { model->signOut(false); }},
+    };
+    for (const auto& [what, change] : changes) {
+        SCOPED_TRACE(what);
+        clock.advance(1min);
+        ASSERT_FALSE(state.isLooking);
+        const auto before = state.lookedAt;
+        const int earlier = looks;
+        change();
+        settle();
+        EXPECT_TRUE(state.isLooking) << "the findings are old from now on";
+        EXPECT_EQ(looks, earlier) << "others may follow";
+        clock.advance(1s);
+        EXPECT_EQ(looks, earlier + 1);
+        EXPECT_EQ(state.lookedAt, before);
+        clock.advance(2s);
+        EXPECT_FALSE(state.isLooking);
+        EXPECT_EQ(state.lookedAt, clock.now());
+        EXPECT_EQ(looks, earlier + 1);
+    }
+
+    // Changes without a pause: one look at a time, and seconds between them; the last one sees the last.
+    clock.advance(1min);
+    const int earlier = looks;
+    for (int i = 0; i < 100; ++i) {
+        viewModel.setAlertProblem(i % 2 == 0 ? "One" : "Another");
+        clock.advance(100ms);
+    }
+    findings.front().text = "The last.";
+    viewModel.setAlertProblem("The last");
+    clock.advance(1min);
+    EXPECT_LE(looks, earlier + 4);
+    EXPECT_GE(looks, earlier + 3);
+    EXPECT_EQ(state.findings, findings);
+    EXPECT_FALSE(state.isLooking);
+
+    const auto idle = clock.sleepers();
+    viewModel.setAlertProblem("Due");
+    settle();
+    EXPECT_GT(clock.sleepers(), idle);
+    model.reset();
+    settle();
+    EXPECT_EQ(clock.sleepers(), idle) << "nobody wakes up for nothing";
+}
+
+TEST_F(SettingsModelTest, aLookThatBreaksOffLeavesTheOldOneWithItsTime)
+{
+    model->refresh();
+    settle();
+    clock.advance(2s);
+    const auto at = model->state().lookedAt;
+    ASSERT_EQ(at, clock.now());
+    breaksLook = true;
+    model->refresh();
+    settle();
+    clock.advance(2s);
+    EXPECT_EQ(looks, 2);
+    EXPECT_EQ(model->state().lookedAt, at);
+    EXPECT_EQ(model->state().findings, findings);
+    EXPECT_FALSE(model->state().isLooking);
 }
 
 TEST_F(SettingsModelTest, silentLowsFollowTheClockAndTheSnooze)
@@ -664,6 +755,7 @@ TEST_F(SettingsModelTest, signingOutKeepsOrDeletesHistoryAndNeverLosesTheAccount
     settle();
     EXPECT_FALSE(state.isChangingAccount);
     EXPECT_EQ(state.accountMessage, "You are still signed in, since the saved history could not be deleted.");
+    EXPECT_TRUE(state.accountFailed);
     EXPECT_EQ(state.historyMessage, description(GlucoseHistoryError::storageFailure));
     EXPECT_TRUE(state.historyFailed);
     EXPECT_EQ(manager->account(), ada());
@@ -674,11 +766,14 @@ TEST_F(SettingsModelTest, signingOutKeepsOrDeletesHistoryAndNeverLosesTheAccount
         settle();
     }
     EXPECT_NE(state.accountMessage.find("could not be saved"), std::string::npos) << state.accountMessage;
+    EXPECT_TRUE(state.accountMessage.starts_with("You are still signed in. ")) << state.accountMessage;
+    EXPECT_TRUE(state.accountFailed);
     EXPECT_EQ(state.account->username, "ada");
 
     model->signOut(false);
     settle();
     EXPECT_EQ(state.accountMessage, "You are signed out.");
+    EXPECT_FALSE(state.accountFailed);
     EXPECT_EQ(state.account, std::nullopt);
     EXPECT_FALSE(state.hasPassword);
     EXPECT_EQ(world.keychain.items.size(), 1U) << "saved history stays";
@@ -689,7 +784,7 @@ TEST_F(SettingsModelTest, signingOutKeepsOrDeletesHistoryAndNeverLosesTheAccount
     EXPECT_TRUE(state.history.configuration.isEnabled);
     model->signOut(true);
     settle();
-    EXPECT_EQ(state.accountMessage, "You are signed out.");
+    EXPECT_EQ(state.accountMessage, "You are signed out. The saved readings are deleted.");
     EXPECT_TRUE(world.keychain.items.empty());
 
     // A password that cannot be removed is told, since it is still there.
@@ -730,9 +825,34 @@ TEST_F(SettingsModelTest, reconnectingAsksTheServiceOnceMore)
     clock.advance(1h);
     EXPECT_EQ(api->fetches, before) << "it waits for the person";
     model->reconnect();
+    EXPECT_TRUE(model->state().isReconnecting);
     clock.advance(1min);
     EXPECT_GT(api->fetches, before);
+    EXPECT_FALSE(model->state().isReconnecting);
+    EXPECT_EQ(model->state().accountMessage, "It did not work. What is wrong stands above.");
+    EXPECT_TRUE(model->state().accountFailed);
+
+    api->readings = {readingAt(clock.now(), 101)};
+    model->reconnect();
+    EXPECT_EQ(model->state().accountMessage, "");
+    clock.advance(1min);
+    EXPECT_FALSE(model->state().isReconnecting);
+    EXPECT_EQ(model->state().accountMessage, "The service has answered.");
+    EXPECT_FALSE(model->state().accountFailed);
     coordinator.stop();
+
+    // Nobody is asked, and nothing is promised.
+    for (const ErrorInfo& problem : {ErrorInfo{.needsTerms = true}, ErrorInfo{.needsSetup = true}}) {
+        viewModel.setCurrentError(problem);
+        model->reconnect();
+        EXPECT_FALSE(model->state().isReconnecting);
+    }
+    viewModel.setCurrentError({});
+    model->reconnect();
+    clock.advance(1min);
+    EXPECT_FALSE(model->state().isReconnecting);
+    EXPECT_EQ(model->state().accountMessage, "No answer has come.");
+    EXPECT_TRUE(model->state().accountFailed);
 }
 
 TEST_F(SettingsModelTest, whatWasBegunEndsByItselfWhenTheModelGoes)

@@ -11,14 +11,22 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTimeEdit>
+#include <QTimer>
 #include <QWheelEvent>
 
 #include "config/AppSettingsFields.h"
 #include "config/AppSettingsKeys.h"
 #include "config/ThresholdOptions.h"
+#include "polling/PollFailure.h"
+#include "ui/Announcer.h"
+#include "ui/DisplayText.h"
 #include "ui/WindowWalk.h"
 
 namespace tidewell {
@@ -49,6 +57,8 @@ SettingsState wellState()
                                    .consentVersion = currentConsentVersion,
                                    .collectionStartedAt = dateFromIso("2026-03-02T08:00:00Z"),
                                    .hasPreviouslyEnabled = true};
+    state.lookedAt =
+        dateFromUnix(static_cast<double>(QDateTime{QDate::currentDate(), QTime{15, 30}}.toSecsSinceEpoch()));
     state.findings = {
         {.severity = AlertFinding::Severity::good, .subject = "alerts", .text = "Alerts are switched on."}};
     return state;
@@ -108,7 +118,8 @@ protected:
                             .configurationFile = QStringLiteral("/home/1/.2/3/4.5"),
                             .historyFolder = QStringLiteral("/home/1/.6/7/8/9"),
                             .stateFile = QStringLiteral("/home/1/.6/7/0"),
-                            .secretsPlace = QStringLiteral("1234"),
+                            .secretsFile = secretsFile,
+                            .isDemonstration = isDemonstration,
                             .canOpenNotificationSettings = true};
         const auto note = [this](const char* call) {
             return [this, call] { calls << QString::fromLatin1(call); };
@@ -193,6 +204,11 @@ protected:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
+    /// What a screen reader was told last.
+    QString spoken() { return widget<QWidget>("announcer").accessibleName(); }
+
+    QString secretsFile;  ///< Of the next window.
+    bool isDemonstration = false;
     std::vector<AppSettings> told;
     QStringList calls;
     std::unique_ptr<SettingsWindow> window;
@@ -484,6 +500,52 @@ TEST_F(SettingsWindowTest, saysWhatIsWrongOnEveryTab)
     show(SettingsTab::account, state);
     EXPECT_EQ(words("accountProblem"),
               u"Authentication failed\nThe service refuses the password.\nSign in again.");
+    // "Open Settings" is no advice in the settings.
+    const ErrorInfo nobody = signInRequiredStatus();
+    state.accountProblem = nobody;
+    state.findings.front().remedy = nobody.remediation;
+    for (const bool hasAccount : {true, false}) {
+        if (!hasAccount)
+            state.account.reset();
+        show(SettingsTab::account, state);
+        const QString advice = words("accountProblem").section(u'\n', -1);
+        EXPECT_EQ(advice, QStringLiteral("Choose “%1” below.").arg(button("signIn").text().remove(u'&')));
+    }
+    show(SettingsTab::about, state);
+    EXPECT_TRUE(widget<QListWidget>("findings").item(0)->text().endsWith(u"\nSign in on the tab “Account”."));
+}
+
+TEST_F(SettingsWindowTest, tellsWhatHasChangedAndForgetsIt)
+{
+    SettingsState state = wellState();
+    show(SettingsTab::alerts, state);
+    state.silentLows = {{SilentLowCause::snooze, "Low alerts are snoozed until 15:30.", true}};
+    window->present(state);
+    EXPECT_EQ(spoken(), u"Low alerts are snoozed until 15:30.");
+    state.silentLows.clear();
+    state.testAlertMessage = "Test alert sent.";
+    window->present(state);
+    EXPECT_EQ(spoken(), u"Test alert sent.\nNothing that you set keeps lows silent any more.");
+    auto& timer = widget<QTimer>("announcerTimer");
+    ASSERT_TRUE(timer.isActive());
+    QTimerEvent over{timer.timerId()};
+    QApplication::sendEvent(&timer, &over);
+    EXPECT_EQ(spoken(), QString{}) << "nobody meets it on other tabs";
+    state.testAlertMessage.clear();
+    window->present(state);
+    EXPECT_EQ(spoken(), QString{});
+}
+
+TEST_F(SettingsWindowTest, tellsAScreenReaderWhatCouldNotBeSaved)
+{
+    show(SettingsTab::glucose, wellState());
+    const auto& announcer = widget<Announcer>("announcer");
+    EXPECT_FALSE(announcer.accessibleName().contains(u"Could not save"));
+    SettingsState state = wellState();
+    state.saveProblem = "The disk is full.";
+    window->present(state);
+    EXPECT_EQ(announcer.accessibleName(), words("settingsSaveProblem"));
+    EXPECT_TRUE(announcer.accessibleName().contains(u"The disk is full."));
 }
 
 TEST_F(SettingsWindowTest, asksBeforeSomethingGoes)
@@ -523,6 +585,11 @@ TEST_F(SettingsWindowTest, asksBeforeSomethingGoes)
     question()->findChild<QCheckBox*>()->click();
     button("settingsConfirm").click();
     EXPECT_EQ(calls, QStringList{QStringLiteral("signOut+")});
+    closeQuestion();
+    button("signOut").click();
+    EXPECT_TRUE(
+        qobject_cast<QMessageBox*>(question())->informativeText().endsWith(u"unless you delete them here:"))
+        << "The box is below.";
     closeQuestion();
     SettingsState never = state;
     never.history.configuration = {};
@@ -582,6 +649,62 @@ TEST_F(SettingsWindowTest, savesReadingsOnlyAfterTheDisclosure)
     EXPECT_TRUE(button("deleteEveryHistory").isEnabled()) << "This needs no account.";
 }
 
+TEST_F(SettingsWindowTest, saysSinceWhenReadingsAreSaved)
+{
+    const auto march = [](int dayOfMonth, int hour) {
+        const QDateTime at{QDate{2026, 3, dayOfMonth}, QTime{hour, 0}};
+        return dateFromUnix(static_cast<double>(at.toSecsSinceEpoch()));
+    };
+    const auto since = [&](bool isEnabled, std::optional<Date> first, std::optional<Date> switchedOn) {
+        SettingsState state = wellState();
+        state.history.configuration.isEnabled = isEnabled;
+        state.history.configuration.collectionStartedAt = first;
+        state.history.configuration.collectionIntervalStart = switchedOn;
+        show(SettingsTab::insights, state);
+        return words("historySince");
+    };
+    const QString second = displayDate(QDate{2026, 3, 2}, QStringLiteral("d MMMM yyyy"));
+    const QString fifth = displayDate(QDate{2026, 3, 5}, QStringLiteral("d MMMM yyyy"));
+    EXPECT_EQ(since(true, {}, march(2, 9)),
+              QStringLiteral("No reading has been saved yet. Saving was switched on on %1.").arg(second));
+    EXPECT_EQ(since(false, {}, {}), u"No readings are saved.");
+    const QString once = QStringLiteral("The first readings were saved on %1.").arg(second);
+    EXPECT_EQ(since(true, march(2, 10), march(2, 9)), once) << "one day is told once";
+    EXPECT_EQ(since(false, march(2, 10), {}), once);
+    EXPECT_EQ(since(true, march(2, 10), march(5, 9)),
+              QStringLiteral("The first readings were saved on %1; saving was last switched on on %2.")
+                  .arg(second, fifth));
+    show(SettingsTab::insights, {});
+    EXPECT_EQ(words("historySince"), QString{});
+}
+
+TEST_F(SettingsWindowTest, saysWhereThePasswordLies)
+{
+    const QString file = QStringLiteral("/home/1/secrets.json");
+    for (const bool isFile : {false, true}) {
+        secretsFile = isFile ? file : QString{};
+        makeWindow();
+        SettingsState state = wellState();
+        state.history.configuration = {};
+        show(SettingsTab::account, state);
+        EXPECT_EQ(words("accountPassword"),
+                  isFile
+                      ? QStringLiteral("stored in the file %1. Whoever can read your files can read it too.")
+                            .arg(file)
+                      : QStringLiteral("stored in your keyring"));
+        show(SettingsTab::general, state);
+        EXPECT_EQ(words("secretsPlace").contains(file), isFile);
+        show(SettingsTab::insights, state);
+        button("enableHistory").click();
+        QStringList said;
+        for (const auto* label : question()->findChildren<QLabel*>())
+            said << label->text();
+        EXPECT_EQ(said.join(u'\n').contains(file), isFile);
+        EXPECT_EQ(said.join(u'\n').contains(u"your keyring"), !isFile);
+        closeQuestion();
+    }
+}
+
 TEST_F(SettingsWindowTest, namesTheAccountAndNeverItsCodes)
 {
     show(SettingsTab::account, wellState());
@@ -608,6 +731,113 @@ TEST_F(SettingsWindowTest, namesTheAccountAndNeverItsCodes)
     EXPECT_FALSE(words("accountNone").isEmpty());
 }
 
+TEST_F(SettingsWindowTest, offersForTheAccountWhatHelpsAndNothingElse)
+{
+    const auto offers = [this](const SettingsState& state) {
+        show(SettingsTab::account, state);
+        QStringList offered;
+        for (const char* name : {"signIn", "reconnect", "accountTerms", "signOut"})
+            if (button(name).isVisible())
+                offered << (button(name).isEnabled() ? button(name).text() : QStringLiteral("(off)"));
+        return offered.join(u' ').remove(u'&').toStdString();
+    };
+    SettingsState state = wellState();
+    EXPECT_EQ(offers(state), "Switch account… Reconnect Sign out…");
+    state.accountProblem = ErrorInfo{.title = "LibreLinkUp needs attention", .canReconnect = true};
+    EXPECT_EQ(offers(state), "Switch account… Reconnect Sign out…");
+    button("reconnect").setFocus();
+    state.isReconnecting = true;
+    window->present(state);
+    EXPECT_EQ(words("accountMessage"), u"Trying again…");
+    EXPECT_FALSE(button("reconnect").isEnabled());
+    state.isReconnecting = false;
+    window->present(state);
+    EXPECT_TRUE(button("reconnect").hasFocus());
+    state.accountProblem = ErrorInfo{.title = "Terms of use", .needsTerms = true};
+    window->present(state);
+    EXPECT_TRUE(button("accountTerms").hasFocus());
+    EXPECT_EQ(offers(state), "Switch account… Show terms… Sign out…");
+    button("accountTerms").click();
+    EXPECT_EQ(calls, QStringList{QStringLiteral("terms")});
+    state.accountProblem = ErrorInfo{.title = "Setting up is not finished", .needsSetup = true};
+    EXPECT_EQ(offers(state), "Finish setting up… Sign out…");
+    button("signIn").click();
+    EXPECT_EQ(calls, QStringList{QStringLiteral("signIn")});
+    state.accountProblem = ErrorInfo{.title = "Password not available", .needsSignIn = true};
+    state.hasPassword = false;
+    EXPECT_EQ(offers(state), "Sign in again… Sign out…") << "Nothing can be asked without it.";
+
+    state.accountMessage = "You are still signed in.";
+    const auto weight = [this] { return widget<QWidget>("accountMessage").accessibleName(); };
+    show(SettingsTab::account, state);
+    EXPECT_TRUE(weight().startsWith(u"Note: ")) << weight().toStdString();
+    state.accountFailed = true;
+    window->present(state);
+    EXPECT_TRUE(weight().startsWith(u"Problem: ")) << weight().toStdString();
+}
+
+TEST_F(SettingsWindowTest, signingOutLeavesTheFocusWhereSomebodySignsIn)
+{
+    for (const bool movedOn : {false, true}) {
+        SettingsState state = wellState();
+        state.silentLows = {{SilentLowCause::snooze, "Low alerts are snoozed until 15:30.", true}};
+        show(SettingsTab::account, state);
+        button("signOut").setFocus();
+        state.isChangingAccount = true;
+        window->present(state);
+        if (movedOn)
+            widget<QTabWidget>("settingsTabs").tabBar()->setFocus();
+        state.account.reset();
+        state.hasPassword = false;
+        window->present(state);
+        state.isChangingAccount = false;
+        window->present(state);
+        EXPECT_EQ(button("signIn").hasFocus(), !movedOn);
+    }
+    // Somebody else may have done it.
+    show(SettingsTab::account, wellState());
+    button("signOut").setFocus();
+    window->present({});
+    EXPECT_TRUE(button("signIn").hasFocus());
+}
+
+TEST_F(SettingsWindowTest, offersToDeleteOnlyWhatMayBeThere)
+{
+    SettingsState state = wellState();
+    const auto asksForReadings = [&] {
+        show(SettingsTab::insights, state);
+        const bool deletes = button("deleteHistory").isEnabled();
+        show(SettingsTab::account, state);
+        button("signOut").click();
+        EXPECT_EQ(question()->findChild<QCheckBox*>() != nullptr, deletes);
+        closeQuestion();
+        return deletes;
+    };
+    auto& history = state.history;
+    history.configuration = {.hasPreviouslyEnabled = true};
+    EXPECT_FALSE(asksForReadings()) << "They were deleted.";
+    history.configuration.collectionStartedAt = dateFromIso("2026-03-02T08:00:00Z");
+    EXPECT_TRUE(asksForReadings());
+    history.configuration = {.pendingDeletion = true, .hasPreviouslyEnabled = true};
+    EXPECT_TRUE(asksForReadings());
+    history.configuration = {.isEnabled = true, .hasPreviouslyEnabled = true};
+    EXPECT_TRUE(asksForReadings());
+    history.configuration = {};
+    history.problem = GlucoseHistoryError::keychainFailure;
+    EXPECT_TRUE(asksForReadings()) << "Nobody knows.";
+}
+
+TEST_F(SettingsWindowTest, theDemonstrationCannotBeStartedAtLogin)
+{
+    isDemonstration = true;
+    makeWindow();
+    SettingsState state = wellState();
+    state.loginItem = LoginItemStatus{};
+    show(SettingsTab::general, state);
+    EXPECT_FALSE(widget<QCheckBox>("startAtLogin").isEnabled());
+    EXPECT_EQ(words("loginProblem"), u"Not in the demonstration.");
+}
+
 TEST_F(SettingsWindowTest, reportsFindingsWithoutAccountAndReadings)
 {
     SettingsState state = scenes()[2].state;
@@ -619,17 +849,68 @@ TEST_F(SettingsWindowTest, reportsFindingsWithoutAccountAndReadings)
     EXPECT_FALSE(list.item(0)->icon().isNull());
     button("copyReport").click();
     const QString report = QApplication::clipboard()->text();
-    EXPECT_EQ(report.count(u'\n'), list.count() + 1);
+    EXPECT_EQ(report.count(u'\n'), list.count() + 2);
     EXPECT_TRUE(report.contains(u"Caution: The sound is muted: alerts are silent. — Switch the sound"));
     for (const QString& secret : {QStringLiteral("parent@example.com"), QStringLiteral("Mia"),
                                   QStringLiteral("c0ffee"), QStringLiteral("/home")})
         EXPECT_FALSE(report.contains(secret));
+    EXPECT_TRUE(report.contains(u"Looked at "));
+    EXPECT_EQ(words("looking"), u"Looked at 15:30. What was found, the worst first:");
     button("lookAgain").click();
     button("showTerms").click();
     EXPECT_EQ(calls, (QStringList{QStringLiteral("look"), QStringLiteral("terms")}));
     show(SettingsTab::general, state);
     button("historyFolderCopy").click();
     EXPECT_EQ(QApplication::clipboard()->text(), u"/home/1/.6/7/8/9");
+}
+
+TEST_F(SettingsWindowTest, saysWhenFindingsAreOldAndLooksWhenTheirTabComesToTheFront)
+{
+    SettingsState state = wellState();
+    show(SettingsTab::about, state);
+    EXPECT_EQ(words("looking"), u"Looked at 15:30: nothing stands in the way of an alert.");
+    auto& list = widget<QListWidget>("findings");
+    const QBrush fresh = list.item(0)->foreground();
+    state.isLooking = true;
+    window->present(state);
+    EXPECT_EQ(words("looking"),
+              u"Looking… this takes a few seconds. What was found at 15:30 may no longer be so:");
+    EXPECT_NE(list.item(0)->foreground(), fresh);
+    EXPECT_FALSE(button("copyReport").isEnabled() || button("lookAgain").isEnabled());
+    state.isLooking = false;
+    state.lookedAt = *state.lookedAt - Seconds{86400.0};
+    window->present(state);
+    EXPECT_EQ(list.item(0)->foreground(), fresh);
+    EXPECT_FALSE(words("looking").startsWith(u"Looked at 15:30")) << "That was yesterday.";
+    EXPECT_TRUE(button("copyReport").isEnabled());
+    calls.clear();
+    window->open(SettingsTab::general);
+    EXPECT_TRUE(calls.isEmpty());
+    window->open(SettingsTab::about);
+    EXPECT_EQ(calls, QStringList{QStringLiteral("look")});
+    show(SettingsTab::about, {});
+    EXPECT_EQ(words("looking"), u"Nobody has looked yet.");
+
+    // The page scrolls, not the list in it.
+    state.findings.assign(16, {.text = "Alerts are switched on. " + std::string(300, 'x') + " y",
+                               .remedy = "Nothing is to be done."});
+    for (const int width : {400, 900}) {
+        window->resize(width, 500);
+        show(SettingsTab::about, state);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(list.verticalScrollBar()->maximum(), 0);
+        EXPECT_GE(list.height(), list.visualItemRect(list.item(15)).bottom());
+        EXPECT_LE(list.height() - list.visualItemRect(list.item(15)).bottom(), 20);
+        list.setFocus();
+        list.setCurrentRow(0);
+        for (int row = 0; row < 15; ++row)
+            key(list, Qt::Key_Down);
+        const auto& page = widget<QScrollArea>("about");
+        const QPoint top =
+            list.viewport()->mapTo(page.viewport(), list.visualItemRect(list.item(15)).topLeft());
+        EXPECT_TRUE(page.viewport()->rect().contains(QPoint{page.viewport()->width() / 2, top.y()}))
+            << "The page follows the keyboard.";
+    }
 }
 
 TEST_F(SettingsWindowTest, opensOnATabAndClosesByEscape)
@@ -698,38 +979,23 @@ QStringList othersWords(const SettingsState& state)
     return words + texts;
 }
 
-/// Each tab in each state, in a language and a size of letters.
-class SettingsWindowWalk : public SettingsWindowTest,
-                           public testing::WithParamInterface<std::tuple<bool, double>> {
+/// Each tab in each state, in a language, a size of letters and a theme.
+class SettingsWindowWalk : public SettingsWindowTest, public testing::WithParamInterface<WindowLook> {
 protected:
-    void SetUp() override
-    {
-        const auto [pseudo, factor] = GetParam();
-        if (pseudo)
-            language.emplace();
-        QFont font = before;
-        font.setPointSizeF(font.pointSizeF() * factor);
-        QApplication::setFont(font);
-        makeWindow();
-    }
-    void TearDown() override
-    {
-        window.reset();
-        QApplication::setFont(before);
-    }
-    const QFont before = QApplication::font();
-    std::optional<PseudoLanguage> language;
+    SettingsWindowWalk() { makeWindow(); }
+    ~SettingsWindowWalk() override { window.reset(); }
+    [[nodiscard]] static bool isPseudo() { return GetParam().language == WindowLook::Language::pseudo; }
+
+    const WindowLookScope look{GetParam()};
 };
 
 TEST_P(SettingsWindowWalk, everyTabFitsAndIsReached)
 {
-    const auto [pseudo, factor] = GetParam();
     for (const auto& [name, state] : scenes()) {
         for (int tab = 0; tab < tabNames.size(); ++tab) {
-            const QString title = QStringLiteral("settings-%1-%2-%3%4")
-                                      .arg(tabNames[tab], QString::fromLatin1(name))
-                                      .arg(qRound(factor * 100))
-                                      .arg(pseudo ? QStringLiteral("-pseudo") : QString{});
+            const QString title =
+                QStringLiteral("settings-%1-%2-%3")
+                    .arg(tabNames[tab], QString::fromLatin1(name), QString::fromStdString(GetParam().name()));
             SCOPED_TRACE(title.toStdString());
             show(static_cast<SettingsTab>(tab), state);
             window->resize(QSize{1024, 700}.boundedTo(window->size()));
@@ -739,7 +1005,7 @@ TEST_P(SettingsWindowWalk, everyTabFitsAndIsReached)
             expectUniqueMnemonics(*window);
             expectNothingCut(*window);
             expectKeyboardReachesAll(*window);
-            if (pseudo)
+            if (isPseudo())
                 expectAllTranslated(*window, othersWords(state));
         }
     }
@@ -747,7 +1013,6 @@ TEST_P(SettingsWindowWalk, everyTabFitsAndIsReached)
 
 TEST_P(SettingsWindowWalk, everyQuestionFitsAndIsReached)
 {
-    const auto [pseudo, factor] = GetParam();
     const SettingsState well = wellState();
     SettingsState unsaved = well;
     unsaved.history.configuration = {};
@@ -760,21 +1025,20 @@ TEST_P(SettingsWindowWalk, everyQuestionFitsAndIsReached)
         button(control).click();
         ASSERT_NE(question(), nullptr);
         QCoreApplication::processEvents();
-        saveScreenshot(*question(), QStringLiteral("settings-ask-%1-%2%3")
-                                        .arg(QString::fromLatin1(control))
-                                        .arg(qRound(factor * 100))
-                                        .arg(pseudo ? QStringLiteral("-pseudo") : QString{}));
+        saveScreenshot(*question(),
+                       QStringLiteral("settings-ask-%1-%2")
+                           .arg(QString::fromLatin1(control), QString::fromStdString(GetParam().name())));
         expectEveryControlNamed(*question());
         expectUniqueMnemonics(*question());
         expectNothingCut(*question());
-        if (pseudo)
+        if (isPseudo())
             expectAllTranslated(*question(), othersWords(*state));
         closeQuestion();
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, SettingsWindowWalk,
-                         testing::Combine(testing::Bool(), testing::Values(1.0, 2.0)));
+INSTANTIATE_TEST_SUITE_P(Looks, SettingsWindowWalk, testing::ValuesIn(windowLooks()),
+                         [](const auto& look) { return look.param.name(); });
 
 }  // namespace
 }  // namespace tidewell

@@ -308,49 +308,44 @@ TEST_F(SignInDialogTest, closingLeavesNoSecretAndFinishingIsNoCancelling)
 
 TEST_F(SignInDialogTest, canBeUsedInEveryStateSizeAndLanguage)
 {
-    const QFont before = QApplication::font();
-    for (const double scale : {1.0, 2.0}) {
-        QFont font = before;
-        font.setPointSizeF(before.pointSizeF() * scale);
-        QApplication::setFont(font);
-        for (const bool pseudo : {false, true}) {
-            const auto language = pseudo ? std::make_unique<PseudoLanguage>() : nullptr;
-            SignInDialog shown;
-            const auto walk = [&](const char* state, bool isOurs = true) {
-                const QString name =
-                    QString{"sign-in-%1-%2%3"}.arg(state).arg(int(scale * 100)).arg(pseudo ? "-pseudo" : "");
-                const testing::ScopedTrace trace{__FILE__, __LINE__, name.toStdString()};
-                QApplication::processEvents();
-                saveScreenshot(shown, name);
-                EXPECT_LE(shown.width(), 1024);
-                expectEveryControlNamed(shown);
-                expectUniqueMnemonics(shown);
-                expectNothingCut(shown);
-                expectKeyboardReachesAll(shown);
-                if (pseudo && isOurs)
-                    expectAllTranslated(shown, {"ada@example.org", "Ada Muster", "Ben", "(…en-1)", "(…en-2)",
-                                                "Dexcom Share", "LibreLinkUp"});
-            };
-            for (const GlucoseProvider provider : allGlucoseProviders) {
-                shown.present({.provider = provider,
-                               .username = "ada@example.org",
-                               .password = SecretText{"x"},
-                               .region = "us"});
-                walk(provider == GlucoseProvider::dexcom ? "dexcom" : "libre");
-                shown.showProgress();
-                walk("busy");
-                shown.showProblem(refusal);
-                walk(provider == GlucoseProvider::dexcom ? "dexcom-problem" : "libre-problem", false);
-                shown.showPeople(three);
-                walk("people");
-                shown.showPeople({});
-                shown.showProblem(refusal);
-                walk("nobody", false);
-                shown.finish();
-            }
+    for (const WindowLook& look : windowLooks()) {
+        const WindowLookScope scope{look};
+        const bool pseudo = look.language == WindowLook::Language::pseudo;
+        SignInDialog shown;
+        if (look.language == WindowLook::Language::english)
+            EXPECT_EQ(shown.windowTitle(), u"Sign in to your glucose service");
+        const auto walk = [&](const char* state, bool isOurs = true) {
+            const QString name = QString{"sign-in-%1-%2"}.arg(state, QString::fromStdString(look.name()));
+            const testing::ScopedTrace trace{__FILE__, __LINE__, name.toStdString()};
+            QApplication::processEvents();
+            saveScreenshot(shown, name);
+            EXPECT_LE(shown.width(), 1024);
+            expectEveryControlNamed(shown);
+            expectUniqueMnemonics(shown);
+            expectNothingCut(shown);
+            expectKeyboardReachesAll(shown);
+            if (pseudo && isOurs)
+                expectAllTranslated(shown, {"ada@example.org", "Ada Muster", "Ben", "(…en-1)", "(…en-2)",
+                                            "Dexcom Share", "LibreLinkUp"});
+        };
+        for (const GlucoseProvider provider : allGlucoseProviders) {
+            shown.present({.provider = provider,
+                           .username = "ada@example.org",
+                           .password = SecretText{"x"},
+                           .region = "us"});
+            walk(provider == GlucoseProvider::dexcom ? "dexcom" : "libre");
+            shown.showProgress();
+            walk("busy");
+            shown.showProblem(refusal);
+            walk(provider == GlucoseProvider::dexcom ? "dexcom-problem" : "libre-problem", false);
+            shown.showPeople(three);
+            walk("people");
+            shown.showPeople({});
+            shown.showProblem(refusal);
+            walk("nobody", false);
+            shown.finish();
         }
     }
-    QApplication::setFont(before);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QStyle>
 #include <QStyleOptionButton>
@@ -400,6 +401,10 @@ void expectEveryControlNamed(QWidget& window)
 {
     QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(&window);
     ASSERT_NE(tree, nullptr) << described(window);
+    using enum QAccessible::Role;
+    static const std::set<QAccessible::Role> windows{Window, Dialog, AlertMessage, PopupMenu};
+    if (!windows.contains(tree->role()))
+        ADD_FAILURE() << described(window) << " is no window to a screen reader";
     expectNamed(*tree, &window);
 }
 
@@ -451,6 +456,25 @@ void expectNothingCut(QWidget& window)
     }
 }
 
+namespace {
+
+/// Of what has no room in the area, some is enough.
+void expectScrolledIntoView(const QWidget& widget)
+{
+    for (const QWidget* above = widget.parentWidget(); above; above = above->parentWidget()) {
+        const auto* const area = qobject_cast<const QScrollArea*>(above);
+        if (!area || !area->widget() || !area->widget()->isAncestorOf(&widget))
+            continue;
+        const QRect shown = area->viewport()->rect();
+        const QRect now{widget.mapTo(area->viewport(), QPoint{}), widget.size()};
+        const bool fits = now.height() <= shown.height();
+        if (!shown.intersects(now) || (fits && (now.top() < shown.top() || now.bottom() > shown.bottom())))
+            ADD_FAILURE() << described(widget) << " has the focus and is scrolled out of sight";
+    }
+}
+
+}  // namespace
+
 void expectKeyboardReachesAll(QWidget& window)
 {
     std::set<const QWidget*> reached;
@@ -459,6 +483,7 @@ void expectKeyboardReachesAll(QWidget& window)
     const QWidget* last = nullptr;
     for (const QWidget* now = first; now && reached.insert(now).second; now = window.focusWidget()) {
         last = now;
+        expectScrolledIntoView(*now);
         // Fields for dates and times have parts, which come one after the other.
         const int presses = qobject_cast<const QDateTimeEdit*>(now) ? mostParts : 1;
         for (int i = 0; i < presses && window.focusWidget() == now; ++i)
@@ -536,6 +561,48 @@ QString SpokenLanguage::translate(const char* context, const char* sourceText, c
     if (answer.isNull() && (!asked.starts_with('Q') || asked == "QWidget" || asked == "QObject"))
         missing_.insert(std::string{context} + ": " + sourceText);
     return answer;
+}
+
+std::string WindowLook::name() const
+{
+    const std::string spoken = language == Language::english  ? "english"
+                               : language == Language::pseudo ? "pseudo"
+                                                              : "german";
+    return spoken + std::to_string(static_cast<int>(letters * 100)) + (isDark ? "dark" : "");
+}
+
+std::vector<WindowLook> windowLooks()
+{
+    using enum WindowLook::Language;
+    std::vector<WindowLook> looks;
+    for (const auto language : {english, pseudo, german})
+        for (const double letters : {1.0, 2.0})
+            looks.push_back({language, letters});
+    looks.push_back({.isDark = true});
+    return looks;
+}
+
+WindowLookScope::WindowLookScope(const WindowLook& look)
+    : font_{QApplication::font()}, palette_{QApplication::palette()}
+{
+    if (look.language == WindowLook::Language::pseudo)
+        pseudo_ = std::make_unique<PseudoLanguage>();
+    else if (look.language == WindowLook::Language::german)
+        spoken_ = std::make_unique<SpokenLanguage>(QStringLiteral("de"));
+    QFont font = font_;
+    font.setPointSizeF(font.pointSizeF() * look.letters);
+    QApplication::setFont(font);
+    if (look.isDark) {
+        QPalette dark{QColor{49, 54, 59}};
+        dark.setColor(QPalette::Base, QColor{35, 38, 41});
+        QApplication::setPalette(dark);
+    }
+}
+
+WindowLookScope::~WindowLookScope()
+{
+    QApplication::setFont(font_);
+    QApplication::setPalette(palette_);
 }
 
 void expectAllTranslated(QWidget& window, const QStringList& allowed)

@@ -1,18 +1,21 @@
 #pragma once
 
+#include <QFont>
+#include <QPalette>
 #include <QString>
 #include <QTranslator>
 #include <QWidget>
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace tidewell {
 
 // What every window has to keep, checked over its whole tree. Each failure names the widget.
 
 /// Every control in the accessibility tree below `window` that can be seen has a role and a name, and every
-/// picture a text.
+/// picture a text. The window itself is a window, a dialog or a menu.
 void expectEveryControlNamed(QWidget& window);
 /// No two visible controls of a window, or of one page of it, share a mnemonic; every button and labelled
 /// field of `window` has one unless its key is a standard one (Enter, Escape).
@@ -20,7 +23,8 @@ void expectUniqueMnemonics(QWidget& window);
 /// With the layout as it stands, no visible text is cut: labels, buttons, check boxes, tabs, combo boxes, and
 /// list entries have the room that their text needs, or scroll.
 void expectNothingCut(QWidget& window);
-/// Every visible control can be reached by Tab from the first one, and the order comes back to it.
+/// Every visible control can be reached by Tab from the first one, and is then in sight; the order comes back
+/// to the first one.
 void expectKeyboardReachesAll(QWidget& window);
 
 /// Answers every text with a longer one of accented letters in brackets: "[Šëţţĩñĝš ~~~~]". What shows up
@@ -60,6 +64,33 @@ public:
 private:
     std::unique_ptr<QTranslator> translator_;
     mutable std::set<std::string> missing_;
+};
+
+/// How a window is made to look while it is walked.
+struct WindowLook {
+    enum class Language { english, pseudo, german };
+    Language language = Language::english;
+    double letters = 1;  ///< Times their usual size.
+    bool isDark = false;
+    [[nodiscard]] std::string name() const;
+};
+
+/// Every language with letters of the usual size and of twice that, and a dark theme once.
+[[nodiscard]] std::vector<WindowLook> windowLooks();
+
+/// While it lives, windows are made with that look.
+class WindowLookScope {
+public:
+    explicit WindowLookScope(const WindowLook& look);
+    ~WindowLookScope();
+    WindowLookScope(const WindowLookScope&) = delete;
+    WindowLookScope& operator=(const WindowLookScope&) = delete;
+
+private:
+    const QFont font_;
+    const QPalette palette_;
+    std::unique_ptr<PseudoLanguage> pseudo_;
+    std::unique_ptr<SpokenLanguage> spoken_;
 };
 
 /// Names the visible texts below `window` that the pseudo-language did not reach, but for numbers, user data

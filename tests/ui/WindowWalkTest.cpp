@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialogButtonBox>
+#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -97,6 +98,15 @@ TEST(WindowWalk, hasNothingAgainstAGoodWindow)
     for (const Check check :
          {&expectEveryControlNamed, &expectUniqueMnemonics, &expectNothingCut, &expectKeyboardReachesAll})
         check(window.widget);
+}
+
+TEST(WindowWalk, findsWhatIsNoWindowToAScreenReader)
+{
+    QGroupBox box;
+    box.setTitle(QStringLiteral("A window"));
+    box.setWindowTitle(QStringLiteral("A window"));
+    box.show();
+    EXPECT_NONFATAL_FAILURE(expectEveryControlNamed(box), "is no window to a screen reader");
 }
 
 TEST(WindowWalk, findsWhatAScreenReaderCannotName)
