@@ -126,10 +126,13 @@ ExitCode runDoctor(bool asJson)
                                            .remedy = "End it and start it again."});
     }
     // Only the application asks for terms: who uses nothing but a terminal has never seen them.
-    if (account && !session.defaults().boolean(onboardingCompletedKey))
-        addSetupFinding(findings);
-    else if (account && facts.running && !hasAcceptedTerms(session.defaults()))
-        addTermsFinding(findings);
+    // Of bookkeeping that cannot be read, nobody knows.
+    if (account && !session.defaults().load()) {
+        if (!session.defaults().boolean(onboardingCompletedKey))
+            addSetupFinding(findings);
+        else if (facts.running && !hasAcceptedTerms(session.defaults()))
+            addTermsFinding(findings);
+    }
     const auto defaultsFile = session.environment().defaults();
     if (const auto error = session.defaults().trySave())
         addBeforeGood(findings, bookkeepingFinding(bookkeepingNotSaved(defaultsFile, error)));

@@ -76,7 +76,7 @@ std::string tooltipText(const StatusBarState& state, const std::optional<SeenRea
     if (state.historyProblem)
         lines.push_back(*state.historyProblem);
     if (state.bookkeepingProblem)
-        lines.push_back("Tidewell cannot remember what you choose.\n" + *state.bookkeepingProblem);
+        lines.emplace_back("Tidewell cannot remember what you choose.");
     if (snoozed(state, now))
         lines.push_back(snoozeLine(*state.alertsSnoozedUntil, settings, zone));
     return fmt::format("{}", fmt::join(lines, "\n"));
