@@ -394,8 +394,8 @@ void OnboardingWindow::changeEvent(QEvent* event)
     if (event->type() == QEvent::ActivationChange && isActiveWindow() && impl_)
         impl_->announce(false, focusWidget() == impl_->content);
     QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && impl_ && impl_->handlers.activated)
+        impl_->handlers.activated();
 }
 
 }  // namespace tidewell
-if (event->type() == QEvent::ActivationChange && isActiveWindow() && impl_ && impl_->handlers.activated)
-    impl_->handlers.activated();
