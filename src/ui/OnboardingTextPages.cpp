@@ -163,6 +163,11 @@ public:
     QString heading(const OnboardingState&) const override { return tr("Save readings?"); }
     void present(const OnboardingState& state, bool) override
     {
+        key_->setText(state.secretsFile.empty()
+                          ? tr("It is kept where Tidewell keeps your password: in your keyring.")
+                          : tr("It is kept where Tidewell keeps your password: in the file %1. Whoever can "
+                               "read your files can read it too.")
+                                .arg(QString::fromStdString(state.secretsFile)));
         howLong_->setText(tr("%1 days; older readings are removed. The settings offer 30 and 90 days.")
                               .arg(state.retentionDays));
         QStringList disclosure{intro_->text()};
@@ -171,11 +176,6 @@ public:
         saves_->setAccessibleDescription(disclosure.join(u'\n'));
         saves_->setChecked(state.savesHistory);
         saves_->setEnabled(!state.isBusy);
-        key_->setText(state.secretsFile.empty()
-                          ? tr("It is kept where Tidewell keeps your password: in your keyring.")
-                          : tr("It is kept where Tidewell keeps your password: in the file %1. Whoever can "
-                               "read your files can read it too.")
-                                .arg(QString::fromStdString(state.secretsFile)));
     }
     bool focusFirst() override
     {
@@ -188,6 +188,7 @@ private:
     std::vector<std::pair<const QLabel*, const QLabel*>> facts_{};  ///< What it is about, and how it is.
     QLabel* howLong_ = nullptr;
     QCheckBox* saves_ = nullptr;
+    QLabel* key_ = nullptr;
 };
 
 class LoginPage final : public OnboardingPage {
@@ -196,10 +197,10 @@ public:
     LoginPage(const Handlers& handlers, QWidget* parent) : OnboardingPage{handlers, parent}
     {
         auto* const layout = pageLayout(this);
-        layout->addWidget(wrappedLabel(tr("Tidewell can only show values and alert you while it runs. When "
-                                          "it starts together with the " QLabel* key_ = nullptr;
-                                          "desktop, nobody has to remember it."),
-                                       this));
+        layout->addWidget(wrappedLabel(
+            tr("Tidewell can only show values and alert you while it runs. When it starts together with the "
+               "desktop, nobody has to remember it."),
+            this));
         layout->addSpacing(fontMetrics().height() / 2);
         starts_ = new QCheckBox{tr("&Start Tidewell when I log in"), this};
         layout->addWidget(starts_);

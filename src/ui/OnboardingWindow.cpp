@@ -261,6 +261,7 @@ struct OnboardingWindow::Impl {
             scroll->verticalScrollBar(), &QScrollBar::rangeChanged, content, [this] { reveal(); },
             Qt::QueuedConnection);
         scroll->setWidget(content);
+        keepFocusInView(*scroll);
         layout.addWidget(scroll, 1);
     }
 
