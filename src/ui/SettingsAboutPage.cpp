@@ -165,6 +165,7 @@ protected:
         QListWidget::resizeEvent(event);
         if (event->size().width() != event->oldSize().width())
             fit();
+        updateGeometries();
     }
     void changeEvent(QEvent* event) override
     {
