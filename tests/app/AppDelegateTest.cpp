@@ -600,7 +600,7 @@ TEST_F(AppDelegateTest,
     EXPECT_EQ(problem(), "");
 
     const auto save = [this](AppSettings settings) {
-        asio::co_spawn(io, manager->saveSettings(std::move(settings)), asio::detached);
+        asio::co_spawn(io, manager->changeSettings(manager->settings(), std::move(settings)), asio::detached);
         settle();
     };
     alertPath.serverAnswers = false;
