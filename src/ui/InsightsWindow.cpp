@@ -27,6 +27,7 @@
 #include "ui/DisplayText.h"
 #include "ui/InsightsDayDialog.h"
 #include "ui/InsightsPanel.h"
+#include "ui/WindowText.h"
 
 namespace tidewell {
 namespace {
@@ -414,6 +415,7 @@ InsightsWindow::InsightsWindow(Handlers handlers) : impl_{std::make_unique<Impl>
     my.scroll->setFrameShape(QFrame::NoFrame);
     my.scroll->setWidgetResizable(true);
     my.scroll->setWidget(my.panel);
+    keepFocusInView(*my.scroll);
     my.scroll->setAccessibleName(tr("Report"));
     my.pages = new QStackedWidget{this};
     my.pages->addWidget(my.messagePage);

@@ -1,5 +1,6 @@
 #include "ui/WindowText.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QPainter>
 #include <QScreen>
@@ -106,8 +107,27 @@ bool isDark(const QWidget& widget)
            widget.palette().color(QPalette::WindowText).lightness();
 }
 
+void keepFocusInView(QScrollArea& area)
+{
+    QObject::connect(qApp, &QApplication::focusChanged, &area, [&area](QWidget*, QWidget* now) {
+        if (!now || !area.widget() || !area.widget()->isAncestorOf(now) ||
+            QApplication::mouseButtons() != Qt::NoButton)
+            return;
+        const int margin = area.fontMetrics().height() / 2;
+        const int room = area.viewport()->height() - now->height();
+        if (room < 0) {
+            area.ensureWidgetVisible(now, 0, margin);  // What is being worked on in it.
+            return;
+        }
+        const QRect place{now->mapTo(area.widget(), QPoint{}), now->size()};
+        for (const int y : {place.bottom(), place.top()})
+            area.ensureVisible(place.left(), y, 0, std::min(margin, room / 2));
+    });
+}
+
 GrowingScrollArea::GrowingScrollArea(QWidget* parent) : QScrollArea{parent}
 {
+    keepFocusInView(*this);
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setFocusPolicy(Qt::NoFocus);

@@ -25,7 +25,12 @@ void makeQuiet(QLabel& label);
 /// Whether light letters stand on dark.
 [[nodiscard]] bool isDark(const QWidget& widget);
 
+/// From now on scrolls a control into view that gets the focus inside `area`, wherever it comes from; not one
+/// that is clicked, which must not move away below the pointer.
+void keepFocusInView(QScrollArea& area);
+
 /// As large as what is in it, up to a share of the screen; scrolls beyond that.
+/// Keeps the focus in view.
 class GrowingScrollArea final : public QScrollArea {
 public:
     explicit GrowingScrollArea(QWidget* parent = nullptr);
