@@ -13,6 +13,7 @@
 #include <QRadioButton>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTimer>
 #include <array>
 
 #include "config/ThresholdOptions.h"
@@ -75,6 +76,7 @@ protected:
             .openNotificationSettings = [this] { ++openedSettings; },
             .savesHistoryChanged = [this](bool on) { switched.push_back(on); },
             .startsAtLoginChanged = [this](bool on) { switched.push_back(on); },
+            .activated = [this] { ++activated; },
             .closed = [this] { ++closed; }});
     }
     void show(const OnboardingState& state)
@@ -133,6 +135,7 @@ protected:
     int triedAgain = 0;
     int testAlerts = 0;
     int openedSettings = 0;
+    int activated = 0;
     int closed = 0;
 };
 
@@ -455,15 +458,56 @@ TEST_F(OnboardingWindowTest, aPersonIsChosenByKeyboard)
     OnboardingState state = stateOf(Step::person);
     state.patientID.reset();
     show(state);
+    QApplication::processEvents();
     auto* const list = window->findChild<QListWidget*>();
     EXPECT_TRUE(list->selectedItems().isEmpty());
-    press(Qt::Key_Down);
+    const QString hint = "Choose a person to go on.";
+    EXPECT_TRUE(shows(hint));
+    EXPECT_EQ(list->accessibleDescription(), hint);
+    const auto rows = [&] { return list->viewport()->grab().toImage(); };
+    const QImage nobody = rows();
+    list->clearFocus();
+    const QSize row = list->visualItemRect(list->item(0)).adjusted(3, 3, -3, -3).size();
+    EXPECT_EQ(rows().copy({{3, 3}, row}), nobody.copy({{3, 3}, row})) << "the first row looks chosen";
+    EXPECT_NE(rows(), nobody) << "where is the focus?";
+    list->setFocus();
+    press(Qt::Key_Return);
+    EXPECT_EQ(wentForward, 0) << "it chooses first";
+    EXPECT_FALSE(shows(hint));
+    EXPECT_EQ(list->accessibleDescription(), "");
     press(Qt::Key_Down);
     EXPECT_EQ(chosen, (std::vector<std::string>{"id-ada", "id-ben"}));
+    press(Qt::Key_Return);
+    EXPECT_EQ(wentForward, 1);
     state.patientID = "id-ben";
     window->present(state);
     EXPECT_EQ(list->currentRow(), 1);
     EXPECT_EQ(chosen.size(), 2U);
+}
+
+TEST_F(OnboardingWindowTest, theKeyIsWhereSecretsAreKept)
+{
+    OnboardingState state = stateOf(Step::history);
+    show(state);
+    EXPECT_TRUE(shows("in your keyring"));
+    state.secretsFile = "/home/ada/keychain.json";
+    window->present(state);
+    EXPECT_FALSE(shows("keyring"));
+    EXPECT_TRUE(shows("/home/ada/keychain.json"));
+}
+
+TEST_F(OnboardingWindowTest, tellsWhenItComesToTheFront)
+{
+    show(stateOf(Step::alerts));
+    QApplication::processEvents();
+    activated = 0;
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QApplication::processEvents();
+    window->open();
+    QApplication::processEvents();
+    EXPECT_EQ(activated, 1);
 }
 
 TEST_F(OnboardingWindowTest, theFirstValueIsNeverShownAsNewerThanItIs)
@@ -636,6 +680,19 @@ TEST_F(OnboardingWindowTest, theOtherSwitchesTellWhatIsWantedAndShowWhatIs)
     state.loginItemProblem = "The folder cannot be written.";
     window->present(state);
     EXPECT_TRUE(shows("The folder cannot be written."));
+    // Whoever thinks again at once is heard, and sees the last wish until it is known what is so.
+    auto* const starts = find<QCheckBox>("Start Tidewell when I log in");
+    starts->setFocus();
+    switched.clear();
+    press(Qt::Key_Space);
+    state.isBusy = true;
+    state.canGoForward = false;
+    window->present(state);
+    press(Qt::Key_Space);
+    window->present(state);
+    EXPECT_EQ(switched, (std::vector<bool>{true, false}));
+    EXPECT_FALSE(starts->isChecked());
+    EXPECT_EQ(window->focusWidget(), starts);
     state = stateOf(Step::done);
     state.settings.alertOnLowThreshold = false;
     show(state);
@@ -649,6 +706,10 @@ TEST_F(OnboardingWindowTest, tellsScreenReadersOfWhatIsNewOnce)
     const auto told = [&] {
         window->present(state);
         QApplication::processEvents();
+        // What comes soon after is told with it: the time for that is over now.
+        auto* const pause = window->findChild<QTimer*>(QString{}, Qt::FindDirectChildrenOnly);
+        QTimerEvent over{pause->timerId()};
+        QApplication::sendEvent(pause, &over);
         auto* const announcer = window->findChild<Announcer*>();
         QString words = announcer->accessibleName();
         announcer->setAccessibleName({});
@@ -696,8 +757,9 @@ TEST_F(OnboardingWindowTest, tellsScreenReadersOfWhatIsNewOnce)
     state.problem = SignInProblem{.title = "It could not be saved"};
     EXPECT_EQ(told(), "") << "the problem is spoken by itself";
 
+    window->present(stateOf(Step::glucose));
     state = stateOf(Step::alerts);
-    EXPECT_EQ(told(), "Step 7 of 10: Alerts");
+    EXPECT_EQ(told(), "Step 7 of 10: Alerts") << "one that was left at once is not said";
     find<QPushButton>("Send test alert")->setFocus();
     for (int i = 0; i < 2; ++i) {
         state.testAlertAnswer = Answer::none;

@@ -179,9 +179,9 @@ TEST_F(SignInDialogTest, aPersonIsChosenByKeyboardAlone)
     EXPECT_EQ(dialog.focusWidget(), list());
     EXPECT_FALSE(button("Follow")->isEnabled());
     press(Qt::Key_Return);
-    EXPECT_TRUE(chosen.empty()) << "nobody is chosen before the person does";
-    press(Qt::Key_Down);
+    EXPECT_TRUE(chosen.empty()) << "nobody is followed before the person wants it";
     EXPECT_EQ(list()->currentRow(), 0);
+    EXPECT_TRUE(button("Follow")->isEnabled());
     press(Qt::Key_Down);
     press(Qt::Key_Return);
     ASSERT_EQ(chosen.size(), 1U);
