@@ -77,7 +77,11 @@ void SettingsController::make()
          .signOut = [&model](bool deletesHistory) { model.signOut(deletesHistory); },
          .showTerms = [this] { places_.terms(); },
          .showInsights = [this] { places_.insights(); },
-         .lookAgain = [&model] { model.refresh(); },
+         .lookAgain =
+             [this] {
+                 if (model_)  // A window that has just closed may still be told that it comes to the front.
+                     model_->refresh();
+             },
          .closed = [this] { closed(); }}};
     observer_ = model.observe([this] {
         if (window_)

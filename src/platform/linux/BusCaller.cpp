@@ -12,24 +12,23 @@ namespace tidewell {
 struct BusCaller::Waiting {
     using Wake = asio::experimental::channel<void(boost::system::error_code)>;
 
-    explicit Waiting(const asio::any_io_executor& executor) : wake{executor, 1} {}
+    explicit Waiting(const asio::any_io_executor& executor) { wake.emplace(executor, 1); }
 
-    Wake wake;
+    std::optional<Wake> wake{};  ///< While there is a caller: it must not outlive the event loop.
     std::optional<QDBusMessage> answer{};
-    bool left = false;     ///< The caller no longer waits.
-    bool dropped = false;  ///< The caller is gone, with the event loop that it waited in.
+    bool left = false;  ///< The caller no longer waits.
 
     void finish(const QDBusMessage& with)
     {
         answer = with;
-        if (!dropped)
-            wake.try_send(boost::system::error_code{});
+        if (wake)
+            wake->try_send(boost::system::error_code{});
     }
 
     /// Part of the caller.
     struct Presence {
         std::shared_ptr<Waiting> waiting;
-        ~Presence() { waiting->dropped = !waiting->left && !waiting->answer; }
+        ~Presence() { waiting->wake.reset(); }
     };
 };
 
@@ -62,7 +61,7 @@ asio::awaitable<QDBusMessage> BusCaller::call(QDBusMessage message, std::chrono:
                      });
     const Waiting::Presence presence{waiting};
     // From here on this object may go while the caller waits.
-    const auto [cancelled] = co_await waiting->wake.async_receive(asio::as_tuple(asio::use_awaitable));
+    const auto [cancelled] = co_await waiting->wake->async_receive(asio::as_tuple(asio::use_awaitable));
     if (cancelled && !waiting->answer) {
         waiting->left = true;
         throw boost::system::system_error{asio::error::operation_aborted};
