@@ -304,10 +304,10 @@ public:
         };
         add(allOff_, allOff_);
         add(silentLows_, silentLows_);
+        add(message_, message_);
         for (const QFrame* frame : {denied_, findings_})
             for (const QLabel* label : frame->findChildren<QLabel*>())
                 add(frame, label);
-        add(message_, message_);
         add(question_, ask_);
         return lines;
     }

@@ -11,9 +11,11 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <utility>
 
 #include "ui/Announcer.h"
@@ -32,6 +34,10 @@ constexpr std::array<MakePage, 10> makePages{
     makeWelcomePage, makeTermsPage,  makeAccountPage, makePersonPage, makeFirstReadingPage,
     makeGlucosePage, makeAlertsPage, makeHistoryPage, makeLoginPage,  makeDonePage};
 static_assert(makePages.size() == static_cast<std::size_t>(OnboardingStep::done) + 1);
+
+/// What comes within this time is announced in one: readers ask late for the words, and would say the last
+/// twice.
+constexpr auto together = std::chrono::milliseconds{200};
 
 /// A page with its problem. It has a name while the focus waits on it.
 class StepContent final : public QWidget, public SpokenWidget {
@@ -64,6 +70,7 @@ struct OnboardingWindow::Impl {
     QPushButton* back = nullptr;
     QPushButton* forward = nullptr;
     Announcer* announcer = nullptr;
+    QTimer* telling = nullptr;
 
     std::optional<OnboardingStep> shown{};
     std::optional<SignInProblem> shownProblem{};
@@ -72,6 +79,7 @@ struct OnboardingWindow::Impl {
     QPointer<QWidget> locked{};    ///< What had the focus before it was locked.
     QPointer<QWidget> revealed{};  ///< What the focus was put on: stays in sight while it has it.
     QString stepText{};
+    bool tellsStep = false;
     QString work{};                      ///< What is being waited for.
     std::vector<OnboardingNews> news{};  ///< Of what is shown.
     std::vector<OnboardingNews> told{};  ///< Those of them that need not be said any more.
@@ -105,17 +113,28 @@ struct OnboardingWindow::Impl {
             news.insert(news.begin(), {.text = work});
     }
 
-    /// Tells screen readers what is new, and the step when it was just reached. `waits`: the focus has begun
-    /// to, and says itself for what. A window that is not seen yet tells it as it appears.
+    /// Tells screen readers soon what is new, and the step when it was just reached. `waits`: the focus has
+    /// begun to, and says itself for what. A window that is not seen yet tells it as it appears.
     void announce(bool entered, bool waits)
     {
+        std::erase_if(
+            told, [this](const OnboardingNews& one) { return std::ranges::find(news, one) == news.end(); });
         if (!content->window()->isVisible())
             return;
+        tellsStep = tellsStep || entered;
+        if (waits && !work.isEmpty())
+            told.push_back({.text = work});
+        if (!telling->isActive())
+            telling->start();
+    }
+
+    void tell()
+    {
         QStringList lines;
-        if (entered)
+        if (std::exchange(tellsStep, false))
             lines << stepText;
         for (const OnboardingNews& one : news)
-            if (std::ranges::find(told, one) == told.end() && !(waits && one.text == work))
+            if (std::ranges::find(told, one) == told.end())
                 lines << one.text;
         told = news;
         announcer->say(lines.join(u'\n'));
@@ -303,6 +322,10 @@ OnboardingWindow::OnboardingWindow(Handlers handlers)
     my.makeContent(*layout, this);
     my.makeButtons(*layout, this);
     my.announcer = new Announcer{this};
+    my.telling = new QTimer{this};
+    my.telling->setSingleShot(true);
+    my.telling->setInterval(together);
+    connect(my.telling, &QTimer::timeout, this, [this] { impl_->tell(); });
     connect(my.close, &QPushButton::clicked, this, &QWidget::close);
     connect(my.back, &QPushButton::clicked, this, [this] {
         if (impl_->handlers.back)
@@ -368,6 +391,8 @@ void OnboardingWindow::closeEvent(QCloseEvent* event)
         page->clear();
     impl_->shown.reset();  // The next state fills its page anew.
     impl_->told.clear();
+    impl_->tellsStep = false;
+    impl_->telling->stop();
     // The handler may take this window down.
     if (const auto closed = impl_->handlers.closed)
         closed();
