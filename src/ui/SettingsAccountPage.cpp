@@ -81,7 +81,12 @@ QString SettingsAccountPage::problemText() const
     for (const std::string* line : {&problem->title, &problem->message})
         if (!line->empty())
             lines.append(displayText(*line));
-    if (problem->remediation == signInRequiredStatus().remediation)
+    // The way that the core names leads through the menu.
+    if (problem->needsTerms && state().account)
+        lines.append(tr("Choose “Show terms…” below."));
+    else if (problem->needsSetup && state().account)
+        lines.append(tr("Choose “Finish setting up…” below."));
+    else if (problem->remediation == signInRequiredStatus().remediation)
         lines.append(state().account ? tr("Choose “Sign in again…” below.") : tr("Choose “Sign in…” below."));
     else if (!problem->remediation.empty())
         lines.append(displayText(problem->remediation));

@@ -3992,6 +3992,14 @@ Tidewell spricht mit dem Dienst, den Sie wählen, und mit niemandem sonst. An di
         <source>Trying again…</source>
         <translation>Es wird erneut versucht …</translation>
     </message>
+    <message>
+        <source>Choose “Show terms…” below.</source>
+        <translation>Wählen Sie unten „Nutzungsbedingungen anzeigen…“.</translation>
+    </message>
+    <message>
+        <source>Choose “Finish setting up…” below.</source>
+        <translation>Wählen Sie unten „Einrichtung abschließen…“.</translation>
+    </message>
 </context>
 <context>
     <name>tidewell::SettingsAlertsPage</name>
