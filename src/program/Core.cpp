@@ -514,7 +514,6 @@ bool Core::shutDown()
         delegate_->applicationWillTerminate();
     delegate_.reset();
     coordinator_.reset();
-    history_.reset();
     viewModel_.reset();
     workspace_.reset();
     // What was just cancelled leaves before the loops end under it: each loop may have to tell the other.
@@ -524,6 +523,8 @@ bool Core::shutDown()
         busy = !engineTookTurns();
     }
     const bool ended = engine_.stop(workersGrace) && !busy;
+    if (ended)
+        history_.reset();  // Not before: what unwinds of polling refers to it.
     if (const auto error = defaults_->save(); error && !saveRetryTimer_.isActive())
         coreLog.error("The bookkeeping was not saved: " + error.message());
     saveRetryTimer_.stop();
