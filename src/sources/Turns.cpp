@@ -2,7 +2,6 @@
 
 #include <boost/asio/as_tuple.hpp>
 #include <boost/asio/error.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/system/system_error.hpp>
 
 #include <algorithm>
@@ -10,17 +9,13 @@
 namespace tidewell {
 
 struct Turns::Waiter {
-    explicit Waiter(const asio::any_io_executor& executor)
-        : wake{executor, asio::steady_timer::time_point::max()}
-    {
-    }
+    explicit Waiter(const asio::any_io_executor& executor) : wake{executor} {}
 
-    asio::steady_timer wake;  ///< Never ends; cancelling it wakes, also while its event loop goes.
-    bool hasTurn = false;
+    Wake wake;
     bool hasLeft = false;
 
     /// Part of the one who waits: an event loop that ends drops them one by one, and whoever goes after them
-    /// must not pass the turn to them any more.
+    /// must not send to them any more.
     struct Presence {
         std::shared_ptr<Waiter> waiter;
         ~Presence() { waiter->hasLeft = true; }
@@ -33,9 +28,8 @@ asio::awaitable<Turns::Turn> Turns::next()
         const auto waiter = std::make_shared<Waiter>(executor_);
         const Waiter::Presence presence{waiter};
         waiting_.push_back(waiter);
-        (void)co_await waiter->wake.async_wait(asio::as_tuple(asio::use_awaitable));
-        // Who is cancelled in the moment of the turn has it, and passes it on by leaving.
-        if (!waiter->hasTurn) {
+        const auto [cancelled] = co_await waiter->wake.async_receive(asio::as_tuple(asio::use_awaitable));
+        if (cancelled) {
             std::erase(waiting_, waiter);
             throw boost::system::system_error{asio::error::operation_aborted};
         }
@@ -49,11 +43,8 @@ void Turns::passOn()
     while (!waiting_.empty()) {
         const std::shared_ptr<Waiter> waiter = std::move(waiting_.front());
         waiting_.pop_front();
-        if (waiter->hasLeft)
-            continue;
-        waiter->hasTurn = true;
-        waiter->wake.cancel();
-        return;  // The turn stays taken: it is the waiter's from here on.
+        if (!waiter->hasLeft && waiter->wake.try_send(boost::system::error_code{}))
+            return;  // The turn stays taken: it is the waiter's from here on.
     }
     taken_ = false;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <boost/asio/experimental/channel.hpp>
 #include <deque>
 #include <memory>
 #include <utility>
@@ -33,6 +34,9 @@ public:
     [[nodiscard]] asio::awaitable<Turn> next();
 
 private:
+    /// Each is for one waiter and one use, without a buffer: a send succeeds only while the waiter is there.
+    /// (After a cancelled receive a channel with a buffer refuses to take what is sent next.)
+    using Wake = asio::experimental::channel<void(boost::system::error_code)>;
     struct Waiter;
 
     void passOn();
