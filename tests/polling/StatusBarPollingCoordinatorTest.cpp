@@ -1004,7 +1004,7 @@ TEST(StatusBarPollingCoordinatorThreads, afterStopOnMainNothingChangesAnyMore)
                                                           .alertDelivery = delivery}};
     int ended = 0;
     int changed = 0;
-    constexpr int rounds = 300;
+    constexpr int rounds = 2000;
     for (int round = 0; round < rounds; ++round) {
         path.report(round % 2 == 0);
         coordinator->start(service, GlucoseProvider::dexcom);
